@@ -1,0 +1,21 @@
+# Compiler flags of the whole tree. Every target of the project links kestrel_flags.
+# The product is built without exceptions and RTTI; warnings are errors everywhere.
+
+add_library(kestrel_flags INTERFACE)
+target_include_directories(kestrel_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_definitions(kestrel_flags INTERFACE _GNU_SOURCE)
+target_compile_options(kestrel_flags INTERFACE
+  -Wall -Wextra -Werror -Wshadow -Wpointer-arith -Wvla -Wundef
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -Wnon-virtual-dtor>)
+
+if(KESTREL_SANITIZE)
+  set(KESTREL_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(kestrel_flags INTERFACE ${KESTREL_SANITIZERS})
+  target_link_options(kestrel_flags INTERFACE ${KESTREL_SANITIZERS})
+else()
+  target_compile_options(kestrel_flags INTERFACE
+    -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+endif()
+if(KESTREL_FUZZ)
+  target_compile_options(kestrel_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
