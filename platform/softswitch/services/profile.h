@@ -1,0 +1,37 @@
+/* The chassis profile: what the switch is made of. Built in, or read from a JSON file. */
+#ifndef KESTREL_SOFTSWITCH_PROFILE_H
+#define KESTREL_SOFTSWITCH_PROFILE_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace softswitch {
+
+struct port_profile {
+  std::string name;    /* "0/1" */
+  uint32_t speed_mbps; /* 10000, 40000, ... */
+  bool copper;         /* fixed copper connector; otherwise a transceiver cage */
+  bool cabled;         /* a cable is in at start */
+};
+
+struct chassis_profile {
+  std::string model;
+  std::string serial;
+  std::string mac; /* burned-in MAC, "02:00:5E:10:00:01" */
+  std::string description;
+  std::string os_version;
+  std::string storage;
+  std::vector<port_profile> ports; /* ports 1..54 at most, in order of interface number */
+};
+
+/* 48 x 10G "0/1".."0/48" and 6 x 40G "0/49".."0/54", all cages, all cabled. */
+chassis_profile built_in_profile();
+
+/* Reads a profile; what the file leaves out is as built in. False with file, line and reason on any mistake
+ * (unknown member, wrong type, value out of range, duplicate port name, ...). */
+bool load_profile(const std::string &path, chassis_profile *profile, std::string *error);
+
+} // namespace softswitch
+
+#endif

@@ -1,0 +1,24 @@
+/* The software switch's run-time settings, read from the environment once, when the switch starts.
+ *   KESTREL_STATE_DIR       state directory, default /var/lib/kestrel; made (mode 700) when it is missing
+ *   KESTREL_PROFILE         chassis profile, a JSON file; built in when unset
+ *   KESTREL_ADMIN_PASSWORD  password of the account "admin" when the accounts file is first made; random when unset
+ *   KESTREL_TRACE           "platform": one line per platform call on standard error */
+#ifndef KESTREL_SOFTSWITCH_SETTINGS_H
+#define KESTREL_SOFTSWITCH_SETTINGS_H
+
+#include <string>
+
+namespace softswitch {
+
+struct settings {
+  std::string state_dir;
+  std::string profile;        /* empty = built in */
+  std::string admin_password; /* empty = random */
+  bool trace_platform;
+};
+
+settings read_settings();
+
+} // namespace softswitch
+
+#endif

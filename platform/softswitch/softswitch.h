@@ -1,0 +1,63 @@
+/* The software switch as one object: starting it, the lock around its model, and what lab control and the
+ * configuration files do to it as a whole. The C interface in api/ is a thin shell over the model; everything
+ * else of the switch reaches the model through here.
+ *
+ * There is one switch per process. The functions take its lock themselves unless they say otherwise. */
+#ifndef KESTREL_SOFTSWITCH_SOFTSWITCH_H
+#define KESTREL_SOFTSWITCH_SOFTSWITCH_H
+
+#include "platform/softswitch/model/switch.h"
+
+#include <string>
+#include <string_view>
+
+namespace softswitch {
+
+/* Brings the switch up: reads settings, profile, accounts and configuration, takes the state directory, starts
+ * the threads. Calling it again does nothing. On failure says why in `error` and leaves nothing running. */
+bool start(std::string *error);
+/* Ends the threads, closes the state directory and forgets the model, so that start() begins anew from the
+ * files. What a restart of the process does, for tests. */
+void stop();
+
+/* Holds the lock for its lifetime and gives access to the model. */
+class locked_switch {
+public:
+  locked_switch();
+  ~locked_switch();
+  locked_switch(const locked_switch &) = delete;
+  locked_switch &operator=(const locked_switch &) = delete;
+  switch_model *operator->() const;
+  switch_model &operator*() const;
+};
+
+/* Applies one line of the configuration language as a change: checks it, appends it to the journal and takes
+ * it over. What every setter of the C interface comes down to. The caller holds the lock.
+ * Results are those of the setting's own rules; OPEN_E_FAIL when the line cannot be stored (nothing changed). */
+open_error_t commit_line(switch_model &, std::string_view line);
+
+/* --- Configuration as a whole --------------------------------------------------------------------------- */
+
+/* The running configuration in the configuration language. */
+std::string running_config();
+/* Replaces the startup configuration by the running one; false with the reason when it cannot be written. */
+bool save_startup_config(std::string *error);
+/* Returns to the startup configuration (factory state when there is none), journalled like any change. */
+bool reload(std::string *error);
+
+/* --- Lab control ---------------------------------------------------------------------------------------- */
+
+/* Holds back or releases the data plane's taking over of changes. */
+void hold_apply(bool hold);
+/* Waits until no change is pending. False when `milliseconds` pass before (or changes are held). */
+bool wait_applied(int milliseconds);
+/* Pulls the cable out of a port or plugs it in. False when there is no such port. */
+bool set_cabled(std::string_view interface_name, bool cabled);
+/* What openapiSystemReadyStateGet answers. */
+void set_ready(bool ready);
+/* Overrides a limit by name (see model/limits.h). False for an unknown name or a value above the built-in. */
+bool set_limit(std::string_view name, uint32_t value);
+
+} // namespace softswitch
+
+#endif
