@@ -1,0 +1,19 @@
+#include "engine/rest_request.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+request_variable read_variable(const mg_connection *conn, const char *name) {
+  request_variable variable = {};
+  variable.length = mg_get_var(conn, name, variable.text, sizeof variable.text);
+  return variable;
+}
+
+open_buffdesc describe_text(const char *text) {
+  return {static_cast<uint32_t>(strlen(text) + 1), const_cast<char *>(text)};
+}
+
+/* One byte more than the platform may fill, so that its text always ends. */
+platform_text::platform_text(uint32_t size) : desc_{size, calloc(size_t{size} + 1, 1)} {}
+
+platform_text::~platform_text() { free(desc_.pstart); }

@@ -1,0 +1,134 @@
+#include "engine/rest_web_request_hdr.h"
+
+#include "engine/rest_engine_session_hdr.h"
+#include "engine/rest_settings.h"
+#include "modules/rest_module_base.h"
+#include "modules/rest_module_login.h"
+#include "modules/rest_module_vlan.h"
+#include "platform/api/l7proc.h"
+
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+openapiClientHandle_t client_handle;
+int32_t auth_pass = 1;
+
+/* --- Modules ------------------------------------------------------------------------------------------- */
+
+struct rest_module {
+  const char *name; /* first segment of the URI, exactly */
+  int (*handler)(openapiClientHandle_t *client_handle, mg_connection *conn);
+};
+
+static const rest_module modules[] = {
+    {"login", login_api_handler},
+    {"vlans", vlan_api_handler},
+    {"base", base_api_handler},
+};
+
+static const rest_module *find_module(const char *name) {
+  for (const rest_module &module : modules) {
+    if (strcmp(module.name, name) == 0) return &module;
+  }
+  return nullptr;
+}
+
+/* --- Requests ------------------------------------------------------------------------------------------ */
+
+/* Logging in and the help pages are open to everyone. */
+static bool needs_session(const char *module_name, request_method_t method) {
+  if (strcmp(module_name, "login") == 0 && method == REQUEST_METHOD_POST) return false;
+  return strcmp(module_name, "help") != 0;
+}
+
+int auth_session(mg_connection *conn) {
+  char module_name[REQUEST_URI_SIZE], rest[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
+  auth_pass = 1;
+  split_uri(conn->uri, module_name, rest);
+  request_method_t method = parse_request_method(conn);
+  clear_expired_session();
+  if (needs_session(module_name, method)) {
+    parse_session_key(conn, sessionKey);
+    if (get_session_id(conn->remote_ip, sessionKey) == 0) return 1;
+  }
+  auth_pass = 0;
+  return 1;
+}
+
+static void refuse_unauthorised(mg_connection *conn, const char *sessionKey) {
+  if (sessionKey[0] == '\0') {
+    send_response(conn, RESULT_NO_SESSION_KEY, "Null Session Key", nullptr);
+  } else {
+    send_response(conn, RESULT_SESSION_ENDED, "Session time out or log out. Please log in again.", nullptr);
+  }
+}
+
+static void call_module(mg_connection *conn, const char *module_name) {
+  const rest_module *module = find_module(module_name);
+  if (module == nullptr) {
+    send_response(conn, RESULT_UNKNOWN_MODULE, "The module name dose not exist.", nullptr);
+  } else {
+    module->handler(&client_handle, conn);
+  }
+}
+
+int api_access_handler(mg_connection *conn) {
+  char module_name[REQUEST_URI_SIZE], rest[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
+  split_uri(conn->uri, module_name, rest);
+  request_method_t method = parse_request_method(conn);
+  parse_session_key(conn, sessionKey);
+
+  if (auth_pass == 1) {
+    refuse_unauthorised(conn, sessionKey);
+    return 1;
+  }
+  if (!needs_session(module_name, method)) {
+    call_module(conn, module_name);
+    return 1;
+  }
+  uint32_t ssid = sessionKey[0] == '\0' ? 0 : get_session_id(conn->remote_ip, sessionKey);
+  if (sessionKey[0] != '\0' && ssid == 0) {
+    send_response(conn, 1, "Authentication failed.", nullptr);
+    return 1;
+  }
+  call_module(conn, module_name);
+  if (ssid != 0) update_last_activity_time(ssid);
+  return 1;
+}
+
+int evt_handler(mg_connection *conn, enum mg_event ev) {
+  if (ev == MG_AUTH) return auth_session(conn);
+  if (ev == MG_REQUEST) return api_access_handler(conn);
+  return MG_FALSE;
+}
+
+/* --- Start-up ------------------------------------------------------------------------------------------ */
+
+/* A server that cannot listen goes on (its other listeners may serve), but says so. */
+static void set_server_option(mg_server *server, const char *name, const std::string &value) {
+  const char *error = mg_set_option(server, name, value.c_str());
+  if (error == nullptr) return;
+  l7proc_logf(L7PROC_ERROR, 0, "rest_web_request_hdr.c", __LINE__, "%s: %s=%s", error, name, value.c_str());
+}
+
+mg_server *start_engine(void) {
+  l7proc_crashlog_register();
+  open_error_t result = openapiClientRegister("restful_api_engine", &client_handle);
+  if (result != OPEN_E_NONE) {
+    printf("\nFailed to initialize RPC to OpEN. Exiting (result = %d)\n", result);
+    fflush(stdout);
+    return nullptr;
+  }
+  while (rpcclt_openapiConnectivityCheck(&client_handle) != OPEN_E_NONE) sleep(1);
+
+  l7proc_logf(L7PROC_INFO, 0, "rest_web_request_hdr.c", 251, "Starting RESTful API Engine application");
+  printf("\n");
+  fflush(stdout);
+
+  mg_server *server = mg_create_server(nullptr, evt_handler);
+  if (server == nullptr) return nullptr;
+  set_server_option(server, "listening_port", rest_settings().listening_port);
+  set_server_option(server, "document_root", rest_settings().root);
+  return server;
+}

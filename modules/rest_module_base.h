@@ -1,0 +1,12 @@
+/* The switch and the API themselves: /base. Software versions, readiness and the identity of the device. */
+#ifndef KESTREL_MODULES_REST_MODULE_BASE_H
+#define KESTREL_MODULES_REST_MODULE_BASE_H
+
+#include "engine/rest_common.h"
+
+int base_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+
+int api_base_get_info(openapiClientHandle_t *client_handle, mg_connection *conn);
+int api_base_idname_get_info(openapiClientHandle_t *client_handle, mg_connection *conn);
+
+#endif
