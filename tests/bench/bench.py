@@ -1,0 +1,262 @@
+#!/usr/bin/env python3
+"""Measures the daemon beside nginx, which returns the same bytes from memory, in one run.
+
+The server under test is pinned to one core and wrk to the other. What counts is the server's CPU time for each reply
+(user and system time of all its threads over the number of replies): a busy machine does not spoil it. The rates and
+latencies are printed too.
+
+    tests/bench/bench.py [--seconds 3] [--daemon build/release/engine/restful_api_engine] [--case NAME ...]
+
+Needs Debian's wrk, nginx-light and openssl; prints Markdown. See docs/performance.md for what it said.
+"""
+
+import argparse
+import http.client
+import os
+import re
+import resource
+import shutil
+import socket
+import ssl
+import subprocess
+import sys
+import tempfile
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+SERVER_CORE, CLIENT_CORE = 0, 1
+CONNECTIONS = (1, 100, 900)
+PASSWORD = "bench-password"
+
+
+@dataclass
+class Case:
+    name: str
+    path: str  # {key} is replaced by a session key
+    close: bool = False  # a new connection for every request
+
+
+CASES = [
+    Case("GET /login", "/login?sessionkey={key}"),
+    Case("GET /vlans/1", "/vlans/1?sessionkey={key}"),
+    Case("GET /vlans, 4094 VLANs, XML", "/vlans?sessionkey={key}"),
+    Case("GET /vlans, 4094 VLANs, JSON", "/vlans?format=json&sessionkey={key}"),
+    Case("unauthorised", "/login?sessionkey=0123456789abcdef0123456789abcdef"),
+    Case("GET /login, new connections", "/login?sessionkey={key}", close=True),
+]
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def wait_for_port(port):
+    for _ in range(200):
+        with socket.socket() as probe:
+            if probe.connect_ex(("127.0.0.1", port)) == 0:
+                return
+        time.sleep(0.05)
+    sys.exit(f"nothing listens on port {port}")
+
+
+def cpu_nanoseconds(pid):
+    return sum(int((task / "schedstat").read_text().split()[0]) for task in Path(f"/proc/{pid}/task").iterdir())
+
+
+def resident_kib(pid):
+    return int(re.search(r"VmRSS:\s+(\d+)", Path(f"/proc/{pid}/status").read_text()).group(1))
+
+
+class Server:
+    """A process under test: its ports, and the process whose time counts."""
+
+    def __init__(self, process, pid, http_port, https_port):
+        self.process, self.pid = process, pid
+        self.ports = {"plain": http_port, "TLS": https_port}
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait()
+
+
+def start_daemon(program, root):
+    http_port, https_port = free_port(), free_port()
+    environment = dict(
+        os.environ,
+        KESTREL_ROOT=".",
+        KESTREL_STATE_DIR="state",
+        KESTREL_SESSION_FILE="sessions",
+        KESTREL_ADMIN_PASSWORD=PASSWORD,
+        KESTREL_LISTENING_PORT=f"127.0.0.1:{http_port},ssl://127.0.0.1:{https_port}:ssl.pem",
+    )
+    process = subprocess.Popen(
+        ["taskset", "-c", str(SERVER_CORE), program], cwd=root, env=environment,
+        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    wait_for_port(https_port)
+    return Server(process, process.pid, http_port, https_port)
+
+
+def start_nginx(root, bodies):
+    http_port, https_port = free_port(), free_port()
+    (root / "www").mkdir()
+    locations = ""
+    for number, (content_type, body) in enumerate(bodies):
+        if len(body) < 2000:
+            text = body.decode().replace("\\", "\\\\").replace("'", "\\'").replace("\n", "\\n")
+            locations += f"location = /{number} {{ default_type '{content_type}'; return 200 '{text}'; }}\n"
+        else:  # too long for a line of its configuration: a file, kept open and in the page cache
+            (root / "www" / str(number)).write_bytes(body)
+            locations += f"location = /{number} {{ default_type '{content_type}'; }}\n"
+    (root / "nginx.conf").write_text(f"""
+        worker_processes 1; daemon off; pid {root}/nginx.pid; error_log {root}/nginx.log;
+        events {{ worker_connections 4096; }}
+        http {{
+          access_log off; keepalive_requests 1000000000; sendfile on; open_file_cache max=10;
+          client_body_temp_path {root}/t1; proxy_temp_path {root}/t2; fastcgi_temp_path {root}/t3;
+          uwsgi_temp_path {root}/t4; scgi_temp_path {root}/t5;
+          ssl_certificate {root}/ssl.pem; ssl_certificate_key {root}/ssl.pem;
+          server {{
+            listen 127.0.0.1:{http_port} backlog=4096; listen 127.0.0.1:{https_port} ssl backlog=4096;
+            root {root}/www;
+            {locations}
+          }}
+        }}""")
+    process = subprocess.Popen(["taskset", "-c", str(SERVER_CORE), "nginx", "-p", str(root), "-c", str(root / "nginx.conf")])
+    wait_for_port(https_port)
+    workers = subprocess.run(["pgrep", "-P", str(process.pid)], capture_output=True, text=True, check=True)
+    return Server(process, int(workers.stdout), http_port, https_port)
+
+
+@dataclass
+class Result:
+    rate: float
+    p50: str
+    p99: str
+    cpu: float  # microseconds for each reply
+
+
+def measure(server, transport, path, connections, close, seconds):
+    url = f"{'https' if transport == 'TLS' else 'http'}://127.0.0.1:{server.ports[transport]}{path}"
+    command = ["taskset", "-c", str(CLIENT_CORE), "wrk", "-t1", f"-c{connections}", f"-d{seconds}s", "--latency", url]
+    if close:
+        command += ["-H", "Connection: close"]
+    before = cpu_nanoseconds(server.pid)
+    output = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+    spent = cpu_nanoseconds(server.pid) - before
+    replies = int(re.search(r"(\d+) requests in", output).group(1))
+    if "Non-2xx" in output or replies == 0:
+        sys.exit(f"{url}: {output}")
+    percentile = dict(re.findall(r"(50|99)%\s+(\S+)", output))
+    rate = float(re.search(r"Requests/sec:\s+([\d.]+)", output).group(1))
+    return Result(rate, percentile["50"], percentile["99"], spent / 1000 / replies)
+
+
+def request(server, method, path):
+    connection = http.client.HTTPConnection("127.0.0.1", server.ports["plain"])
+    connection.request(method, path)
+    reply = connection.getresponse()
+    return reply.headers["Content-Type"], reply.read()
+
+
+def log_in(server):
+    _, body = request(server, "POST", f"/login?user=admin&password={PASSWORD}")
+    key = re.search(rb"<sessionKey>([0-9a-f]{32})<", body)
+    return key.group(1).decode() if key else sys.exit(f"cannot log in: {body}")
+
+
+def fill_vlans(server, key):
+    for vlan in range(2, 4095):
+        _, body = request(server, "POST", f"/vlans/{vlan}?sessionkey={key}")
+        if b"<rlt_code>0<" not in body:
+            sys.exit(f"VLAN {vlan}: {body}")
+
+
+def connection_cost(server, transport, path, count=800):
+    """Bytes of resident memory for each connection that made one request and then stays idle."""
+    context = ssl.create_default_context()
+    context.check_hostname, context.verify_mode = False, ssl.CERT_NONE
+
+    def open_connections(number):
+        opened = []
+        for _ in range(number):
+            client = socket.create_connection(("127.0.0.1", server.ports[transport]))
+            if transport == "TLS":
+                client = context.wrap_socket(client)
+            client.sendall(f"GET {path} HTTP/1.1\r\n\r\n".encode())
+            data = b""
+            while not data.endswith(b"0\r\n\r\n"):
+                data += client.recv(65536)
+            opened.append(client)
+        return opened
+
+    warm = open_connections(50)  # what the first ones cost once is not theirs
+    before = resident_kib(server.pid)
+    idle = open_connections(count)
+    after = resident_kib(server.pid)
+    for client in warm + idle:
+        client.close()
+    return (after - before) * 1024 / count
+
+
+def print_row(*cells):
+    print("| " + " | ".join(str(cell) for cell in cells) + " |", flush=True)
+
+
+def run_cases(daemon, nginx, key, cases, seconds):
+    print_row("request", "transport", "connections", "replies/s", "p50", "p99", "CPU us", "nginx CPU us", "ratio")
+    print_row(*["---"] * 9)
+    for number, case in cases:
+        for transport in ("plain", "TLS"):
+            for connections in CONNECTIONS:
+                path = case.path.format(key=key)
+                ours = measure(daemon, transport, path, connections, case.close, seconds)
+                theirs = measure(nginx, transport, f"/{number}", connections, case.close, seconds)
+                print_row(case.name, transport, connections, f"{ours.rate:.0f}", ours.p50, ours.p99,
+                          f"{ours.cpu:.1f}", f"{theirs.cpu:.1f}", f"{ours.cpu / theirs.cpu:.2f}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--seconds", type=int, default=3)
+    parser.add_argument("--daemon", default="build/release/engine/restful_api_engine")
+    parser.add_argument("--case", action="append", help="only cases whose name holds this")
+    options = parser.parse_args()
+    for tool in ("wrk", "nginx", "openssl", "taskset"):
+        if shutil.which(tool) is None:
+            sys.exit(f"{tool} is missing (Debian: wrk nginx-light openssl util-linux)")
+    if (os.cpu_count() or 1) < 2:
+        sys.exit("two cores are needed: one for the server, one for wrk")
+    resource.setrlimit(resource.RLIMIT_NOFILE, (8192, resource.getrlimit(resource.RLIMIT_NOFILE)[1]))
+
+    cases = [(n, c) for n, c in enumerate(CASES) if not options.case or any(word in c.name for word in options.case)]
+    with tempfile.TemporaryDirectory(prefix="kestrel-bench-") as folder:
+        root = Path(folder)
+        os.chmod(root, 0o755)  # nginx's worker reads its files as another user
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                        "-subj", "/CN=localhost", "-keyout", "key.pem", "-out", "cert.pem"],
+                       cwd=root, check=True, capture_output=True)
+        (root / "ssl.pem").write_bytes((root / "key.pem").read_bytes() + (root / "cert.pem").read_bytes())
+        daemon = start_daemon(Path(options.daemon).resolve(), root)
+        nginx = None
+        try:
+            print(f"Resident at start: {resident_kib(daemon.pid)} KiB\n")
+            key = log_in(daemon)
+            fill_vlans(daemon, key)
+            bodies = [request(daemon, "GET", case.path.format(key=key)) for case in CASES]
+            nginx = start_nginx(root, bodies)
+            run_cases(daemon, nginx, key, cases, options.seconds)
+            print()
+            for transport in ("plain", "TLS"):
+                cost = connection_cost(daemon, transport, f"/login?sessionkey={key}")
+                print(f"An idle {transport} connection: {cost:.0f} bytes resident")
+        finally:
+            daemon.stop()
+            if nginx is not None:
+                nginx.stop()
+
+
+if __name__ == "__main__":
+    main()
