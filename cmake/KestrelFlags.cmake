@@ -8,6 +8,11 @@ target_compile_options(kestrel_flags INTERFACE
   -Wall -Wextra -Werror -Wshadow -Wpointer-arith -Wvla -Wundef
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -Wnon-virtual-dtor>)
 
+# GCC 12 sees overlapping copies in "literal" + std::string that are not there (GCC bug 105651).
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(kestrel_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+endif()
+
 if(KESTREL_SANITIZE)
   set(KESTREL_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_compile_options(kestrel_flags INTERFACE ${KESTREL_SANITIZERS})

@@ -12,6 +12,7 @@
 
 #include <netinet/in.h>
 #include <openssl/types.h>
+#include <pthread.h>
 #include <stdarg.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -82,6 +83,7 @@ struct ns_connection {
   uint32_t poll_events; /* what the descriptor is registered for in the poller; 0 = not registered */
   uint32_t ready;       /* what the poller reported for it in this pass */
   bool send_blocked;    /* the last write left bytes behind: wait for writability before the next one */
+  bool tls_unread;      /* the handshake left bytes inside the TLS session: read them without waiting */
 };
 
 /* The connection manager. */
@@ -94,6 +96,7 @@ struct ns_mgr {
   /* The event loop's own bookkeeping. */
   int poller;           /* epoll descriptor; -1 = absent */
   time_t accept_resume; /* accepting is paused until then, or until a connection closes; 0 = not paused */
+  pthread_mutex_t ctl_lock; /* one broadcast at a time: each waits for its own answer */
 };
 
 /* One message on the control channel: the callback, then 0..8191 payload bytes. */

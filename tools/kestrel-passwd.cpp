@@ -39,7 +39,8 @@ public:
   silent_terminal() {
     is_terminal = tcgetattr(STDIN_FILENO, &before) == 0;
     struct termios silent = before;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    /* Without ISIG too: an interrupt here would leave the user's terminal without echo. */
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
     if (is_terminal) tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
   }
   ~silent_terminal() {
@@ -93,9 +94,9 @@ static int carry_out(const wish &wanted) {
     if (!softswitch::accounts_remove(wanted.state_dir, wanted.user, &error)) return complain(error);
     return done;
   }
+  if (!softswitch::make_state_dir(wanted.state_dir, &error)) return complain(error);
   std::string password;
   if (!read_password(&password, &error)) return complain(error);
-  if (!softswitch::make_state_dir(wanted.state_dir, &error)) return complain(error);
   bool set = softswitch::accounts_set(wanted.state_dir, wanted.user, password, wanted.level, &error);
   explicit_bzero(password.data(), password.size());
   return set ? done : complain(error);

@@ -6,19 +6,24 @@
 #ifndef KESTREL_SOFTSWITCH_SOFTSWITCH_H
 #define KESTREL_SOFTSWITCH_SOFTSWITCH_H
 
+#include "platform/softswitch/config/placeholders.h"
 #include "platform/softswitch/model/switch.h"
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace softswitch {
 
-/* Brings the switch up: reads settings, profile, accounts and configuration, takes the state directory, starts
- * the threads. Calling it again does nothing. On failure says why in `error` and leaves nothing running. */
+/* Brings the switch up: reads settings, profile, accounts and configuration, takes the state directory,
+ * starts the threads. Calling it again does nothing. On failure says why in `error` and leaves nothing
+ * running. */
 bool start(std::string *error);
 /* Ends the threads, closes the state directory and forgets the model, so that start() begins anew from the
  * files. What a restart of the process does, for tests. */
 void stop();
+/* Whether it is up. */
+bool is_running();
 
 /* Holds the lock for its lifetime and gives access to the model. */
 class locked_switch {
@@ -33,13 +38,20 @@ public:
 
 /* Applies one line of the configuration language as a change: checks it, appends it to the journal and takes
  * it over. What every setter of the C interface comes down to. The caller holds the lock.
- * Results are those of the setting's own rules; OPEN_E_FAIL when the line cannot be stored (nothing changed). */
+ * Results are those of the setting's own rules; OPEN_E_FAIL when the line cannot be stored (nothing changed).
+ */
 open_error_t commit_line(switch_model &, std::string_view line);
+/* The same with the line given as a pattern of the command table and its arguments (config/language.h), which
+ * must be printable: interfaces among them exist. */
+open_error_t commit(switch_model &, std::string_view pattern, const std::vector<argument> &arguments);
 
 /* --- Configuration as a whole --------------------------------------------------------------------------- */
 
 /* The running configuration in the configuration language. */
 std::string running_config();
+/* Applies a whole text (a script) as one change: every line is checked before anything is taken over. False
+ * with the reason, which begins with "line N: "; nothing has then been changed. */
+bool apply_configuration(std::string_view text, std::string *error);
 /* Replaces the startup configuration by the running one; false with the reason when it cannot be written. */
 bool save_startup_config(std::string *error);
 /* Returns to the startup configuration (factory state when there is none), journalled like any change. */

@@ -14,8 +14,11 @@ namespace softswitch {
  * function replaces the one before; a count of 0 takes it back. False when the library has no such function. */
 bool fault_order(std::string_view function, open_error_t code, unsigned count, unsigned skip);
 void fault_clear_all();
-/* One line "function code count" per order. */
+/* One line "FUNCTION CODE COUNT SKIP" per order, with what is left of count and skip; the code as a name where it
+ * has one. Sorted by function. */
 std::string fault_list();
+/* A result code from its name ("OPEN_E_FAIL") or a decimal number -32..31, known or not. False when it is neither. */
+bool fault_code_from_text(std::string_view text, open_error_t *code);
 /* Called by every platform function: true, with the code, when this call is to fail. Costs one load while
  * nothing is ordered. */
 bool fault_due(const char *function, open_error_t *code);

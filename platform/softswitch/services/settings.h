@@ -17,7 +17,12 @@ struct settings {
   bool trace_platform;
 };
 
+/* Reads the environment; a variable that is set but empty counts as unset. */
 settings read_settings();
+
+/* Makes the state directory (mode 700) when it is missing; its parent must exist. False with the reason when it
+ * cannot be made or is no directory. */
+bool make_state_dir(const std::string &state_dir, std::string *error);
 
 } // namespace softswitch
 

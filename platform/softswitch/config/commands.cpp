@@ -1,0 +1,29 @@
+/* The table of the configuration language: every line that there is. Its order is the order in which the
+ * configuration is printed, so what others refer to comes before them. */
+#include "platform/softswitch/config/language.h"
+#include "platform/softswitch/config/vlan_lines.h"
+
+namespace softswitch {
+
+static constexpr command table[] = {
+    {"vlan <vlan-list>", apply_vlans, print_vlans},
+    {"no vlan <vlan-list>", apply_no_vlans, nullptr},
+    {"vlan <vlan> name <text>", apply_vlan_name, print_vlan_names},
+    {"no vlan <vlan> name", apply_no_vlan_name, nullptr},
+
+    {"interface <port> vlan <vlan-list> participation include|auto|exclude", apply_participation,
+     print_participation},
+    {"no interface <port> vlan <vlan-list> participation", apply_no_participation, nullptr},
+    {"interface <port> vlan <vlan-list> tagging", apply_tagging, print_tagging},
+    {"no interface <port> vlan <vlan-list> tagging", apply_no_tagging, nullptr},
+    {"interface <port> pvid <vlan>", apply_pvid, print_pvids},
+    {"no interface <port> pvid", apply_no_pvid, nullptr},
+    {"interface <port> accept-frames all|tagged|untagged", apply_accept_frames, print_accept_frames},
+    {"no interface <port> accept-frames", apply_no_accept_frames, nullptr},
+};
+
+std::span<const command> commands() {
+  return table;
+}
+
+} // namespace softswitch

@@ -1,0 +1,225 @@
+/* Snapshot and journal; see journal.h. */
+#include "platform/softswitch/config/journal.h"
+
+#include "platform/api/l7proc.h"
+#include "platform/softswitch/config/language.h"
+
+#include <charconv>
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/file.h>
+#include <unistd.h>
+#include <vector>
+
+namespace softswitch {
+
+static constexpr char snapshot_name[] = "running-config";
+static constexpr char next_snapshot_name[] = "running-config.next";
+static constexpr std::string_view journal_prefix = "journal-";
+static constexpr std::string_view generation_prefix = "! generation ";
+/* No configuration comes near this; whatever is larger is no configuration. */
+static constexpr size_t config_file_max = 64 * 1024 * 1024;
+
+static std::string path_of(const std::string &dir, std::string_view name) {
+  return dir + '/' + std::string(name);
+}
+
+static std::string journal_path(const std::string &dir, uint64_t generation) {
+  return path_of(dir, journal_prefix) + std::to_string(generation);
+}
+
+/* Fills in the reason from errno; false, so that callers can return it. */
+static bool failed(const std::string &path, std::string *error) {
+  *error = path + ": " + strerror(errno);
+  return false;
+}
+
+/* --- Opening -------------------------------------------------------------------------------------------- */
+
+bool state_dir_take(const std::string &dir, std::shared_ptr<file_guard> *lock, std::string *error) {
+  std::string path = path_of(dir, "lock");
+  bool usable = access(dir.c_str(), R_OK | W_OK | X_OK) == 0;
+  int fd = usable ? open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600) : -1;
+  auto opened = std::make_shared<file_guard>(fd);
+  if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0) {
+    *lock = opened;
+    return true;
+  }
+  *error = "the state directory " + dir;
+  *error += errno == EWOULDBLOCK ? " is in use by another process"
+                                 : " cannot be used: " + std::string(strerror(errno));
+  return false;
+}
+
+bool read_config_file(const std::string &dir, const std::string &name, std::string *text, bool *exists,
+                      std::string *error) {
+  std::string path = path_of(dir, name);
+  file_guard file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  *exists = file.fd >= 0;
+  if (!*exists) return errno == ENOENT || failed(path, error);
+  return read_file(file.fd, path, config_file_max, text, error);
+}
+
+/* Applies a text, naming its file when it does not apply. */
+static bool apply_file(switch_model *model, const std::string &path, std::string_view text,
+                       std::string *error) {
+  std::string reason;
+  if (apply_text(*model, text, &reason)) return true;
+  *error = path + ", " + reason;
+  return false;
+}
+
+static bool read_generation(std::string_view text, uint64_t *generation) {
+  if (!text.starts_with(generation_prefix)) return false;
+  text.remove_prefix(generation_prefix.size());
+  std::from_chars_result read = std::from_chars(text.data(), text.data() + text.size(), *generation);
+  return read.ec == std::errc() && read.ptr != text.data() + text.size() && *read.ptr == '\n';
+}
+
+/* Loads what the journal builds on: the snapshot, or without one the startup configuration, or nothing. */
+static bool load_base(journal *journal, switch_model *model, bool *has_snapshot, std::string *error) {
+  std::string text;
+  if (!read_config_file(journal->dir, snapshot_name, &text, has_snapshot, error)) return false;
+  std::string path = path_of(journal->dir, snapshot_name);
+  if (!*has_snapshot) {
+    bool exists;
+    if (!read_config_file(journal->dir, "startup-config", &text, &exists, error)) return false;
+    path = path_of(journal->dir, "startup-config");
+  } else if (!read_generation(text, &journal->generation)) {
+    *error = path + ", line 1: not a snapshot: \"! generation N\" is missing";
+    return false;
+  }
+  return apply_file(model, path, text, error);
+}
+
+/* Cuts off what a crash left of the last line. */
+static bool drop_torn_line(journal *journal, const std::string &path, size_t size, std::string *error) {
+  if (size == static_cast<size_t>(journal->length)) return true;
+  l7proc_logf(L7PROC_WARNING, 0, "journal.cpp", __LINE__,
+              "%s: the last line was not written to its end and is dropped (%zu bytes)", path.c_str(),
+              size - static_cast<size_t>(journal->length));
+  return ftruncate(journal->file->fd, journal->length) == 0 || failed(path, error);
+}
+
+/* Opens the journal of the present generation and replays it. */
+static bool replay(journal *journal, switch_model *model, std::string *error) {
+  std::string path = journal_path(journal->dir, journal->generation);
+  journal->file = std::make_shared<file_guard>(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  if (journal->file->fd < 0) return failed(path, error);
+  std::string text;
+  if (!read_file(journal->file->fd, path, config_file_max, &text, error)) return false;
+  size_t whole_lines = text.rfind('\n') + 1; /* npos + 1 is 0 */
+  journal->length = static_cast<off_t>(whole_lines);
+  if (!apply_file(model, path, std::string_view(text).substr(0, whole_lines), error)) return false;
+  return drop_torn_line(journal, path, text.size(), error);
+}
+
+static bool is_remains(const journal &journal, std::string_view name) {
+  if (name == next_snapshot_name) return true;
+  if (!name.starts_with(journal_prefix)) return false;
+  return name.substr(journal_prefix.size()) != std::to_string(journal.generation);
+}
+
+/* Removes what a crash in the middle of a compaction left. */
+static void remove_remains(const journal &journal) {
+  DIR *dir = opendir(journal.dir.c_str());
+  if (!dir) return;
+  while (const dirent *entry = readdir(dir)) {
+    if (is_remains(journal, entry->d_name)) unlinkat(dirfd(dir), entry->d_name, 0);
+  }
+  closedir(dir);
+}
+
+/* Begins with a fresh generation. A full disk does not keep a switch with a snapshot from starting. */
+static bool begin_generation(journal *journal, const switch_model &model, bool has_snapshot,
+                             std::string *error) {
+  if (has_snapshot && journal->length == 0) return true;
+  std::string reason;
+  uint64_t past = journal->generation;
+  if (snapshot_write(journal->dir, past + 1, print_configuration(model), &reason) &&
+      snapshot_install(journal, journal->length, &reason)) {
+    journal_discard(journal->dir, past);
+    return true;
+  }
+  if (!has_snapshot) {
+    *error = reason;
+    return false;
+  }
+  l7proc_logf(L7PROC_WARNING, 0, "journal.cpp", __LINE__, "%s; going on with the old journal",
+              reason.c_str());
+  return true;
+}
+
+bool journal_open(journal *journal, const std::string &dir, switch_model *model, std::string *error) {
+  bool has_snapshot;
+  *journal = {};
+  journal->dir = dir;
+  if (!load_base(journal, model, &has_snapshot, error) || !replay(journal, model, error)) return false;
+  remove_remains(*journal);
+  return begin_generation(journal, *model, has_snapshot, error);
+}
+
+/* --- Changes -------------------------------------------------------------------------------------------- */
+
+bool journal_append(journal *journal, std::string_view line) {
+  int fd = journal->file->fd;
+  if (journal->torn && ftruncate(fd, journal->length) != 0) return false;
+  std::string text = std::string(line) + '\n';
+  ssize_t written = pwrite(fd, text.data(), text.size(), journal->length);
+  journal->torn = written != static_cast<ssize_t>(text.size());
+  if (journal->torn) {
+    journal->torn = ftruncate(fd, journal->length) != 0;
+    return false;
+  }
+  journal->length += written;
+  return true;
+}
+
+bool journal_sync(const file_guard &file) {
+  return fdatasync(file.fd) == 0;
+}
+
+/* --- New generations ------------------------------------------------------------------------------------ */
+
+bool snapshot_write(const std::string &dir, uint64_t generation, const std::string &configuration,
+                    std::string *error) {
+  std::string text = std::string(generation_prefix) + std::to_string(generation) + '\n' + configuration;
+  return replace_file(path_of(dir, next_snapshot_name), text, 0600, error);
+}
+
+/* Copies the lines from `offset` on into the new journal and makes them safe. */
+static bool copy_tail(const journal &journal, off_t offset, int into) {
+  std::string tail(static_cast<size_t>(journal.length - offset), '\0');
+  ssize_t size = static_cast<ssize_t>(tail.size());
+  if (size == 0) return true;
+  if (pread(journal.file->fd, tail.data(), tail.size(), offset) != size) return false;
+  return pwrite(into, tail.data(), tail.size(), 0) == size && fdatasync(into) == 0;
+}
+
+bool snapshot_install(journal *journal, off_t offset, std::string *error) {
+  std::string path = journal_path(journal->dir, journal->generation + 1);
+  auto file = std::make_shared<file_guard>(open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  if (file->fd < 0) return failed(path, error);
+  std::string beside = path_of(journal->dir, next_snapshot_name);
+  std::string place = path_of(journal->dir, snapshot_name);
+  if (!copy_tail(*journal, offset, file->fd) || rename(beside.c_str(), place.c_str()) != 0) {
+    failed(path, error);
+    unlink(path.c_str());
+    return false;
+  }
+  journal->generation++;
+  journal->file = file;
+  journal->length -= offset;
+  journal->torn = false;
+  return true;
+}
+
+void journal_discard(const std::string &dir, uint64_t generation) {
+  file_guard opened(open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (opened.fd >= 0) fsync(opened.fd);
+  unlink(journal_path(dir, generation).c_str());
+}
+
+} // namespace softswitch

@@ -1,0 +1,129 @@
+/* Reading, applying and printing by the command table; see language.h. */
+#include "platform/softswitch/config/language.h"
+
+namespace softswitch {
+
+/* --- Patterns ------------------------------------------------------------------------------------------- */
+
+/* Takes the next word off the front of a pattern; empty at its end. */
+static std::string_view take_word(std::string_view *pattern) {
+  size_t blank = pattern->find(' ');
+  std::string_view word = pattern->substr(0, blank);
+  pattern->remove_prefix(blank == std::string_view::npos ? pattern->size() : blank + 1);
+  return word;
+}
+
+/* How far a line went along with a pattern, and why no further. */
+struct match {
+  bool complete = false;
+  size_t tokens = 0; /* that fitted */
+  std::vector<argument> arguments;
+  std::string error;
+};
+
+static std::string unexpected(const token &found) {
+  return "\"" + found.text + "\" is not expected here";
+}
+
+/* Fits one token to one word of a pattern. */
+static bool match_word(const switch_model &model, std::string_view word, const token &found, match *so_far) {
+  if (!is_placeholder(word)) {
+    if (!found.quoted && found.text == word) return true;
+    so_far->error = unexpected(found);
+    return false;
+  }
+  argument read;
+  if (!read_placeholder(word, model, found, &read, &so_far->error)) return false;
+  so_far->arguments.push_back(std::move(read));
+  return true;
+}
+
+static match match_pattern(const switch_model &model, std::string_view pattern,
+                           const std::vector<token> &tokens) {
+  match result;
+  while (!pattern.empty()) {
+    std::string_view word = take_word(&pattern);
+    if (result.tokens == tokens.size()) {
+      result.error = "the line ends too early: " + std::string(word) + " is missing";
+      return result;
+    }
+    if (!match_word(model, word, tokens[result.tokens], &result)) return result;
+    result.tokens++;
+  }
+  result.complete = result.tokens == tokens.size();
+  if (!result.complete) result.error = unexpected(tokens[result.tokens]);
+  return result;
+}
+
+/* --- Applying ------------------------------------------------------------------------------------------- */
+
+/* The row that the tokens fit, or nullptr with the reason of the row that they fit longest. */
+static const command *find_command(const switch_model &model, const std::vector<token> &tokens, match *best) {
+  best->error = "unknown command \"" + tokens[0].text + "\"";
+  for (const command &row : commands()) {
+    match found = match_pattern(model, row.pattern, tokens);
+    bool better = found.complete || found.tokens > best->tokens;
+    if (better) *best = std::move(found);
+    if (best->complete) return &row;
+  }
+  return nullptr;
+}
+
+open_error_t apply_line(switch_model &model, std::string_view line, std::string *error) {
+  std::vector<token> tokens;
+  if (!split_line(line, &tokens, error)) return OPEN_E_PARAM;
+  if (tokens.empty()) return OPEN_E_NONE;
+  match found;
+  const command *row = find_command(model, tokens, &found);
+  if (!row) {
+    *error = found.error;
+    return OPEN_E_PARAM;
+  }
+  return row->apply(model, found.arguments, error);
+}
+
+bool apply_text(switch_model &model, std::string_view text, std::string *error) {
+  for (size_t number = 1; !text.empty(); number++) {
+    size_t end = text.find('\n');
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    std::string reason;
+    if (apply_line(model, line, &reason) == OPEN_E_NONE) continue;
+    *error = "line " + std::to_string(number) + ": " + reason;
+    return false;
+  }
+  return true;
+}
+
+/* --- Printing ------------------------------------------------------------------------------------------- */
+
+std::string format_line(const switch_model &model, std::string_view pattern,
+                        std::span<const argument> arguments) {
+  std::string line;
+  while (!pattern.empty()) {
+    std::string_view word = take_word(&pattern);
+    if (!line.empty()) line += ' ';
+    if (!is_placeholder(word)) {
+      line += word;
+      continue;
+    }
+    line += print_placeholder(word, model, arguments.front());
+    arguments = arguments.subspan(1);
+  }
+  return line;
+}
+
+void config_printer::line(const std::vector<argument> &arguments) const {
+  *text += format_line(model, pattern, arguments) + '\n';
+}
+
+std::string print_configuration(const switch_model &model) {
+  std::string text;
+  for (const command &row : commands()) {
+    if (row.print) row.print({model, row.pattern, &text});
+  }
+  return text;
+}
+
+} // namespace softswitch

@@ -1,0 +1,195 @@
+/* Placeholders of the configuration language; see placeholders.h. */
+#include "platform/softswitch/config/placeholders.h"
+
+#include <algorithm>
+#include <bitset>
+#include <charconv>
+
+namespace softswitch {
+
+/* A printed list has at most this many ranges ("4000-4094," is 10 bytes), which keeps lines readable. */
+static constexpr size_t ranges_per_line = 8;
+
+/* --- Numbers -------------------------------------------------------------------------------------------- */
+
+/* Decimal digits alone, no sign, no leading zero. A number too large for 32 bits reads as the largest. */
+static bool read_number(std::string_view text, uint32_t *number) {
+  bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+  if (!digits || (text.size() > 1 && text[0] == '0')) return false;
+  if (std::from_chars(text.data(), text.data() + text.size(), *number).ec != std::errc())
+    *number = UINT32_MAX;
+  return true;
+}
+
+static bool read_vlan_id(std::string_view text, uint32_t *id, std::string *error) {
+  if (!read_number(text, id)) {
+    *error = "\"" + std::string(text) + "\" is not a VLAN id";
+    return false;
+  }
+  if (vlan_id_valid(*id)) return true;
+  *error = "VLAN id out of range 1..4094";
+  return false;
+}
+
+static std::string print_number(const switch_model &, const argument &from) {
+  return std::to_string(from.number);
+}
+
+static bool read_vlan(const switch_model &, const token &from, argument *into, std::string *error) {
+  return read_vlan_id(from.text, &into->number, error);
+}
+
+/* --- Lists ---------------------------------------------------------------------------------------------- */
+
+static bool read_range(std::string_view text, std::bitset<vlan_id_max + 1> *ids, std::string *error) {
+  size_t dash = text.find('-');
+  uint32_t first, last;
+  if (!read_vlan_id(text.substr(0, dash), &first, error)) return false;
+  if (dash == std::string_view::npos) {
+    last = first;
+  } else if (!read_vlan_id(text.substr(dash + 1), &last, error)) {
+    return false;
+  }
+  if (first > last) {
+    *error = "the range " + std::string(text) + " runs backwards";
+    return false;
+  }
+  for (uint32_t id = first; id <= last; id++) ids->set(id);
+  return true;
+}
+
+static bool read_vlan_list(const switch_model &, const token &from, argument *into, std::string *error) {
+  std::bitset<vlan_id_max + 1> ids;
+  std::string_view rest = from.text;
+  for (;;) {
+    size_t comma = rest.find(',');
+    if (!read_range(rest.substr(0, comma), &ids, error)) return false;
+    if (comma == std::string_view::npos) break;
+    rest.remove_prefix(comma + 1);
+  }
+  for (uint32_t id = vlan_id_min; id <= vlan_id_max; id++) {
+    if (ids[id]) into->list.push_back(id);
+  }
+  return true;
+}
+
+/* The index of the last id of the range that begins at `first`. */
+static size_t range_end(const id_list &list, size_t first) {
+  size_t last = first;
+  while (last + 1 < list.size() && list[last + 1] == list[last] + 1) last++;
+  return last;
+}
+
+static std::string print_list(const switch_model &model, const argument &from) {
+  if (from.list.empty()) return print_number(model, from);
+  std::string folded;
+  for (size_t first = 0, last; first < from.list.size(); first = last + 1) {
+    last = range_end(from.list, first);
+    if (!folded.empty()) folded += ',';
+    folded += std::to_string(from.list[first]);
+    if (last > first) folded += '-' + std::to_string(from.list[last]);
+  }
+  return folded;
+}
+
+std::vector<id_list> split_list(const id_list &list) {
+  std::vector<id_list> parts;
+  size_t ranges = 0;
+  for (size_t first = 0, last; first < list.size(); first = last + 1) {
+    last = range_end(list, first);
+    if (ranges++ % ranges_per_line == 0) parts.emplace_back();
+    parts.back().insert(parts.back().end(), list.begin() + static_cast<std::ptrdiff_t>(first),
+                        list.begin() + static_cast<std::ptrdiff_t>(last + 1));
+  }
+  return parts;
+}
+
+/* --- Ports and texts ------------------------------------------------------------------------------------ */
+
+static bool read_port(const switch_model &model, const token &from, argument *into, std::string *error) {
+  into->number = interface_by_name(model, from.text);
+  if (interface_switches(model, into->number)) return true;
+  *error = "there is no port or LAG \"" + from.text + "\"";
+  return false;
+}
+
+static std::string print_port(const switch_model &model, const argument &from) {
+  return quote_token(interface_name(model, from.number));
+}
+
+static bool read_text(const switch_model &, const token &from, argument *into, std::string *) {
+  into->text = from.text;
+  return true;
+}
+
+static std::string print_text(const switch_model &, const argument &from) {
+  return quote_token(from.text);
+}
+
+/* --- One of several words ------------------------------------------------------------------------------- */
+
+/* Takes the next word off the front of "a|b|c". */
+static std::string_view take_word(std::string_view *words) {
+  size_t bar = words->find('|');
+  std::string_view word = words->substr(0, bar);
+  words->remove_prefix(bar == std::string_view::npos ? words->size() : bar + 1);
+  return word;
+}
+
+static bool read_choice(std::string_view words, const token &from, argument *into, std::string *error) {
+  std::string_view rest = words;
+  for (into->number = 0; !rest.empty(); into->number++) {
+    if (take_word(&rest) == from.text && !from.quoted) return true;
+  }
+  *error = "\"" + from.text + "\" is none of " + std::string(words);
+  return false;
+}
+
+/* Empty for a number that stands for no word. */
+static std::string print_choice(std::string_view words, uint32_t number) {
+  std::string_view rest = words;
+  for (uint32_t skip = number; skip > 0 && !rest.empty(); skip--) take_word(&rest);
+  return std::string(take_word(&rest));
+}
+
+/* --- The kinds ------------------------------------------------------------------------------------------ */
+
+struct placeholder {
+  std::string_view word;
+  bool (*read)(const switch_model &, const token &from, argument *into, std::string *error);
+  std::string (*print)(const switch_model &, const argument &from);
+};
+
+static constexpr placeholder placeholders[] = {
+    {"<vlan>", read_vlan, print_number},
+    {"<vlan-list>", read_vlan_list, print_list},
+    {"<port>", read_port, print_port},
+    {"<text>", read_text, print_text},
+};
+
+static const placeholder *find_placeholder(std::string_view word) {
+  auto row = std::find_if(std::begin(placeholders), std::end(placeholders),
+                          [&](const placeholder &candidate) { return candidate.word == word; });
+  return row == std::end(placeholders) ? nullptr : row;
+}
+
+static bool is_choice(std::string_view word) {
+  return word.find('|') != std::string_view::npos;
+}
+
+bool is_placeholder(std::string_view word) {
+  return is_choice(word) || find_placeholder(word);
+}
+
+bool read_placeholder(std::string_view word, const switch_model &model, const token &from, argument *into,
+                      std::string *error) {
+  if (is_choice(word)) return read_choice(word, from, into, error);
+  return find_placeholder(word)->read(model, from, into, error);
+}
+
+std::string print_placeholder(std::string_view word, const switch_model &model, const argument &from) {
+  if (is_choice(word)) return print_choice(word, from.number);
+  return find_placeholder(word)->print(model, from);
+}
+
+} // namespace softswitch

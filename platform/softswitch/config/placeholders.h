@@ -1,0 +1,48 @@
+/* What may stand in a line of the configuration language besides keywords: VLAN ids, lists, ports, texts, one
+ * of several words. Each kind is one row that reads it and prints it. */
+#ifndef KESTREL_SOFTSWITCH_CONFIG_PLACEHOLDERS_H
+#define KESTREL_SOFTSWITCH_CONFIG_PLACEHOLDERS_H
+
+#include "platform/softswitch/config/tokens.h"
+#include "platform/softswitch/model/switch.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace softswitch {
+
+/* Numbers in ascending order, each once. */
+using id_list = std::vector<uint32_t>;
+
+/* What a placeholder stands for. Which member holds it is said by the kind:
+ *   <vlan>        number
+ *   <vlan-list>   list; for printing a single VLAN may be given as number
+ *   <port>        number: the interface
+ *   <text>        text
+ *   a|b|c         number: 0 for a, 1 for b, ... */
+struct argument {
+  argument() = default;
+  argument(uint32_t value) : number(value) {}
+  argument(std::string_view value) : text(value) {}
+  argument(id_list value) : list(std::move(value)) {}
+
+  uint32_t number = 0;
+  std::string text;
+  id_list list;
+};
+
+/* Says whether a word of a pattern is a placeholder and not a keyword. */
+bool is_placeholder(std::string_view word);
+/* Reads a token as the placeholder; false with the reason when it is none. */
+bool read_placeholder(std::string_view word, const switch_model &model, const token &from, argument *into,
+                      std::string *error);
+/* The token for an argument. */
+std::string print_placeholder(std::string_view word, const switch_model &model, const argument &from);
+
+/* Cuts a list into parts that each print as a token of reasonable length; no part for an empty list. */
+std::vector<id_list> split_list(const id_list &list);
+
+} // namespace softswitch
+
+#endif

@@ -1,0 +1,42 @@
+/* Lowering limits by name; see limits.h. */
+#include "platform/softswitch/model/limits.h"
+
+namespace softswitch {
+
+struct limit_name {
+  std::string_view name;
+  uint32_t limits::*member;
+};
+
+static constexpr limit_name limit_names[] = {
+    {"vlans", &limits::vlans},
+    {"lag-members", &limits::lag_members},
+    {"vlan-routing-interfaces", &limits::vlan_routing_interfaces},
+    {"acls", &limits::acls},
+    {"acl-rules", &limits::acl_rules},
+    {"tcam-ingress-policies", &limits::tcam_ingress_policies},
+    {"tcam-egress-policies", &limits::tcam_egress_policies},
+    {"bgp-peers", &limits::bgp_peers},
+    {"bgp-networks", &limits::bgp_networks},
+    {"vxlan-tenants", &limits::vxlan_tenants},
+    {"vxlan-remote-vteps", &limits::vxlan_remote_vteps},
+    {"static-macs", &limits::static_macs},
+    {"logging-hosts", &limits::logging_hosts},
+    {"scripts", &limits::scripts},
+    {"equal-cost-routes", &limits::equal_cost_routes},
+    {"settle-milliseconds", &limits::settle_milliseconds},
+    {"journal-bytes", &limits::journal_bytes},
+};
+
+bool limit_override(limits *limits, std::string_view name, uint32_t value) {
+  const struct limits built_in;
+  for (const limit_name &row : limit_names) {
+    if (row.name != name) continue;
+    if (value > built_in.*row.member) return false;
+    limits->*row.member = value;
+    return true;
+  }
+  return false;
+}
+
+} // namespace softswitch

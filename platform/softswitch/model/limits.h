@@ -1,0 +1,62 @@
+/* The numbers of the switch: how its interfaces are numbered, and how much of everything it holds. The rules
+ * of model/ take them from here and nowhere else. */
+#ifndef KESTREL_SOFTSWITCH_MODEL_LIMITS_H
+#define KESTREL_SOFTSWITCH_MODEL_LIMITS_H
+
+#include <cstdint>
+#include <string_view>
+
+namespace softswitch {
+
+/* --- The number space of interfaces --------------------------------------------------------------------- */
+
+inline constexpr uint32_t port_first = 1; /* ports 1..54; the profile says how many there are */
+inline constexpr uint32_t port_last = 54;
+inline constexpr uint32_t cpu_interface = 55;
+inline constexpr uint32_t lag_first = 56; /* "3/1" */
+inline constexpr uint32_t lag_last = 119; /* "3/64" */
+inline constexpr uint32_t loopback_first = 120;
+inline constexpr uint32_t loopback_last = 127;
+inline constexpr uint32_t vlan_routing_first = 226;
+inline constexpr uint32_t vlan_routing_last = 353;
+inline constexpr uint32_t interface_last = vlan_routing_last;
+
+/* --- Ranges of values ----------------------------------------------------------------------------------- */
+
+inline constexpr uint32_t vlan_id_min = 1;
+inline constexpr uint32_t vlan_id_max = 4094;      /* IEEE 802.1Q: 0 and 4095 are reserved */
+inline constexpr uint32_t vlan_name_size = 32 + 1; /* bytes of a buffer for a name, terminator included */
+inline constexpr uint32_t mtu_min = 1518;
+inline constexpr uint32_t mtu_max = 12270;
+
+/* --- Limits --------------------------------------------------------------------------------------------- */
+
+/* How much there is room for, and the switch's own times and sizes. Each can be lowered by name while the
+ * switch runs (lab control, tests), so that a full table takes two entries instead of thousands. */
+struct limits {
+  uint32_t vlans = 4094;
+  uint32_t lag_members = 32; /* of each LAG */
+  uint32_t vlan_routing_interfaces = 128;
+  uint32_t acls = 100;
+  uint32_t acl_rules = 1023; /* of each ACL */
+  uint32_t tcam_ingress_policies = 512;
+  uint32_t tcam_egress_policies = 128;
+  uint32_t bgp_peers = 128;
+  uint32_t bgp_networks = 64;
+  uint32_t vxlan_tenants = 1024;
+  uint32_t vxlan_remote_vteps = 128;
+  uint32_t static_macs = 20; /* locked on each port */
+  uint32_t logging_hosts = 8;
+  uint32_t scripts = 100;
+  uint32_t equal_cost_routes = 32;     /* to one destination */
+  uint32_t settle_milliseconds = 250;  /* how long a change may be followed by others before it is taken */
+  uint32_t journal_bytes = 256 * 1024; /* the journal is compacted when it exceeds this */
+};
+
+/* Lowers a limit. The name is the member's with dashes ("vlans", "settle-milliseconds"). What is beyond the
+ * new limit already stays. False, with nothing changed, for an unknown name or a value above the built-in. */
+bool limit_override(limits *limits, std::string_view name, uint32_t value);
+
+} // namespace softswitch
+
+#endif

@@ -1,0 +1,49 @@
+/* The switch's state: what is configured, and what the outside world has made of it. Plain values; the rules
+ * stand with the nouns (interface.h, vlan.h). A copy is cheap (shared_table.h).
+ *
+ * Operations of the nouns take the model first and return an open_error_t of the platform interface. One that
+ * fails may leave the model half changed: callers work on a copy and take it over when all went well. */
+#ifndef KESTREL_SOFTSWITCH_MODEL_SWITCH_H
+#define KESTREL_SOFTSWITCH_MODEL_SWITCH_H
+
+#include "platform/api/openapi_common.h"
+#include "platform/softswitch/model/interface.h"
+#include "platform/softswitch/model/limits.h"
+#include "platform/softswitch/model/shared_table.h"
+#include "platform/softswitch/model/vlan.h"
+#include "platform/softswitch/services/profile.h"
+
+#include <memory>
+
+namespace softswitch {
+
+struct switch_model {
+  struct limits limits;
+  std::shared_ptr<const chassis_profile> profile;
+  bool ready = true; /* what the readiness query answers */
+
+  /* Changes are numbered from 1. Whatever changes notes the number of its latest change; it is pending while
+   * that is above the latest change that the data plane has taken. */
+  uint64_t change = 0;
+  uint64_t applied = 0;
+
+  shared_table<interface_table> interfaces;
+  shared_table<vlan_table> vlans;
+};
+
+/* A switch of this make in factory state, ports cabled as the profile says. */
+switch_model make_switch(const chassis_profile &profile);
+
+/* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
+ * cables, readiness. */
+void switch_reset(switch_model &model);
+
+/* The number for the change that is being made. */
+uint64_t next_change(switch_model &model);
+
+/* Notes that the data plane has taken everything up to `change`. */
+void changes_taken(switch_model &model, uint64_t change);
+
+} // namespace softswitch
+
+#endif

@@ -1,0 +1,214 @@
+/* VLANs; see vlan.h. */
+#include "platform/softswitch/model/vlan.h"
+
+#include "platform/softswitch/model/switch.h"
+
+#include <algorithm>
+#include <string.h>
+
+namespace softswitch {
+
+/* --- Finding and editing -------------------------------------------------------------------------------- */
+
+/* Where the entry with this id is, or where it belongs. */
+template <typename Entries> static auto place_of(Entries &entries, uint32_t id) {
+  return std::lower_bound(entries.begin(), entries.end(), id,
+                          [](const vlan_entry &entry, uint32_t wanted) { return entry.id < wanted; });
+}
+
+const vlan_entry *vlan_find(const switch_model &model, uint32_t id) {
+  auto place = place_of(model.vlans->entries, id);
+  bool found = place != model.vlans->entries.end() && place->id == id && place->exists;
+  return found ? &*place : nullptr;
+}
+
+/* An existing VLAN for changing, its change noted. */
+static vlan_entry *edit_vlan(switch_model &model, uint32_t id) {
+  vlan_entry *vlan = &*place_of(model.vlans.edit()->entries, id);
+  vlan->changed = next_change(model);
+  return vlan;
+}
+
+static member_set all_members(const switch_model &model) {
+  member_set members;
+  for (uint32_t number = 0; number < members.size(); number++)
+    members[number] = interface_switches(model, number);
+  return members;
+}
+
+/* --- Existence ------------------------------------------------------------------------------------------ */
+
+bool vlan_id_valid(uint32_t id) {
+  return id >= vlan_id_min && id <= vlan_id_max;
+}
+
+bool vlan_exists(const switch_model &model, uint32_t id) {
+  return vlan_find(model, id) != nullptr;
+}
+
+/* Puts a new VLAN in its place, over the remains of a deleted one if the data plane still has that. */
+static vlan_entry *insert_vlan(switch_model &model, uint32_t id) {
+  auto &entries = model.vlans.edit()->entries;
+  auto place = place_of(entries, id);
+  if (place == entries.end() || place->id != id) place = entries.insert(place, vlan_entry());
+  *place = vlan_entry();
+  place->id = static_cast<uint16_t>(id);
+  place->exists = true;
+  std::string_view name = vlan_factory_name(id);
+  memcpy(place->name, name.data(), name.size());
+  place->changed = next_change(model);
+  return &*place;
+}
+
+void vlans_reset(switch_model &model) {
+  uint64_t change = next_change(model);
+  for (vlan_entry &vlan : model.vlans.edit()->entries) {
+    if (vlan.exists) vlan.changed = change;
+    vlan.exists = false;
+  }
+  insert_vlan(model, 1)->included = all_members(model);
+}
+
+void vlans_forget_deleted(switch_model &model) {
+  auto taken = [&](const vlan_entry &vlan) { return !vlan.exists && vlan.changed <= model.applied; };
+  const auto &entries = model.vlans->entries;
+  if (std::none_of(entries.begin(), entries.end(), taken)) return;
+  std::erase_if(model.vlans.edit()->entries, taken);
+}
+
+static size_t count_vlans(const switch_model &model) {
+  const auto &entries = model.vlans->entries;
+  return static_cast<size_t>(
+      std::count_if(entries.begin(), entries.end(), [](const vlan_entry &vlan) { return vlan.exists; }));
+}
+
+open_error_t vlan_create(switch_model &model, uint32_t id) {
+  if (!vlan_id_valid(id)) return OPEN_E_PARAM;
+  if (vlan_exists(model, id)) return OPEN_E_EXISTS;
+  if (count_vlans(model) >= model.limits.vlans) return OPEN_E_FULL;
+  insert_vlan(model, id);
+  return OPEN_E_NONE;
+}
+
+/* An interface is touched by the deletion of a VLAN when it had any setting in it. */
+static void release_interfaces(switch_model &model, const vlan_entry &vlan) {
+  member_set configured = vlan.included | vlan.excluded | vlan.tagged;
+  for (uint32_t number = 0; number < configured.size(); number++) {
+    bool pvid = model.interfaces->at[number].pvid == vlan.id;
+    if (!configured[number] && !pvid) continue;
+    interface_entry *entry = interface_edit(model, number);
+    if (pvid) entry->pvid = 1;
+  }
+}
+
+open_error_t vlan_delete(switch_model &model, uint32_t id) {
+  if (!vlan_id_valid(id)) return OPEN_E_PARAM;
+  if (!vlan_exists(model, id)) return OPEN_E_NOT_FOUND;
+  if (id == 1 || interface_of_vlan(model, id) != 0) return OPEN_E_FAIL;
+  vlan_entry *vlan = edit_vlan(model, id);
+  vlan->exists = false;
+  release_interfaces(model, *vlan);
+  return OPEN_E_NONE;
+}
+
+open_error_t vlan_next(const switch_model &model, uint32_t after, uint32_t *next) {
+  if (after > vlan_id_max) return OPEN_E_PARAM;
+  const auto &entries = model.vlans->entries;
+  auto place = place_of(entries, after + 1);
+  while (place != entries.end() && !place->exists) place++;
+  if (place == entries.end()) return OPEN_E_FAIL;
+  *next = place->id;
+  return OPEN_E_NONE;
+}
+
+open_error_t vlan_next_changed(const switch_model &model, uint32_t after, uint32_t *next,
+                               uint32_t *delete_pending) {
+  if (after > vlan_id_max) return OPEN_E_PARAM;
+  const auto &entries = model.vlans->entries;
+  auto place = place_of(entries, after + 1);
+  while (place != entries.end() && place->changed <= model.applied) place++;
+  if (place == entries.end()) return OPEN_E_FAIL;
+  *next = place->id;
+  *delete_pending = !place->exists;
+  return OPEN_E_NONE;
+}
+
+/* --- Settings ------------------------------------------------------------------------------------------- */
+
+open_error_t vlan_and_interface_check(const switch_model &model, uint32_t id, uint32_t interface) {
+  return vlan_exists(model, id) && interface_switches(model, interface) ? OPEN_E_NONE : OPEN_E_NOT_FOUND;
+}
+
+std::string_view vlan_factory_name(uint32_t id) {
+  return id == 1 ? "default" : "";
+}
+
+static bool is_control(char byte) {
+  return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
+}
+
+open_error_t vlan_set_name(switch_model &model, uint32_t id, std::string_view name) {
+  const vlan_entry *vlan = vlan_find(model, id);
+  if (!vlan) return OPEN_E_NOT_FOUND;
+  if (name.size() >= sizeof vlan->name) return OPEN_E_PARAM;
+  if (std::any_of(name.begin(), name.end(), is_control)) return OPEN_E_PARAM;
+  if (name == vlan->name) return OPEN_E_NONE;
+  vlan_entry *changed = edit_vlan(model, id);
+  memset(changed->name, 0, sizeof changed->name);
+  memcpy(changed->name, name.data(), name.size());
+  return OPEN_E_NONE;
+}
+
+uint32_t vlan_factory_participation(uint32_t id) {
+  return id == 1 ? OPEN_VLAN_PARTICIPATION_MODE_INCLUDE : OPEN_VLAN_PARTICIPATION_MODE_AUTO;
+}
+
+uint32_t vlan_participation(const vlan_entry &vlan, uint32_t interface) {
+  if (vlan.included[interface]) return OPEN_VLAN_PARTICIPATION_MODE_INCLUDE;
+  if (vlan.excluded[interface]) return OPEN_VLAN_PARTICIPATION_MODE_EXCLUDE;
+  return OPEN_VLAN_PARTICIPATION_MODE_AUTO;
+}
+
+open_error_t vlan_set_participation(switch_model &model, uint32_t id, uint32_t interface, uint32_t mode) {
+  open_error_t rc = vlan_and_interface_check(model, id, interface);
+  if (rc != OPEN_E_NONE) return rc;
+  if (mode > OPEN_VLAN_PARTICIPATION_MODE_EXCLUDE) return OPEN_E_PARAM;
+  if (vlan_participation(*vlan_find(model, id), interface) == mode) return OPEN_E_NONE;
+  interface_edit(model, interface);
+  vlan_entry *vlan = edit_vlan(model, id);
+  vlan->included[interface] = mode == OPEN_VLAN_PARTICIPATION_MODE_INCLUDE;
+  vlan->excluded[interface] = mode == OPEN_VLAN_PARTICIPATION_MODE_EXCLUDE;
+  return OPEN_E_NONE;
+}
+
+bool vlan_has_member(const vlan_entry &vlan, uint32_t interface) {
+  return vlan.included[interface];
+}
+
+open_error_t vlan_set_tagging(switch_model &model, uint32_t id, uint32_t interface, uint32_t tagged) {
+  open_error_t rc = vlan_and_interface_check(model, id, interface);
+  if (rc != OPEN_E_NONE) return rc;
+  if (tagged > OPEN_ENABLE) return OPEN_E_PARAM;
+  if (vlan_find(model, id)->tagged[interface] == (tagged == OPEN_ENABLE)) return OPEN_E_NONE;
+  interface_edit(model, interface);
+  edit_vlan(model, id)->tagged[interface] = tagged == OPEN_ENABLE;
+  return OPEN_E_NONE;
+}
+
+open_error_t vlan_set_pvid(switch_model &model, uint32_t interface, uint32_t id) {
+  open_error_t rc = vlan_and_interface_check(model, id, interface);
+  if (rc != OPEN_E_NONE) return rc;
+  if (model.interfaces->at[interface].pvid == id) return OPEN_E_NONE;
+  interface_edit(model, interface)->pvid = static_cast<uint16_t>(id);
+  return OPEN_E_NONE;
+}
+
+open_error_t vlan_set_accept_frames(switch_model &model, uint32_t interface, uint32_t type) {
+  if (!interface_switches(model, interface)) return OPEN_E_NOT_FOUND;
+  if (type < OPEN_DOT1Q_ADMIT_ALL || type > OPEN_DOT1Q_ADMIT_ONLY_VLAN_UNTAGGED) return OPEN_E_PARAM;
+  if (model.interfaces->at[interface].accept_frames == type) return OPEN_E_NONE;
+  interface_edit(model, interface)->accept_frames = static_cast<uint8_t>(type);
+  return OPEN_E_NONE;
+}
+
+} // namespace softswitch

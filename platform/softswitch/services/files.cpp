@@ -1,0 +1,91 @@
+/* Reading and replacing small files; see files.h. */
+#include "platform/softswitch/services/files.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace softswitch {
+
+file_guard::~file_guard() {
+  if (fd >= 0) close(fd);
+}
+
+/* Fills in the reason from errno; false, so that callers can return it. */
+static bool failed(const std::string &path, std::string *error) {
+  *error = path + ": " + strerror(errno);
+  return false;
+}
+
+bool read_file(int fd, const std::string &path, size_t size_max, std::string *text, std::string *error) {
+  char block[8192];
+  text->clear();
+  for (;;) {
+    ssize_t size = read(fd, block, sizeof block);
+    if (size < 0 && errno == EINTR) continue;
+    if (size < 0) return failed(path, error);
+    if (size == 0) return true;
+    text->append(block, static_cast<size_t>(size));
+    if (text->size() > size_max) {
+      *error = path + ": larger than " + std::to_string(size_max) + " bytes";
+      return false;
+    }
+  }
+}
+
+static std::string directory_of(const std::string &path) {
+  size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+void give_to_directory_owner(int fd, const std::string &path) {
+  struct stat directory;
+  if (geteuid() != 0 || stat(directory_of(path).c_str(), &directory) != 0) return;
+  /* When it fails the file stays with root, which its reader then reports better than anybody here could. */
+  if (fchown(fd, directory.st_uid, directory.st_gid) != 0) return;
+}
+
+static bool write_all(int fd, std::string_view text) {
+  while (!text.empty()) {
+    ssize_t size = write(fd, text.data(), text.size());
+    if (size < 0 && errno == EINTR) continue;
+    if (size < 0) return false;
+    text.remove_prefix(static_cast<size_t>(size));
+  }
+  return true;
+}
+
+static bool write_new_file(const std::string &path, std::string_view text, mode_t mode, std::string *error) {
+  /* What a crash may have left is removed first, so that nobody who holds it open sees the new content. */
+  unlink(path.c_str());
+  file_guard file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+  if (file.fd < 0) return failed(path, error);
+  give_to_directory_owner(file.fd, path);
+  if (fchmod(file.fd, mode) == 0 && write_all(file.fd, text) && fsync(file.fd) == 0) return true;
+  failed(path, error);
+  unlink(path.c_str());
+  return false;
+}
+
+/* Makes a rename in the file's directory last. A file system that cannot sync directories is no failure: the
+ * new file is in place all the same. */
+static void sync_directory_of(const std::string &path) {
+  file_guard opened(open(directory_of(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (opened.fd >= 0) fsync(opened.fd);
+}
+
+bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error) {
+  std::string beside = path + ".new";
+  if (!write_new_file(beside, text, mode, error)) return false;
+  if (rename(beside.c_str(), path.c_str()) != 0) {
+    failed(path, error);
+    unlink(beside.c_str());
+    return false;
+  }
+  sync_directory_of(path);
+  return true;
+}
+
+} // namespace softswitch

@@ -1,0 +1,259 @@
+/* The software switch as one object; see softswitch.h. */
+#include "platform/softswitch/softswitch.h"
+
+#include "platform/softswitch/api/call.h"
+#include "platform/softswitch/config/language.h"
+#include "platform/softswitch/dataplane/apply.h"
+#include "platform/softswitch/services/accounts.h"
+#include "platform/softswitch/services/lab.h"
+#include "platform/softswitch/services/log.h"
+
+#include <chrono>
+
+namespace softswitch {
+
+/* Never destroyed, so that its threads may run until the process is gone. */
+static running_switch &the_switch() {
+  static running_switch *const only = new running_switch;
+  return *only;
+}
+
+/* --- Starting and stopping ------------------------------------------------------------------------------ */
+
+static bool take_directory(running_switch &sw, std::string *error) {
+  const std::string &dir = sw.settings.state_dir;
+  if (make_state_dir(dir, error)) return state_dir_take(dir, &sw.dir_lock, error);
+  *error = "the state directory " + *error;
+  return false;
+}
+
+static void release_directory(running_switch &sw) {
+  sw.dir_lock.reset();
+}
+
+static bool open_log(running_switch &sw, std::string *error) {
+  return log_open(sw.settings.state_dir, error);
+}
+
+static void close_log(running_switch &) {
+  log_close();
+}
+
+static bool make_model(running_switch &sw, std::string *error) {
+  chassis_profile profile = built_in_profile();
+  if (!sw.settings.profile.empty() && !load_profile(sw.settings.profile, &profile, error)) return false;
+  sw.model = make_switch(profile);
+  return true;
+}
+
+static void forget_model(running_switch &sw) {
+  sw.model = switch_model();
+}
+
+static bool open_accounts(running_switch &sw, std::string *error) {
+  return accounts_open(sw.settings.state_dir, sw.settings.admin_password, error);
+}
+
+static void close_accounts(running_switch &) {
+  accounts_close();
+}
+
+static bool load_configuration(running_switch &sw, std::string *error) {
+  if (!journal_open(&sw.journal, sw.settings.state_dir, &sw.model, error)) return false;
+  apply_initial(&sw.model);
+  return true;
+}
+
+static void close_journal(running_switch &sw) {
+  sw.journal = journal();
+}
+
+static bool start_applying(running_switch &sw, std::string *error) {
+  sw.held = false;
+  if (apply_start(&sw)) return true;
+  *error = "no thread for applying changes";
+  return false;
+}
+
+static void stop_applying(running_switch &sw) {
+  apply_stop(&sw);
+}
+
+static bool start_lab(running_switch &sw, std::string *error) {
+  return lab_start(sw.settings.state_dir, error);
+}
+
+static void stop_lab(running_switch &) {
+  lab_stop();
+}
+
+struct start_step {
+  bool (*begin)(running_switch &, std::string *error);
+  void (*end)(running_switch &);
+};
+
+/* In order; the end is the same backwards. */
+static constexpr start_step start_steps[] = {
+    {take_directory, release_directory},
+    {open_log, close_log},
+    {make_model, forget_model},
+    {open_accounts, close_accounts},
+    {load_configuration, close_journal},
+    {start_applying, stop_applying},
+    {start_lab, stop_lab},
+};
+static constexpr size_t start_step_count = sizeof start_steps / sizeof *start_steps;
+
+/* Undoes the first `begun` steps. */
+static void end_steps(running_switch &sw, size_t begun) {
+  while (begun > 0) start_steps[--begun].end(sw);
+}
+
+bool is_running() {
+  std::lock_guard guard(the_switch().lock);
+  return the_switch().running;
+}
+
+static void set_running(running_switch &sw, bool running) {
+  std::lock_guard guard(sw.lock);
+  sw.running = running;
+}
+
+bool start(std::string *error) {
+  running_switch &sw = the_switch();
+  if (is_running()) return true;
+  sw.settings = read_settings();
+  trace_calls(sw.settings.trace_platform);
+  for (size_t step = 0; step < start_step_count; step++) {
+    if (start_steps[step].begin(sw, error)) continue;
+    end_steps(sw, step);
+    return false;
+  }
+  set_running(sw, true);
+  return true;
+}
+
+void stop() {
+  running_switch &sw = the_switch();
+  if (!is_running()) return;
+  set_running(sw, false);
+  end_steps(sw, start_step_count);
+}
+
+/* --- The model ------------------------------------------------------------------------------------------ */
+
+locked_switch::locked_switch() {
+  the_switch().lock.lock();
+}
+
+locked_switch::~locked_switch() {
+  the_switch().lock.unlock();
+}
+
+switch_model *locked_switch::operator->() const {
+  return &the_switch().model;
+}
+
+switch_model &locked_switch::operator*() const {
+  return the_switch().model;
+}
+
+open_error_t commit_line(switch_model &model, std::string_view line) {
+  running_switch &sw = the_switch();
+  switch_model changed = model;
+  std::string reason;
+  open_error_t rc = apply_line(changed, line, &reason);
+  if (rc != OPEN_E_NONE) return rc;
+  /* What is as wanted already, and a comment, are not worth a line in the journal. */
+  if (changed.change == model.change) return OPEN_E_NONE;
+  if (!journal_append(&sw.journal, line)) return OPEN_E_FAIL;
+  model = changed;
+  sw.wake.notify_all();
+  return OPEN_E_NONE;
+}
+
+open_error_t commit(switch_model &model, std::string_view pattern, const std::vector<argument> &arguments) {
+  return commit_line(model, format_line(model, pattern, arguments));
+}
+
+/* --- Configuration as a whole --------------------------------------------------------------------------- */
+
+std::string running_config() {
+  std::unique_lock lock(the_switch().lock);
+  switch_model copy = the_switch().model;
+  lock.unlock();
+  return print_configuration(copy);
+}
+
+/* Makes a changed copy of the model the switch's configuration, as a generation of its own: all of it or
+ * nothing survives a crash. Under the lock, no compaction going on. */
+static bool install(running_switch &sw, const switch_model &changed, std::string *error) {
+  uint64_t past = sw.journal.generation;
+  if (!snapshot_write(sw.journal.dir, past + 1, print_configuration(changed), error)) return false;
+  if (!snapshot_install(&sw.journal, sw.journal.length, error)) return false;
+  journal_discard(sw.journal.dir, past);
+  sw.model = changed;
+  sw.wake.notify_all();
+  return true;
+}
+
+bool apply_configuration(std::string_view text, std::string *error) {
+  running_switch &sw = the_switch();
+  std::unique_lock lock(sw.lock);
+  sw.idle.wait(lock, [&] { return !sw.compacting; });
+  switch_model changed = sw.model;
+  return apply_text(changed, text, error) && install(sw, changed, error);
+}
+
+bool save_startup_config(std::string *error) {
+  return replace_file(the_switch().settings.state_dir + "/startup-config", running_config(), 0600, error);
+}
+
+bool reload(std::string *error) {
+  running_switch &sw = the_switch();
+  std::string text, reason;
+  bool exists;
+  if (!read_config_file(sw.settings.state_dir, "startup-config", &text, &exists, error)) return false;
+  std::unique_lock lock(sw.lock);
+  sw.idle.wait(lock, [&] { return !sw.compacting; });
+  switch_model changed = sw.model;
+  switch_reset(changed);
+  if (apply_text(changed, text, &reason)) return install(sw, changed, error);
+  *error = sw.settings.state_dir + "/startup-config, " + reason;
+  return false;
+}
+
+/* --- Lab control ---------------------------------------------------------------------------------------- */
+
+void hold_apply(bool hold) {
+  std::lock_guard guard(the_switch().lock);
+  the_switch().held = hold;
+  the_switch().wake.notify_all();
+}
+
+bool wait_applied(int milliseconds) {
+  running_switch &sw = the_switch();
+  std::unique_lock lock(sw.lock);
+  return sw.idle.wait_for(lock, std::chrono::milliseconds(milliseconds),
+                          [&] { return sw.model.applied == sw.model.change; });
+}
+
+bool set_cabled(std::string_view interface_name, bool cabled) {
+  locked_switch sw;
+  uint32_t number = interface_by_name(*sw, interface_name);
+  if (interface_set_cabled(*sw, number, cabled) != OPEN_E_NONE) return false;
+  report_links(&*sw);
+  return true;
+}
+
+void set_ready(bool ready) {
+  locked_switch sw;
+  sw->ready = ready;
+}
+
+bool set_limit(std::string_view name, uint32_t value) {
+  locked_switch sw;
+  return limit_override(&sw->limits, name, value);
+}
+
+} // namespace softswitch
