@@ -59,29 +59,25 @@ wait_until_serving() {
   done
 }
 
-describe_password() {
-  if [ -e "$var/state/admin-password" ]; then
-    say "in the file $var/state/admin-password"
-  else
-    say "the one chosen for it (build/release/tools/kestrel-passwd sets another)"
-  fi
-}
-
 print_first_session() {
   local base="http://$local_address:$http_port" secure="https://$local_address:$https_port"
+  local where="in the file $var/state/admin-password" password="\$(cat $var/state/admin-password)"
+  if [ ! -e "$var/state/admin-password" ]; then # it was chosen, not made up
+    where="as it was set (build/release/tools/kestrel-passwd -d $var/state admin sets another)" password="PASSWORD"
+  fi
   cat <<TEXT
 
 The switch is up. Ctrl-C ends it; what was configured is kept in $var/state.
 
   HTTP         $base
   HTTPS        $secure
-  account      admin, password $(describe_password)
+  account      admin, password $where
   certificate  $var/ssl.crt
                $(openssl x509 -noout -fingerprint -sha256 -in "$var/ssl.pem")
 
 A first session, to paste into another terminal in this folder:
 
-  KEY=\$(curl -s $base/login -d user=admin --data-urlencode "password=\$(cat $var/state/admin-password)" | grep -o '[0-9a-f]\{32\}')
+  KEY=\$(curl -s $base/login -d user=admin --data-urlencode "password=$password" | grep -o '[0-9a-f]\{32\}')
   curl -X POST "$base/vlans/10?sessionkey=\$KEY"
   curl -X PUT "$base/vlans/10/name?value=servers&sessionkey=\$KEY"
   curl "$base/vlans/10?sessionkey=\$KEY"

@@ -24,3 +24,11 @@ endif()
 if(KESTREL_FUZZ)
   target_compile_options(kestrel_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# Links the C++ runtime into a program or library of the product. That spares a process that has no other use for
+# libstdc++ and its libraries some 1.5 MiB of memory; the platform library's C interface keeps the two copies apart.
+function(kestrel_static_runtime target)
+  if(NOT KESTREL_SANITIZE)
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
+endfunction()

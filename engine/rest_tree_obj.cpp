@@ -69,9 +69,11 @@ void release_node(node_t *node) {
   num_spare_nodes++;
 }
 
-/* Keeps the terminator: the destination is zero-filled and one byte stays. */
+/* Terminates what it copies: a caller may have changed the type of a node, whose bytes were then not all cleared. */
 void copy_text(char *dst, size_t size, const char *src) {
-  if (src != nullptr) memcpy(dst, src, strnlen(src, size - 1));
+  size_t length = src == nullptr ? 0 : strnlen(src, size - 1);
+  if (length > 0) memcpy(dst, src, length);
+  dst[length] = '\0';
 }
 
 node_t *walk_to_end(node_t *node) {

@@ -87,6 +87,11 @@ int api_access_handler(mg_connection *conn) {
     call_module(conn, module_name);
     return 1;
   }
+  /* A body that overrides the method of a POST /login was not there yet when the request was let in. */
+  if (sessionKey[0] == '\0' && strcmp(module_name, "login") == 0) {
+    refuse_unauthorised(conn, sessionKey);
+    return 1;
+  }
   uint32_t ssid = sessionKey[0] == '\0' ? 0 : get_session_id(conn->remote_ip, sessionKey);
   if (sessionKey[0] != '\0' && ssid == 0) {
     send_response(conn, 1, "Authentication failed.", nullptr);

@@ -1,5 +1,5 @@
-/* Checking passwords: the accounts in force, and how many wrong guesses are let through; see accounts.h. The file
- * itself is accounts_file.cpp, the hashes password_hash.cpp, the limits and why throttle.h. */
+/* Checking passwords: the accounts in force, and how many wrong guesses are let through; see accounts.h. The
+ * file itself is accounts_file.cpp, the hashes password_hash.cpp, the limits and why throttle.h. */
 #include "platform/softswitch/services/accounts.h"
 
 #include "platform/api/l7proc.h"
@@ -38,8 +38,8 @@ static bool same_time(const struct timespec &a, const struct timespec &b) {
 }
 
 static bool same_version(const file_version &a, const file_version &b) {
-  return a.device == b.device && a.inode == b.inode && a.size == b.size && same_time(a.modified, b.modified) &&
-         same_time(a.changed, b.changed);
+  return a.device == b.device && a.inode == b.inode && a.size == b.size &&
+         same_time(a.modified, b.modified) && same_time(a.changed, b.changed);
 }
 
 /* The version of the file now; all zero when there is none. */
@@ -78,7 +78,8 @@ static void take_up_changes() {
   state.read_version = version;
   std::string error;
   if (!read_accounts(state.path, &state.accounts, &error)) {
-    l7proc_logf(L7PROC_ERROR, 0, "accounts.cpp", __LINE__, "%s; the accounts stay as they were", error.c_str());
+    l7proc_logf(L7PROC_ERROR, 0, "accounts.cpp", __LINE__, "%s; the accounts stay as they were",
+                error.c_str());
     return;
   }
   std::erase_if(state.buckets, [](const auto &tried) { return !state.accounts.contains(tried.first); });

@@ -16,7 +16,7 @@ namespace softswitch {
 
 static constexpr size_t name_length_max = 63;
 static constexpr size_t password_length_max = 255; /* what a login can carry */
-static constexpr size_t file_size_max = 1024 * 1024;
+static constexpr size_t file_size_max = size_t{1024} * 1024;
 
 std::string accounts_path(const std::string &state_dir) {
   return state_dir + "/accounts";
@@ -56,11 +56,13 @@ static const char *parse_line(std::string_view line, account_table *table) {
   if (const char *fault = fault_of_name(name)) return fault;
   if (!password_hash_is_whole(hash)) return "not a yescrypt hash ($y$...)";
   if (level != "1" && level != "15") return fault_of_level(0);
-  bool is_new = table->try_emplace(std::string(name), account{std::string(hash), level == "1" ? 1 : 15}).second;
+  bool is_new =
+      table->try_emplace(std::string(name), account{std::string(hash), level == "1" ? 1 : 15}).second;
   return is_new ? nullptr : "the account was given before";
 }
 
-bool parse_accounts(std::string_view text, const std::string &path, account_table *table, std::string *error) {
+bool parse_accounts(std::string_view text, const std::string &path, account_table *table,
+                    std::string *error) {
   account_table read;
   for (size_t number = 1; !text.empty(); number++) {
     size_t end = text.find('\n');
@@ -92,8 +94,8 @@ bool read_accounts(const std::string &path, account_table *table, std::string *e
 
 /* --- Writing -------------------------------------------------------------------------------------------- */
 
-/* Keeps other writers of the accounts out until it is closed; readers need no lock, as files are replaced whole.
- * -1 with the reason when that fails. */
+/* Keeps other writers of the accounts out until it is closed; readers need no lock, as files are replaced
+ * whole. -1 with the reason when that fails. */
 static int lock_accounts(const std::string &state_dir, std::string *error) {
   std::string path = state_dir + "/accounts.lock";
   int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
@@ -124,7 +126,8 @@ static bool make_account(std::string_view password, int level, account *made, st
   return false;
 }
 
-bool make_first_accounts(const std::string &state_dir, const std::string &admin_password, std::string *error) {
+bool make_first_accounts(const std::string &state_dir, const std::string &admin_password,
+                         std::string *error) {
   std::string path = accounts_path(state_dir);
   if (file_exists(path)) return true;
   file_guard lock(lock_accounts(state_dir, error));

@@ -1,5 +1,5 @@
-/* The accounts file: its format, reading and replacing it. accounts.cpp decides with what it holds, and says in
- * accounts.h what the file looks like. */
+/* The accounts file: its format, reading and replacing it. accounts.cpp decides with what it holds, and says
+ * in accounts.h what the file looks like. */
 #ifndef KESTREL_SOFTSWITCH_ACCOUNTS_FILE_H
 #define KESTREL_SOFTSWITCH_ACCOUNTS_FILE_H
 

@@ -18,7 +18,7 @@
 namespace softswitch {
 
 /* A burst of some thousand ordinary lines. */
-static constexpr size_t queue_bytes_max = 256 * 1024;
+static constexpr size_t queue_bytes_max = size_t{256} * 1024;
 
 /* Shared by the thread and the rest, so that a thread that is stuck in the terminal can be left to itself. */
 struct console_state {
@@ -72,7 +72,8 @@ static bool take_line(console_state &state, std::string *line) {
 }
 
 static void *write_lines(void *argument) {
-  std::unique_ptr<std::shared_ptr<console_state>> owned(static_cast<std::shared_ptr<console_state> *>(argument));
+  std::unique_ptr<std::shared_ptr<console_state>> owned(
+      static_cast<std::shared_ptr<console_state> *>(argument));
   console_state &state = **owned;
   std::string line;
   while (take_line(state, &line)) write_line(line);
@@ -121,8 +122,10 @@ void console_stop() {
   state->changed.notify_all();
   bool finished = state->changed.wait_for(hold, std::chrono::seconds(1), [&] { return state->finished; });
   hold.unlock();
-  if (finished) pthread_join(console.thread, nullptr);
-  else pthread_detach(console.thread);
+  if (finished)
+    pthread_join(console.thread, nullptr);
+  else
+    pthread_detach(console.thread);
 }
 
 } // namespace softswitch

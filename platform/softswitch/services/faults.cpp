@@ -19,10 +19,12 @@ static const struct {
   open_error_t code;
   const char *name;
 } code_names[] = {
-    {OPEN_E_NONE, "OPEN_E_NONE"},         {OPEN_E_RPC, "OPEN_E_RPC"},         {OPEN_E_INTERNAL, "OPEN_E_INTERNAL"},
-    {OPEN_E_PARAM, "OPEN_E_PARAM"},       {OPEN_E_FULL, "OPEN_E_FULL"},       {OPEN_E_EXISTS, "OPEN_E_EXISTS"},
-    {OPEN_E_TIMEOUT, "OPEN_E_TIMEOUT"},   {OPEN_E_FAIL, "OPEN_E_FAIL"},       {OPEN_E_DISABLED, "OPEN_E_DISABLED"},
-    {OPEN_E_UNAVAIL, "OPEN_E_UNAVAIL"},   {OPEN_E_NOT_FOUND, "OPEN_E_NOT_FOUND"}, {OPEN_E_EMPTY, "OPEN_E_EMPTY"},
+    {OPEN_E_NONE, "OPEN_E_NONE"},           {OPEN_E_RPC, "OPEN_E_RPC"},
+    {OPEN_E_INTERNAL, "OPEN_E_INTERNAL"},   {OPEN_E_PARAM, "OPEN_E_PARAM"},
+    {OPEN_E_FULL, "OPEN_E_FULL"},           {OPEN_E_EXISTS, "OPEN_E_EXISTS"},
+    {OPEN_E_TIMEOUT, "OPEN_E_TIMEOUT"},     {OPEN_E_FAIL, "OPEN_E_FAIL"},
+    {OPEN_E_DISABLED, "OPEN_E_DISABLED"},   {OPEN_E_UNAVAIL, "OPEN_E_UNAVAIL"},
+    {OPEN_E_NOT_FOUND, "OPEN_E_NOT_FOUND"}, {OPEN_E_EMPTY, "OPEN_E_EMPTY"},
     {OPEN_E_ERROR, "OPEN_E_ERROR"},
 };
 
@@ -74,8 +76,10 @@ bool fault_order(std::string_view function, open_error_t code, unsigned count, u
   std::string name(function);
   if (!function_exists(name)) return false;
   std::lock_guard<std::mutex> hold(lock);
-  if (count > 0) faults.insert_or_assign(name, fault{code, count, skip});
-  else faults.erase(name);
+  if (count > 0)
+    faults.insert_or_assign(name, fault{code, count, skip});
+  else
+    faults.erase(name);
   any_ordered.store(!faults.empty(), std::memory_order_relaxed);
   return true;
 }

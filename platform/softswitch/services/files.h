@@ -19,16 +19,17 @@ public:
   const int fd;
 };
 
-/* Reads the rest of an open file into `text`. False with the reason ("PATH: reason") when it cannot be read or
- * holds more than `size_max` bytes. `path` is for the reason only. */
+/* Reads the rest of an open file into `text`. False with the reason ("PATH: reason") when it cannot be read
+ * or holds more than `size_max` bytes. `path` is for the reason only. */
 bool read_file(int fd, const std::string &path, size_t size_max, std::string *text, std::string *error);
 
-/* Replaces (or makes) a file: writes `text` into PATH.new, syncs it, renames it over PATH and syncs the directory.
- * The file's mode is `mode`, whatever the umask. False with the reason; the old file is then whole. */
+/* Replaces (or makes) a file: writes `text` into PATH.new, syncs it, renames it over PATH and syncs the
+ * directory. The file's mode is `mode`, whatever the umask. False with the reason; the old file is then
+ * whole. */
 bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error);
 
-/* What root makes for a switch that runs as another user must be that user's: gives an open file to the owner of
- * the directory it is in. Does nothing for other users. */
+/* What root makes for a switch that runs as another user must be that user's: gives an open file to the owner
+ * of the directory it is in. Does nothing for other users. */
 void give_to_directory_owner(int fd, const std::string &path);
 
 } // namespace softswitch

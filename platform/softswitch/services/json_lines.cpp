@@ -55,7 +55,7 @@ static void take_member_name(json_scanner &scan) {
   open_value &parent = scan.open.back();
   std::string name(take_string(scan).substr(0, json_name_length_max));
   parent.member = parent.path.empty() ? name : parent.path + "." + name;
-  if (name.find('\\') != name.npos) note_odd_name(scan, line);
+  if (name.empty() || name.find('\\') != name.npos) note_odd_name(scan, line);
   bool is_new = scan.index.lines.emplace(parent.member, line).second;
   if (is_new || scan.index.duplicate_line > 0) return;
   scan.index.lines[parent.member] = line;

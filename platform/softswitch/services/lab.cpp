@@ -1,5 +1,5 @@
-/* Lab control's commands; see lab.h. The table near the end is the list of them all: `help` prints it, and a new
- * command is a handler and a row. The socket that they come in by is lab_socket.cpp. */
+/* Lab control's commands; see lab.h. The table near the end is the list of them all: `help` prints it, and a
+ * new command is a handler and a row. The socket that they come in by is lab_socket.cpp. */
 #include "platform/softswitch/services/lab.h"
 
 #include "platform/softswitch/services/faults.h"

@@ -1,5 +1,6 @@
 /* Lab control: plays the world outside the switch for tests and labs. Commands come in as lines on the Unix
- * socket `lab.sock` in the state directory (the tool kestrel-lab) or in process through kestrel_lab_command(). */
+ * socket `lab.sock` in the state directory (the tool kestrel-lab) or in process through
+ * kestrel_lab_command(). */
 #ifndef KESTREL_SOFTSWITCH_LAB_H
 #define KESTREL_SOFTSWITCH_LAB_H
 

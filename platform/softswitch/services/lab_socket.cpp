@@ -1,6 +1,6 @@
 /* Lab control's Unix socket: one thread with poll(2) serves all clients. A client that sends nothing, sends
- * without end or never reads holds up nobody: its buffers are bounded, its next command is looked at only when
- * its last reply is gone, and `wait` is answered when its time comes. The commands are lab.cpp. */
+ * without end or never reads holds up nobody: its buffers are bounded, its next command is looked at only
+ * when its last reply is gone, and `wait` is answered when its time comes. The commands are lab.cpp. */
 #include "platform/softswitch/services/files.h"
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/lab_commands.h"
@@ -41,7 +41,8 @@ struct lab_client {
 };
 
 struct lab_server {
-  lab_server(int listening, int waking, std::string at) : listener(listening), wake(waking), directory(at) {}
+  lab_server(int listening, int waking, const std::string &at)
+      : listener(listening), wake(waking), directory(at) {}
   file_guard listener;
   file_guard wake; /* an eventfd: written when the thread is to end */
   std::string directory;
@@ -66,12 +67,14 @@ static void reply(lab_client &client, const lab_outcome &outcome) {
 static void run_line(lab_client &client, std::string_view line) {
   lab_outcome outcome = lab_run(line);
   client.waiting = outcome.kind == lab_outcome::waiting;
-  if (client.waiting) client.wait_until = now_ms() + outcome.milliseconds;
-  else reply(client, outcome);
+  if (client.waiting)
+    client.wait_until = now_ms() + outcome.milliseconds;
+  else
+    reply(client, outcome);
 }
 
-/* Carries out the next whole line, if there is one; the last one of a client that sends no more needs no newline.
- * False when there is none. */
+/* Carries out the next whole line, if there is one; the last one of a client that sends no more needs no
+ * newline. False when there is none. */
 static bool run_next_line(lab_client &client) {
   size_t end = client.in.find('\n');
   bool whole = end != std::string::npos || (client.ended && !client.in.empty());
@@ -106,8 +109,10 @@ static void receive(lab_client &client) {
   ssize_t size = recv(client.socket.fd, block, room, MSG_DONTWAIT);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
   client.last_heard = now_ms();
-  if (size <= 0) client.ended = true;
-  else client.in.append(block, static_cast<size_t>(size));
+  if (size <= 0)
+    client.ended = true;
+  else
+    client.in.append(block, static_cast<size_t>(size));
 }
 
 static bool wants_input(const lab_client &client) {
@@ -136,9 +141,8 @@ static void advance(lab_client &client) {
 /* When all places are taken, the client that has been silent longest gives up its own. */
 static void make_room(lab_server &lab) {
   if (lab.clients.size() < clients_max) return;
-  auto silent = std::min_element(lab.clients.begin(), lab.clients.end(), [](const auto &a, const auto &b) {
-    return a->last_heard < b->last_heard;
-  });
+  auto silent = std::min_element(lab.clients.begin(), lab.clients.end(),
+                                 [](const auto &a, const auto &b) { return a->last_heard < b->last_heard; });
   lab.clients.erase(silent);
 }
 
@@ -163,7 +167,8 @@ static std::vector<struct pollfd> watched(const lab_server &lab, int *timeout) {
   std::vector<struct pollfd> all = {{lab.wake.fd, POLLIN, 0}, {lab.listener.fd, POLLIN, 0}};
   *timeout = -1;
   for (const auto &client : lab.clients) {
-    /* A negative descriptor is passed over: poll() would report a hang-up of a waiting client over and over. */
+    /* A negative descriptor is passed over: poll() would report a hang-up of a waiting client over and over.
+     */
     short events = events_of(*client);
     all.push_back({events ? client->socket.fd : -1, events, 0});
     if (client->waiting) *timeout = wait_slice_ms;

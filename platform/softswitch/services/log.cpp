@@ -1,4 +1,5 @@
-/* The log file and the console threshold; see log.h. Lines come from l7proc.cpp; the console is console.cpp. */
+/* The log file and the console threshold; see log.h. Lines come from l7proc.cpp; the console is console.cpp.
+ */
 #include "platform/softswitch/services/log.h"
 
 #include "platform/api/l7proc.h"
@@ -19,7 +20,7 @@
 namespace softswitch {
 
 /* Some ten thousand lines; two files of this size are kept. */
-static constexpr off_t file_size_max = 1024 * 1024;
+static constexpr off_t file_size_max = off_t{1024} * 1024;
 
 /* Words of L7PROC_EMERGENCY..L7PROC_DEBUG. */
 static const char *const severity_words[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",

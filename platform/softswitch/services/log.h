@@ -15,7 +15,8 @@ namespace softswitch {
 bool log_open(const std::string &state_dir, std::string *error);
 /* Writes out what is queued and closes. */
 void log_close();
-/* Lines of this severity and the more severe ones (lower numbers) go to the console; L7PROC_WARNING at start. */
+/* Lines of this severity and the more severe ones (lower numbers) go to the console; L7PROC_WARNING at start.
+ */
 void log_set_console_severity(int severity);
 
 /* A severity's word in a log line ("WARNING"), and back: the word in any case or the number "0".."7". */
@@ -25,13 +26,14 @@ bool log_severity_from_text(std::string_view text, int *severity);
 /* --- For l7proc_logf and the crash record -------------------------------------------------------------- */
 
 /* The longest line, its newline included. What l7proc_logf is given beyond that is cut. */
-inline constexpr size_t log_line_max = 20 * 1024;
+inline constexpr size_t log_line_max = size_t{20} * 1024;
 /* Builds a line: "2026-01-31T12:34:56.789Z WARNING rest_common.c:129 text", time in UTC, newline at the end.
  * Control characters become blanks, so that no text can pass for a line of its own; what goes beyond
  * log_line_max is cut. */
 std::string log_format(int severity, std::string_view file, int line, std::string_view text);
 /* Writes one finished line, which ends with a newline, to the file and, when severe enough, to the console. A
- * line that cannot be written to the file is counted, and the count logged once the file can be written again. */
+ * line that cannot be written to the file is counted, and the count logged once the file can be written
+ * again. */
 void log_write(int severity, std::string_view line);
 /* The descriptor of the log file, -1 while it is not open. Safe to call in a signal handler. */
 int log_descriptor();

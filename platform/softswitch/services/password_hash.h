@@ -14,8 +14,8 @@ std::string password_hash_new(std::string_view password);
 /* Says whether `text` is a whole yescrypt hash: "$y$", cost, salt and 43 characters of digest. */
 bool password_hash_is_whole(std::string_view text);
 
-/* Hashes the password as `hash` was made and compares in constant time. A password with a zero byte in it never
- * matches. */
+/* Hashes the password as `hash` was made and compares in constant time. A password with a zero byte in it
+ * never matches. */
 bool password_matches(std::string_view password, const std::string &hash);
 
 /* How many times password_matches() has hashed in this process. Lets tests see what throttling saves. */

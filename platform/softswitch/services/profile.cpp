@@ -1,5 +1,5 @@
-/* The chassis profile as JSON; see profile.h. What a profile may hold is said by the member tables below: a new
- * member is a row in one of them, and a reading function where its kind is new. */
+/* The chassis profile as JSON; see profile.h. What a profile may hold is said by the member tables below: a
+ * new member is a row in one of them, and a reading function where its kind is new. */
 #include "platform/softswitch/services/profile.h"
 
 #include "platform/softswitch/services/files.h"
@@ -18,7 +18,7 @@
 namespace softswitch {
 
 static constexpr size_t ports_max = 54;
-static constexpr size_t file_size_max = 128 * 1024;
+static constexpr size_t file_size_max = size_t{128} * 1024;
 /* Texts go out through 256-byte buffers, terminator included. */
 static constexpr size_t text_size_max = 255;
 /* A profile is three levels deep; json-c recurses, so a hostile file must not choose the depth. */
@@ -87,7 +87,8 @@ static bool read_text(profile_reader &reader, const profile_value &value, std::s
   if (good) text.assign(json_object_get_string(value.object), json_object_get_string_len(value.object));
   good = good && !text.empty() && text.size() <= text_size_max;
   for (unsigned char c : text) good = good && c >= 0x20 && c != 0x7f;
-  if (!good) return mistake(reader, value.path, "must be a text of 1 to 255 bytes without control characters");
+  if (!good)
+    return mistake(reader, value.path, "must be a text of 1 to 255 bytes without control characters");
   *target = text;
   return true;
 }
@@ -113,7 +114,8 @@ static bool read_mac(profile_reader &reader, const profile_value &value, std::st
   return true;
 }
 
-/* "0/" and a number without leading zeros: other units' numbers are LAGs and other interfaces without a cable. */
+/* "0/" and a number without leading zeros: other units' numbers are LAGs and other interfaces without a
+ * cable. */
 static bool read_port_name(profile_reader &reader, const profile_value &value, std::string *target) {
   std::string text;
   if (!read_text(reader, value, &text)) return false;
@@ -150,28 +152,37 @@ static bool read_object(profile_reader &reader, const profile_value &value,
     return mistake(reader, value.path, "must be an object");
   json_object_object_foreach(value.object, name, member) {
     profile_value inner = {member, value.path.empty() ? name : value.path + "." + name};
-    auto row = std::find_if(rows.begin(), rows.end(), [&](const auto &r) { return strcmp(r.name, name) == 0; });
+    auto row =
+        std::find_if(rows.begin(), rows.end(), [&](const auto &r) { return strcmp(r.name, name) == 0; });
     if (row == rows.end()) return mistake(reader, inner.path, "is not known here");
     if (!row->read(reader, inner, target)) return false;
   }
   return true;
 }
 
+/* Reads a member of a JSON object into a field of the target: what most rows do. */
+template <auto field, auto read_value, class target_type>
+static bool read_field(profile_reader &reader, const profile_value &value, target_type *target) {
+  return read_value(reader, value, &(target->*field));
+}
+
 static const member_row<port_profile> port_members[] = {
-    {"name", [](auto &reader, auto &value, auto *port) { return read_port_name(reader, value, &port->name); }},
-    {"speed_mbps", [](auto &reader, auto &value, auto *port) { return read_speed(reader, value, &port->speed_mbps); }},
-    {"copper", [](auto &reader, auto &value, auto *port) { return read_bool(reader, value, &port->copper); }},
-    {"cabled", [](auto &reader, auto &value, auto *port) { return read_bool(reader, value, &port->cabled); }},
+    {"name", read_field<&port_profile::name, read_port_name>},
+    {"speed_mbps", read_field<&port_profile::speed_mbps, read_speed>},
+    {"copper", read_field<&port_profile::copper, read_bool>},
+    {"cabled", read_field<&port_profile::cabled, read_bool>},
 };
 
 /* The list replaces the built-in ports as a whole. */
-static bool read_ports(profile_reader &reader, const profile_value &value, std::vector<port_profile> *target) {
+static bool read_ports(profile_reader &reader, const profile_value &value,
+                       std::vector<port_profile> *target) {
   bool is_list = json_object_is_type(value.object, json_type_array);
   size_t count = is_list ? json_object_array_length(value.object) : 0;
   if (count < 1 || count > ports_max) return mistake(reader, value.path, "must be a list of 1 to 54 ports");
   std::vector<port_profile> ports(count);
   for (size_t i = 0; i < count; i++) {
-    profile_value entry = {json_object_array_get_idx(value.object, i), value.path + "[" + std::to_string(i) + "]"};
+    profile_value entry = {json_object_array_get_idx(value.object, i),
+                           value.path + "[" + std::to_string(i) + "]"};
     port_profile &port = ports[i];
     if (!read_object<port_profile>(reader, entry, port_members, &port)) return false;
     if (port.name.empty()) return mistake(reader, entry.path, "must have a name");
@@ -184,21 +195,20 @@ static bool read_ports(profile_reader &reader, const profile_value &value, std::
 }
 
 static const member_row<chassis_profile> chassis_members[] = {
-    {"model", [](auto &reader, auto &value, auto *chassis) { return read_text(reader, value, &chassis->model); }},
-    {"serial", [](auto &reader, auto &value, auto *chassis) { return read_text(reader, value, &chassis->serial); }},
-    {"mac", [](auto &reader, auto &value, auto *chassis) { return read_mac(reader, value, &chassis->mac); }},
-    {"description",
-     [](auto &reader, auto &value, auto *chassis) { return read_text(reader, value, &chassis->description); }},
-    {"os_version",
-     [](auto &reader, auto &value, auto *chassis) { return read_text(reader, value, &chassis->os_version); }},
-    {"storage", [](auto &reader, auto &value, auto *chassis) { return read_text(reader, value, &chassis->storage); }},
-    {"ports", [](auto &reader, auto &value, auto *chassis) { return read_ports(reader, value, &chassis->ports); }},
+    {"model", read_field<&chassis_profile::model, read_text>},
+    {"serial", read_field<&chassis_profile::serial, read_text>},
+    {"mac", read_field<&chassis_profile::mac, read_mac>},
+    {"description", read_field<&chassis_profile::description, read_text>},
+    {"os_version", read_field<&chassis_profile::os_version, read_text>},
+    {"storage", read_field<&chassis_profile::storage, read_text>},
+    {"ports", read_field<&chassis_profile::ports, read_ports>},
 };
 
 /* --- The file ------------------------------------------------------------------------------------------- */
 
 /* Parses strictly. False with the reason when the text is no JSON. */
-static bool parse_json(const std::string &text, const std::string &name, json_guard *root, std::string *error) {
+static bool parse_json(const std::string &text, const std::string &name, json_guard *root,
+                       std::string *error) {
   tokener_guard tokener(json_tokener_new_ex(json_depth_max));
   if (!tokener) {
     *error = name + ": out of memory";
@@ -226,7 +236,7 @@ bool parse_profile(const std::string &text, const std::string &name, chassis_pro
   profile_reader reader = {name, index, error};
   if (index.odd_name_line > 0) {
     *error = name + ":" + std::to_string(index.odd_name_line) +
-             ": a member's name must stand in double quotes, without escapes";
+             ": a member's name must stand in double quotes, not empty and without escapes";
     return false;
   }
   if (index.duplicate_line > 0) return mistake(reader, index.duplicate, "is given twice");

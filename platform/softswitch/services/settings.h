@@ -1,8 +1,8 @@
 /* The software switch's run-time settings, read from the environment once, when the switch starts.
  *   KESTREL_STATE_DIR       state directory, default /var/lib/kestrel; made (mode 700) when it is missing
  *   KESTREL_PROFILE         chassis profile, a JSON file; built in when unset
- *   KESTREL_ADMIN_PASSWORD  password of the account "admin" when the accounts file is first made; random when unset
- *   KESTREL_TRACE           "platform": one line per platform call on standard error */
+ *   KESTREL_ADMIN_PASSWORD  password of the account "admin" when the accounts file is first made; random when
+ * unset KESTREL_TRACE           "platform": one line per platform call on standard error */
 #ifndef KESTREL_SOFTSWITCH_SETTINGS_H
 #define KESTREL_SOFTSWITCH_SETTINGS_H
 
@@ -20,8 +20,8 @@ struct settings {
 /* Reads the environment; a variable that is set but empty counts as unset. */
 settings read_settings();
 
-/* Makes the state directory (mode 700) when it is missing; its parent must exist. False with the reason when it
- * cannot be made or is no directory. */
+/* Makes the state directory (mode 700) when it is missing; its parent must exist. False with the reason when
+ * it cannot be made or is no directory. */
 bool make_state_dir(const std::string &state_dir, std::string *error);
 
 } // namespace softswitch

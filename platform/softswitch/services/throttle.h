@@ -1,5 +1,5 @@
-/* Token buckets: how many failed attempts may be made in a while. accounts.cpp holds one per account, one for all
- * unknown names and one for everybody together. */
+/* Token buckets: how many failed attempts may be made in a while. accounts.cpp holds one per account, one for
+ * all unknown names and one for everybody together. */
 #ifndef KESTREL_SOFTSWITCH_THROTTLE_H
 #define KESTREL_SOFTSWITCH_THROTTLE_H
 
@@ -7,7 +7,8 @@
 
 namespace softswitch {
 
-/* The shape of a bucket: it holds `burst` tokens at most and gains `refill` of them every `period` seconds. */
+/* The shape of a bucket: it holds `burst` tokens at most and gains `refill` of them every `period` seconds.
+ */
 struct throttle_rate {
   unsigned burst;
   unsigned refill;
@@ -18,8 +19,8 @@ struct throttle_rate {
  * password gets 28 800 tries a day, which is nothing against a password worth the name. */
 inline constexpr throttle_rate throttle_per_account = {10, 1, 3};
 
-/* A failed attempt costs the single-threaded server one hash, some 20 ms. Five a second keep it busy for a tenth
- * of its time at most, however many names a flood of attempts is spread over. */
+/* A failed attempt costs the single-threaded server one hash, some 20 ms. Five a second keep it busy for a
+ * tenth of its time at most, however many names a flood of attempts is spread over. */
 inline constexpr throttle_rate throttle_in_total = {50, 5, 1};
 
 struct throttle_bucket {
