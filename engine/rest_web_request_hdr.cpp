@@ -102,9 +102,22 @@ int api_access_handler(mg_connection *conn) {
   return 1;
 }
 
+/* While the body of a request is on its way, other requests may come in and set auth_pass. What MG_AUTH found
+ * therefore stays with its own request; without that, a client could borrow the session of another. */
+static int authorise(mg_connection *conn) {
+  int result = auth_session(conn);
+  conn->connection_param = auth_pass == 0 ? &auth_pass : nullptr;
+  return result;
+}
+
+static int serve(mg_connection *conn) {
+  auth_pass = conn->connection_param == nullptr ? 1 : 0;
+  return api_access_handler(conn);
+}
+
 int evt_handler(mg_connection *conn, enum mg_event ev) {
-  if (ev == MG_AUTH) return auth_session(conn);
-  if (ev == MG_REQUEST) return api_access_handler(conn);
+  if (ev == MG_AUTH) return authorise(conn);
+  if (ev == MG_REQUEST) return serve(conn);
   return MG_FALSE;
 }
 

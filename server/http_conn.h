@@ -11,9 +11,10 @@
 #include "server/tidewell.h"
 
 enum {
-  MG_IDLE_TIMEOUT_SECONDS = 300, /* a client connection without any read or write for longer is closed */
-  MG_DATA_BUFFER_SIZE = 8192,    /* mg_printf_data() formats into this much stack */
-  MG_ERROR_BODY_SIZE = 200,      /* the text of an error reply is cut to this length */
+  MG_IDLE_TIMEOUT_SECONDS = 300,  /* a client connection without any read or write for longer is closed */
+  MG_DATA_BUFFER_SIZE = 8192,     /* mg_printf_data() formats into this much stack */
+  MG_MAX_QUEUED_OUTPUT = 1 << 20, /* a client with more waiting for it is not read until it takes some */
+  MG_ERROR_BODY_SIZE = 200,       /* the text of an error reply is cut to this length */
 };
 
 /* Who serves the current request. */
@@ -133,7 +134,8 @@ void on_client_close(struct connection *);
 /* The reason phrase of a status code; "Server Error" for one without. */
 const char *status_code_to_str(int status_code);
 /* Answers with an error and ends the request. The optional detail (null: none) follows the first line. */
-void send_http_error(struct connection *, int code, const char *fmt, ...) __attribute__((format(printf, 3, 4)));
+void send_http_error(struct connection *, int code, const char *fmt, ...)
+    __attribute__((format(printf, 3, 4)));
 /* Ends a chunked reply. */
 void write_terminating_chunk(struct connection *);
 /* Asks for digest credentials and ends the request. */

@@ -14,8 +14,8 @@ struct mg_connection *mg_connect(struct mg_server *server, const char *address) 
   return &conn->mg_conn;
 }
 
-/* Delivers the reply, of which `length` bytes of the receive buffer are the body. The handler's MG_FALSE closes
- * the connection; otherwise it may send another request. */
+/* Delivers the reply, of which `length` bytes of the receive buffer are the body. The handler's MG_FALSE
+ * closes the connection; otherwise it may send another request. */
 static void deliver_reply(struct connection *conn, size_t length) {
   struct ns_connection *nc = conn->ns_conn;
   struct mg_connection *c = &conn->mg_conn;

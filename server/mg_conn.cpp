@@ -1,7 +1,7 @@
 /* One client connection's life: the events of its socket, the request state machine, the end of a request.
  *
  *   accepted -> head parsed -> MG_AUTH -> EP_USER: MG_RECV while the body arrives -> MG_REQUEST
- *     -> MG_TRUE: the reply is complete; MG_MORE: completed later from MG_POLL; MG_FALSE: the server's own reply
+ *     -> MG_TRUE: the reply is complete; MG_MORE: completed later from MG_POLL; MG_FALSE: the server answers
  *     -> close_local_endpoint() -> the next request, or draining and closed
  */
 #include "server/http_conn.h"
@@ -67,7 +67,8 @@ void close_local_endpoint(struct connection *conn) {
   if (log != nullptr && logged) log_access(conn, log);
 
   forget_request(conn);
-  nc->flags &= ~(CONN_FINISHED_SENDING | CONN_HOLD_OUTPUT | CONN_CLOSE_NOW | CONN_HEADERS_SENT | CONN_REQUEST_BIT21);
+  nc->flags &=
+      ~(CONN_FINISHED_SENDING | CONN_HOLD_OUTPUT | CONN_CLOSE_NOW | CONN_HEADERS_SENT | CONN_REQUEST_BIT21);
 
   /* Kept: whatever came behind the request went with its buffer, so the next one has not begun yet. */
   if (!keep_alive) nc->flags |= nc->send_iobuf.len > 0 ? CONN_FINISHED_SENDING : CONN_CLOSE_NOW;
@@ -99,7 +100,7 @@ static void serve_declined_request(struct connection *conn) {
   }
 }
 
-/* Authorises the request and decides who serves it. `declined`: the handler has had it and returned MG_FALSE. */
+/* Authorises the request and decides who serves it. `declined`: the handler returned MG_FALSE for it. */
 static void open_local_endpoint(struct connection *conn, bool declined) {
   const bool has_handler = conn->server->event_handler != nullptr;
   conn->endpoint_type = EP_NONE;
@@ -196,8 +197,8 @@ void on_recv_data(struct connection *conn) {
   } else if (conn->request_len > 0 && conn->endpoint_type == EP_NONE) {
     begin_request(conn);
   }
-  /* EP_USER is the only endpoint that takes bytes from the client. Those of a CGI process, an upload, a proxied
-   * server and a WebSocket's frames would be passed on here. */
+  /* EP_USER is the only endpoint that takes bytes from the client. Those of a CGI process, an upload, a
+   * proxied server and a WebSocket's frames would be passed on here. */
   if (conn->endpoint_type == EP_USER) serve_user(conn);
 }
 
@@ -277,6 +278,16 @@ static void on_recv(struct ns_connection *nc, int count) {
   } else {
     on_recv_data(conn);
   }
+  /* A client that asks on without taking its replies must not make them pile up. */
+  if (nc->send_iobuf.len > MG_MAX_QUEUED_OUTPUT) nc->flags |= CONN_WANT_WRITE;
+}
+
+/* Bytes went out: a client that was slow to take its replies may be read again. `count` of them are still at
+ * the front of the send buffer. */
+static void on_send(struct ns_connection *nc, int count) {
+  if (count <= 0) return;
+  const size_t left = nc->send_iobuf.len - static_cast<size_t>(count);
+  if (left <= MG_MAX_QUEUED_OUTPUT) nc->flags &= ~CONN_WANT_WRITE;
 }
 
 static void on_poll(struct ns_connection *nc, time_t now) {
@@ -289,6 +300,7 @@ static void on_poll(struct ns_connection *nc, time_t now) {
 }
 
 static void on_connect(struct connection *conn, int error) {
+  if (conn == nullptr) return;
   conn->mg_conn.status_code = error;
   call_user(conn, MG_CONNECT);
   conn->mg_conn.status_code = 0;
@@ -315,14 +327,13 @@ void mg_ev_handler(struct ns_connection *nc, int event, void *event_data) {
     on_accept(nc, static_cast<socket_address *>(event_data));
     break;
   case NET_EV_CONNECT:
-    if (nc->user_data != nullptr) on_connect(static_cast<connection *>(nc->user_data), *static_cast<int *>(event_data));
+    on_connect(static_cast<connection *>(nc->user_data), *static_cast<int *>(event_data));
     break;
   case NET_EV_RECV:
     on_recv(nc, *static_cast<int *>(event_data));
     break;
   case NET_EV_SEND:
-    /* Bytes went out, so a TLS client that was slow to take them may be read again. */
-    if (*static_cast<int *>(event_data) > 0) nc->flags &= ~CONN_WANT_WRITE;
+    on_send(nc, *static_cast<int *>(event_data));
     break;
   case NET_EV_CLOSE:
     on_close(nc);

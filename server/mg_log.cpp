@@ -26,8 +26,8 @@ static void write_line(FILE *file, const struct mg_connection *c) {
 
   fprintf(file, "%s - %s [%s] \"%s %s%s%s HTTP/%s\" %d 0", c->remote_ip, user, date,
           c->request_method == nullptr ? "-" : c->request_method, uri, c->query_string == nullptr ? "" : "?",
-          c->query_string == nullptr ? "" : c->query_string, c->http_version == nullptr ? "" : c->http_version,
-          c->status_code);
+          c->query_string == nullptr ? "" : c->query_string,
+          c->http_version == nullptr ? "" : c->http_version, c->status_code);
   write_header_field(file, c, "Referer");
   write_header_field(file, c, "User-Agent");
   fputc('\n', file);

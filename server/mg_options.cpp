@@ -28,7 +28,9 @@ struct network {
   uint32_t mask;
 };
 
-static bool is_octet(int n) { return n >= 0 && n <= 255; }
+static bool is_octet(int n) {
+  return n >= 0 && n <= 255;
+}
 
 /* Parses "a.b.c.d/len" or "a.b.c.d", which must be the whole text. */
 static bool parse_network(const char *text, size_t text_len, struct network *net) {
@@ -40,8 +42,8 @@ static bool parse_network(const char *text, size_t text_len, struct network *net
   if (!is_octet(a) || !is_octet(b) || !is_octet(c) || !is_octet(d)) return false;
   if (prefix < 0 || prefix > 32 || static_cast<size_t>(used) != text_len) return false;
   net->mask = prefix == 0 ? 0 : UINT32_MAX << (32 - prefix);
-  net->address = static_cast<uint32_t>(a) << 24 | static_cast<uint32_t>(b) << 16 | static_cast<uint32_t>(c) << 8 |
-                 static_cast<uint32_t>(d);
+  net->address = static_cast<uint32_t>(a) << 24 | static_cast<uint32_t>(b) << 16 |
+                 static_cast<uint32_t>(c) << 8 | static_cast<uint32_t>(d);
   return true;
 }
 

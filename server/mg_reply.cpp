@@ -85,7 +85,9 @@ const char *status_code_to_str(int status_code) {
 
 /* --- Raw output ---------------------------------------------------------------------------------------- */
 
-static struct ns_connection *socket_of(struct mg_connection *conn) { return connection_of(conn)->ns_conn; }
+static struct ns_connection *socket_of(struct mg_connection *conn) {
+  return connection_of(conn)->ns_conn;
+}
 
 size_t mg_write(struct mg_connection *conn, const void *data, int data_len) {
   ns_send(socket_of(conn), data, data_len);
@@ -148,7 +150,9 @@ size_t mg_printf_data(struct mg_connection *conn, const char *fmt, ...) {
   return queued;
 }
 
-void write_terminating_chunk(struct connection *conn) { write_text(&conn->mg_conn, "0\r\n\r\n"); }
+void write_terminating_chunk(struct connection *conn) {
+  write_text(&conn->mg_conn, "0\r\n\r\n");
+}
 
 /* --- Replies of the server itself ---------------------------------------------------------------------- */
 
@@ -182,9 +186,9 @@ static void redirect_error(struct connection *conn, int code, const struct vec *
   char uri[3 * MG_MAX_URI_SIZE];
   print_uri(c->uri == nullptr ? "" : c->uri, uri, sizeof(uri));
   c->status_code = 302;
-  mg_printf(c, "HTTP/1.1 %d Moved\r\nLocation: %.*s?code=%d&orig_uri=%s&query_string=%s\r\n\r\n", c->status_code,
-            static_cast<int>(location->len), location->ptr == nullptr ? "" : location->ptr, code, uri,
-            c->query_string == nullptr ? "" : c->query_string);
+  mg_printf(c, "HTTP/1.1 %d Moved\r\nLocation: %.*s?code=%d&orig_uri=%s&query_string=%s\r\n\r\n",
+            c->status_code, static_cast<int>(location->len), location->ptr == nullptr ? "" : location->ptr,
+            code, uri, c->query_string == nullptr ? "" : c->query_string);
 }
 
 void send_http_error(struct connection *conn, int code, const char *fmt, ...) {
@@ -222,7 +226,8 @@ void send_auth_challenge(struct connection *conn) {
   const char *domain = conn->server->config_options[AUTH_DOMAIN];
   conn->mg_conn.status_code = 401;
   mg_printf(&conn->mg_conn,
-            "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Digest qop=\"auth\", realm=\"%s\", nonce=\"%lu\"\r\n\r\n",
+            "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Digest qop=\"auth\", realm=\"%s\", "
+            "nonce=\"%lu\"\r\n\r\n",
             domain == nullptr ? "" : domain, static_cast<unsigned long>(time(nullptr)));
   close_local_endpoint(conn);
 }

@@ -28,12 +28,14 @@ int get_request_len_from(const char *buf, int buf_len, int scanned) {
   return 0;
 }
 
-int get_request_len(const char *buf, int buf_len) { return get_request_len_from(buf, buf_len, 0); }
+int get_request_len(const char *buf, int buf_len) {
+  return get_request_len_from(buf, buf_len, 0);
+}
 
 /* --- Taking it apart ----------------------------------------------------------------------------------- */
 
-/* Cuts the text at *rest before the first of the delimiters and moves *rest behind the whole run of them, which
- * becomes NUL bytes. Returns the text cut off. */
+/* Cuts the text at *rest before the first of the delimiters and moves *rest behind the whole run of them,
+ * which becomes NUL bytes. Returns the text cut off. */
 static char *skip(char **rest, const char *delimiters) {
   char *word = *rest;
   char *p = word + strcspn(word, delimiters);

@@ -2,15 +2,14 @@
 #include "server/http_conn.h"
 
 #include <fcntl.h>
-#include <grp.h>
 #include <openssl/ssl.h>
 #include <pwd.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
 /* Name and default of each option, in the order of enum mg_option. */
+/* clang-format off */
 static const char *option_table[2 * MG_NUM_OPTIONS + 1] = {
     "access_control_list", nullptr,
     "access_log_file", nullptr,
@@ -32,8 +31,11 @@ static const char *option_table[2 * MG_NUM_OPTIONS + 1] = {
     "url_rewrites", nullptr,
     nullptr,
 };
+/* clang-format on */
 
-const char **mg_get_valid_option_names(void) { return option_table; }
+const char **mg_get_valid_option_names(void) {
+  return option_table;
+}
 
 static int option_index(const char *name) {
   for (int i = 0; i < MG_NUM_OPTIONS; i++) {
@@ -66,7 +68,9 @@ time_t mg_poll_server(struct mg_server *server, int milliseconds) {
   return ns_mgr_poll(&server->ns_mgr, milliseconds);
 }
 
-void *mg_start_thread(void *(*fn)(void *), void *param) { return ns_start_thread(fn, param); }
+void *mg_start_thread(void *(*fn)(void *), void *param) {
+  return ns_start_thread(fn, param);
+}
 
 /* --- Options ------------------------------------------------------------------------------------------- */
 
@@ -148,7 +152,8 @@ static void copy_listener(const struct ns_connection *original, struct ns_mgr *t
 }
 
 void mg_copy_listeners(struct mg_server *from, struct mg_server *to) {
-  for (struct ns_connection *c = ns_next(&from->ns_mgr, nullptr); c != nullptr; c = ns_next(&from->ns_mgr, c)) {
+  for (struct ns_connection *c = ns_next(&from->ns_mgr, nullptr); c != nullptr;
+       c = ns_next(&from->ns_mgr, c)) {
     if (c->flags & CONN_LISTENING) copy_listener(c, &to->ns_mgr);
   }
 }

@@ -18,7 +18,8 @@ int mg_url_decode(const char *src, size_t src_len, char *dst, size_t dst_len, in
   if (dst_len == 0) return -1;
   size_t i = 0, j = 0;
   for (; i < src_len && j < dst_len - 1; i++, j++) {
-    const bool escape = src[i] == '%' && src_len - i > 2 && hex_digit(src[i + 1]) >= 0 && hex_digit(src[i + 2]) >= 0;
+    const bool escape =
+        src[i] == '%' && src_len - i > 2 && hex_digit(src[i + 1]) >= 0 && hex_digit(src[i + 2]) >= 0;
     if (escape) {
       dst[j] = static_cast<char>(hex_digit(src[i + 1]) << 4 | hex_digit(src[i + 2]));
       i += 2;
@@ -72,10 +73,12 @@ const char *mg_get_header(const struct mg_connection *conn, const char *name) {
 
 /* --- Parameters of a header value ---------------------------------------------------------------------- */
 
-static bool separates_parameters(char c) { return c == ' ' || c == ',' || c == ';'; }
+static bool separates_parameters(char c) {
+  return c == ' ' || c == ',' || c == ';';
+}
 
-/* The place right after `var=` in the text, null when it has no such parameter. A quoted value cannot pass for
- * a parameter: what stands between double quotes is skipped. */
+/* The place right after `var=` in the text, null when it has no such parameter. A quoted value cannot pass
+ * for a parameter: what stands between double quotes is skipped. */
 static const char *find_parameter(const char *text, const char *end, const char *var) {
   const size_t var_len = strlen(var);
   bool quoted = false;
@@ -167,8 +170,8 @@ int mg_parse_multipart(const char *buf, int buf_len, char *var_name, int var_nam
   const size_t first_line = line_length(buf, head);
   const size_t boundary_len = without_line_end(buf, first_line);
   if (boundary_len < 3 || buf[0] != '-' || buf[1] != '-') return 0;
-  read_disposition(buf + first_line, head - first_line, var_name, var_name_len > 0 ? var_name_len : 0, file_name,
-                   file_name_len > 0 ? file_name_len : 0);
+  read_disposition(buf + first_line, head - first_line, var_name, var_name_len > 0 ? var_name_len : 0,
+                   file_name, file_name_len > 0 ? file_name_len : 0);
 
   const size_t next = find_boundary(buf, len, head, boundary_len);
   if (next == len) return 0;

@@ -37,17 +37,18 @@ static const char *skip_scheme(const char *str, int *protocol, int *use_ssl) {
   return strncmp(str, "tcp://", 6) == 0 ? str + 6 : str;
 }
 
-/* Reads host and port. Returns the characters consumed, 0 when there is no port. */
+/* Reads host and port; numbers of more than nine digits are not read whole, so that none overflows. Returns
+ * the characters consumed, 0 when there is no port. */
 static int scan_host_and_port(const char *str, struct in_addr *address, unsigned *port) {
   unsigned a, b, c, d;
   char host[200];
   int len = 0;
   *address = {};
-  if (sscanf(str, "%u.%u.%u.%u:%u%n", &a, &b, &c, &d, port, &len) == 5) {
+  if (sscanf(str, "%9u.%9u.%9u.%9u:%9u%n", &a, &b, &c, &d, port, &len) == 5) {
     address->s_addr = htonl((a << 24) | (b << 16) | (c << 8) | d);
-  } else if (sscanf(str, "%199[^ :]:%u%n", host, port, &len) == 2) {
+  } else if (sscanf(str, "%199[^ :]:%9u%n", host, port, &len) == 2) {
     look_up(host, address);
-  } else if (sscanf(str, "%u%n", port, &len) != 1) {
+  } else if (sscanf(str, "%9u%n", port, &len) != 1) {
     return 0;
   }
   return len;
@@ -61,7 +62,8 @@ static int scan_certificates(const char *str, char *cert, char *ca) {
   return sscanf(str, ":%99[^:]%n", cert, &len) == 1 ? len : 0;
 }
 
-int ns_parse_address(const char *str, union socket_address *sa, int *protocol, int *use_ssl, char *cert, char *ca) {
+int ns_parse_address(const char *str, union socket_address *sa, int *protocol, int *use_ssl, char *cert,
+                     char *ca) {
   *sa = {};
   sa->sin.sin_family = AF_INET;
   cert[0] = ca[0] = '\0';

@@ -25,7 +25,8 @@ static bool start_listening(sock_t sock, union socket_address *sa, int protocol)
   const int on = 1;
   socklen_t len = sizeof(sa->sin);
   return setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 && bind(sock, &sa->sa, len) == 0 &&
-         (protocol == SOCK_DGRAM || listen(sock, LISTEN_BACKLOG) == 0) && getsockname(sock, &sa->sa, &len) == 0;
+         (protocol == SOCK_DGRAM || listen(sock, LISTEN_BACKLOG) == 0) &&
+         getsockname(sock, &sa->sa, &len) == 0;
 }
 
 static sock_t open_listening_socket(union socket_address *sa, int protocol) {
@@ -66,7 +67,8 @@ static sock_t open_connecting_socket(const union socket_address *sa, int protoco
   return -1;
 }
 
-struct ns_connection *ns_connect(struct ns_mgr *mgr, const char *text, ns_callback_t callback, void *user_data) {
+struct ns_connection *ns_connect(struct ns_mgr *mgr, const char *text, ns_callback_t callback,
+                                 void *user_data) {
   struct address a;
   if (!parse_address(text, &a)) return nullptr;
   const sock_t sock = open_connecting_socket(&a.sa, a.protocol);

@@ -37,15 +37,15 @@ union socket_address {
 
 /* Connection flags. Bits 20 to 23 belong to the HTTP layer. */
 enum {
-  CONN_FINISHED_SENDING = 0x1,    /* close once the send buffer has drained */
-  CONN_HOLD_OUTPUT = 0x2,         /* buffer output but do not write it */
-  CONN_TLS_HANDSHAKE_DONE = 0x4,  /* TLS handshake completed */
-  CONN_CONNECTING = 0x8,          /* outbound non-blocking connect in progress */
-  CONN_CLOSE_NOW = 0x10,          /* close at the next opportunity, discarding unsent data */
-  CONN_WANT_READ = 0x20,          /* the TLS layer asked to wait for readability */
-  CONN_WANT_WRITE = 0x40,         /* the TLS layer asked to wait for writability */
-  CONN_LISTENING = 0x80,          /* listening socket */
-  CONN_UDP = 0x100,               /* datagram socket */
+  CONN_FINISHED_SENDING = 0x1,   /* close once the send buffer has drained */
+  CONN_HOLD_OUTPUT = 0x2,        /* buffer output but do not write it */
+  CONN_TLS_HANDSHAKE_DONE = 0x4, /* TLS handshake completed */
+  CONN_CONNECTING = 0x8,         /* outbound non-blocking connect in progress */
+  CONN_CLOSE_NOW = 0x10,         /* close at the next opportunity, discarding unsent data */
+  CONN_WANT_READ = 0x20,         /* the TLS layer asked to wait for readability */
+  CONN_WANT_WRITE = 0x40,        /* the TLS layer asked to wait for writability */
+  CONN_LISTENING = 0x80,         /* listening socket */
+  CONN_UDP = 0x100,              /* datagram socket */
 };
 
 /* Events given to a connection's callback, with what the pointer argument is. */
@@ -65,25 +65,25 @@ typedef void (*ns_callback_t)(struct ns_connection *, int event, void *event_dat
 /* One socket. */
 struct ns_connection {
   struct ns_connection *next, *prev; /* links of the manager's list */
-  struct ns_connection *listener;    /* the listener that accepted this; null for listeners and outbound */
+  struct ns_connection *listener;    /* who accepted this (it may be gone); null: listener or outbound */
   struct ns_mgr *mgr;
-  sock_t sock;                 /* -1 = none */
-  union socket_address sa;     /* peer or bound address */
-  struct iobuf recv_iobuf;     /* received, not yet consumed */
-  struct iobuf send_iobuf;     /* queued, not yet written */
-  SSL *ssl;                    /* TLS session; null for plain sockets */
-  SSL_CTX *ssl_ctx;            /* context owned by this connection (TLS listeners and TLS clients) */
-  void *user_data;             /* the upper layer's record */
-  void *proto_data;            /* copied from the listener on accept */
-  time_t last_io_time;         /* seconds, last read or write */
+  sock_t sock;             /* -1 = none */
+  union socket_address sa; /* peer or bound address */
+  struct iobuf recv_iobuf; /* received, not yet consumed */
+  struct iobuf send_iobuf; /* queued, not yet written */
+  SSL *ssl;                /* TLS session; null for plain sockets */
+  SSL_CTX *ssl_ctx;        /* context owned by this connection (TLS listeners and TLS clients) */
+  void *user_data;         /* the upper layer's record */
+  void *proto_data;        /* copied from the listener on accept */
+  time_t last_io_time;     /* seconds, last read or write */
   ns_callback_t callback;
-  uint32_t flags;              /* CONN_* */
+  uint32_t flags; /* CONN_* */
 
   /* The event loop's own bookkeeping. */
   uint32_t poll_events; /* what the descriptor is registered for in the poller; 0 = not registered */
   uint32_t ready;       /* what the poller reported for it in this pass */
   bool send_blocked;    /* the last write left bytes behind: wait for writability before the next one */
-  bool tls_unread;      /* the handshake left bytes inside the TLS session: read them without waiting */
+  bool tls_unread;      /* bytes were left inside the TLS session, where the poller does not see them */
 };
 
 /* The connection manager. */
@@ -94,8 +94,8 @@ struct ns_mgr {
   void *user_data;
 
   /* The event loop's own bookkeeping. */
-  int poller;           /* epoll descriptor; -1 = absent */
-  time_t accept_resume; /* accepting is paused until then, or until a connection closes; 0 = not paused */
+  int poller;               /* epoll descriptor; -1 = absent */
+  time_t accept_resume;     /* accepting is paused until then, or until a connection closes; 0 = not paused */
   pthread_mutex_t ctl_lock; /* one broadcast at a time: each waits for its own answer */
 };
 
@@ -144,7 +144,8 @@ struct ns_connection *ns_next(struct ns_mgr *, struct ns_connection *prev);
  * until the loop has taken the message. `len` is 0..8191; otherwise, or with null data, nothing is sent. For
  * threads other than the loop's. */
 void ns_broadcast(struct ns_mgr *, ns_callback_t callback, void *data, size_t len);
-/* Delivers NET_EV_CLOSE, unlinks and destroys the connection. */
+/* Delivers NET_EV_CLOSE, unlinks and destroys the connection. Not for callbacks, whose connection the loop
+ * goes on to use: they set CONN_CLOSE_NOW. */
 void ns_close_conn(struct ns_connection *);
 
 /* --- Output -------------------------------------------------------------------------------------------- */
@@ -179,8 +180,9 @@ void ns_set_close_on_exec(sock_t);
 void *ns_start_thread(void *(*fn)(void *), void *param);
 /* Parses the address syntax of ns_bind(). Returns the number of characters consumed, 0 when it is invalid.
  * `cert` and `ca` are 100-byte buffers. */
-int ns_parse_address(const char *str, union socket_address *, int *protocol, int *use_ssl, char *cert, char *ca);
-/* Loads certificate and private key from one PEM file. -1 null context, 0 loaded or no name given, -2 failure. */
+int ns_parse_address(const char *str, union socket_address *, int *protocol, int *use_ssl, char *cert,
+                     char *ca);
+/* Loads certificate and private key from one PEM file. -1 null context, 0 loaded or no name given, -2 failed. */
 int ns_use_cert(SSL_CTX *, const char *pem_file);
 /* Requires client certificates signed by the CA file. Results as ns_use_cert(). */
 int ns_use_ca_cert(SSL_CTX *, const char *ca_file);

@@ -70,7 +70,9 @@ int ns_socketpair2(sock_t sp[2], int sock_type) {
   return 0;
 }
 
-int ns_socketpair(sock_t sp[2]) { return ns_socketpair2(sp, SOCK_STREAM); }
+int ns_socketpair(sock_t sp[2]) {
+  return ns_socketpair2(sp, SOCK_STREAM);
+}
 
 /* --- Messages ------------------------------------------------------------------------------------------ */
 

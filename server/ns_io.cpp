@@ -78,7 +78,9 @@ static void complete_connect(struct ns_connection *c) {
   ns_call(c, NET_EV_CONNECT, &error);
 }
 
-static bool is_temporary(int error) { return error == EINTR || error == EINPROGRESS || error == EAGAIN; }
+static bool is_temporary(int error) {
+  return error == EINTR || error == EINPROGRESS || error == EAGAIN;
+}
 
 /* One read. A result below 1 ends the reading; *failed then tells an error or the peer's close from "nothing
  * more for now". */
@@ -106,6 +108,10 @@ static void read_all(struct ns_connection *c, bool to_the_end) {
   while ((n = read_once(c, buf, &failed)) > 0) {
     iobuf_append(&c->recv_iobuf, buf, static_cast<size_t>(n));
     ns_call(c, NET_EV_RECV, &n);
+    if (c->flags & CONN_WANT_WRITE) {
+      c->tls_unread = c->ssl != nullptr && ns_tls_has_unread(c); /* the rest has to wait for a write */
+      return;
+    }
     if (!may_hold_more(c, n, to_the_end)) return;
   }
   if (failed) c->flags |= CONN_CLOSE_NOW;

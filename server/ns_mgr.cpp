@@ -6,8 +6,8 @@
  *   4. close what is due.
  *
  * The poller is epoll, level-triggered. A descriptor's registration is changed only when what it waits for
- * changes; an ordinary connection is registered once, for reading. Output is tried at once in the pass after it
- * was queued, and only when a write comes up short does the connection wait for writability. */
+ * changes; an ordinary connection is registered once, for reading. Output is tried at once in the pass after
+ * it was queued, and only when a write comes up short does the connection wait for writability. */
 #include "server/ns_internal.h"
 
 #include <errno.h>
@@ -91,7 +91,9 @@ static bool open_poller(struct ns_mgr *mgr) {
   return false;
 }
 
-static void pause_between_attempts(void) { poll(nullptr, 0, 10); }
+static void pause_between_attempts(void) {
+  poll(nullptr, 0, 10);
+}
 
 void ns_mgr_init(struct ns_mgr *mgr, void *user_data) {
   *mgr = {};

@@ -1,5 +1,5 @@
-/* TLS on a connection, with OpenSSL. Each thread has one error queue for all its connections, so it is emptied
- * before every call: an error that one peer caused must not be taken for another's. */
+/* TLS on a connection, with OpenSSL. Each thread has one error queue for all its connections, so it is
+ * emptied before every call: an error that one peer caused must not be taken for another's. */
 #include "server/ns_internal.h"
 
 #include <atomic>
@@ -110,7 +110,9 @@ int ns_tls_write(struct ns_connection *c, const void *buf, int len, enum tls_res
   return n;
 }
 
-bool ns_tls_has_unread(const struct ns_connection *c) { return SSL_has_pending(c->ssl) == 1; }
+bool ns_tls_has_unread(const struct ns_connection *c) {
+  return SSL_has_pending(c->ssl) == 1;
+}
 
 void ns_tls_goodbye(struct ns_connection *c) {
   if (c->ssl == nullptr || !(c->flags & CONN_TLS_HANDSHAKE_DONE)) return;

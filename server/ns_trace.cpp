@@ -49,11 +49,16 @@ int ns_hexdump(const void *buf, int len, char *dst, int dst_len) {
 
 static const char *direction_mark(int event) {
   switch (event) {
-  case NET_EV_RECV: return "<-";
-  case NET_EV_SEND: return "->";
-  case NET_EV_ACCEPT: return "<A";
-  case NET_EV_CONNECT: return "C>";
-  default: return "XX";
+  case NET_EV_RECV:
+    return "<-";
+  case NET_EV_SEND:
+    return "->";
+  case NET_EV_ACCEPT:
+    return "<A";
+  case NET_EV_CONNECT:
+    return "C>";
+  default:
+    return "XX";
   }
 }
 

@@ -12,7 +12,9 @@ void ns_set_non_blocking_mode(sock_t sock) {
   if (flags != -1) fcntl(sock, F_SETFL, flags | O_NONBLOCK);
 }
 
-void ns_set_close_on_exec(sock_t sock) { fcntl(sock, F_SETFD, FD_CLOEXEC); }
+void ns_set_close_on_exec(sock_t sock) {
+  fcntl(sock, F_SETFD, FD_CLOEXEC);
+}
 
 void ns_sock_to_str(sock_t sock, char *buf, size_t buf_len, int flags) {
   if (buf == nullptr || buf_len == 0) return;

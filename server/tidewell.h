@@ -30,7 +30,7 @@ enum mg_event {
   MG_CONNECT = 101,      /* outbound client: connected, or not (status_code) */
   MG_AUTH = 102,         /* head parsed, body not attached; MG_FALSE asks for digest credentials (401) */
   MG_REQUEST = 103,      /* whole body arrived; see enum mg_result */
-  MG_REPLY = 104,        /* outbound client: reply received */
+  MG_REPLY = 104,        /* outbound client: reply received; MG_FALSE closes the connection */
   MG_RECV = 105,         /* body bytes arrived; n >= 0 consumes n bytes, n < 0 closes after sending */
   MG_CLOSE = 106,        /* the connection closes */
   MG_WS_HANDSHAKE = 107, /* WebSocket upgrade asked for; non-zero = the handler answered it */
@@ -41,7 +41,7 @@ enum mg_event {
 enum mg_result {
   MG_FALSE = 0, /* MG_REQUEST: the server handles the request itself */
   MG_TRUE = 1,  /* MG_REQUEST: answered, the request ends */
-  MG_MORE = 2,  /* MG_REQUEST: stays open until an MG_POLL returns MG_TRUE */
+  MG_MORE = 2,  /* MG_REQUEST: stays open until an MG_POLL returns MG_TRUE (not for datagrams) */
 };
 
 struct mg_header {
@@ -107,9 +107,12 @@ void mg_wakeup_server_ex(struct mg_server *, mg_handler_t cb, const char *fmt, .
     __attribute__((format(printf, 3, 4)));
 /* Iterates the client connections accepted after the last listener was created; null prev starts. */
 struct mg_connection *mg_next(struct mg_server *, struct mg_connection *prev);
-/* Gives `to` every listener of `from`; the sockets are shared. */
+/* Gives `to` every listener of `from`; the sockets are shared. Each server holds them by descriptors of its
+ * own and either may be destroyed first. */
 void mg_copy_listeners(struct mg_server *from, struct mg_server *to);
-/* Starts an outbound HTTP client connection. Null when it cannot be started. */
+/* Starts an outbound HTTP client connection. At MG_CONNECT the handler writes its request with mg_printf();
+ * MG_REPLY comes when Content-Length bytes have arrived, or, without that header, when the server closes; a
+ * chunked body is handed over as it came. Null when it cannot be started. */
 struct mg_connection *mg_connect(struct mg_server *, const char *address);
 /* Starts a detached thread; returns null. */
 void *mg_start_thread(void *(*fn)(void *), void *param);
@@ -122,7 +125,8 @@ const char *mg_get_header(const struct mg_connection *, const char *name);
  * terminated). Returns its length, -1 absent (dst is empty), -2 dst is null, empty or too small (dst then
  * holds what fits). */
 int mg_get_var(const struct mg_connection *, const char *name, char *dst, size_t dst_len);
-/* Extracts var=value or var="value" from a header value. Returns its length, 0 absent, -1 buffer too small. */
+/* Extracts var=value or var="value" from a header value. Returns its length, 0 absent, -1 buffer too small.
+ */
 int mg_parse_header(const char *header_value, const char *var, char *buf, size_t buf_size);
 /* Splits the first part off a multipart body. Returns the offset of the next part, 0 when there is none. */
 int mg_parse_multipart(const char *buf, int buf_len, char *var_name, int var_name_len, char *file_name,
@@ -136,7 +140,8 @@ int mg_url_decode(const char *src, size_t src_len, char *dst, size_t dst_len, in
 void mg_send_status(struct mg_connection *, int status_code);
 /* Writes a header line, after the status line "200 OK" when none was written yet. */
 void mg_send_header(struct mg_connection *, const char *name, const char *value);
-/* Sends one chunk, ending the header block first when need be. Returns the bytes waiting to be sent. A
+/* Sends one chunk, ending the header block first when need be; no chunk for empty data, as that would end the
+ * reply. Returns the bytes waiting to be sent. A
  * formatted text of exactly 8192 characters ends with a NUL byte in place of its last character. */
 size_t mg_send_data(struct mg_connection *, const void *data, int data_len);
 size_t mg_printf_data(struct mg_connection *, const char *fmt, ...) __attribute__((format(printf, 2, 3)));

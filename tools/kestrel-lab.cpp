@@ -1,5 +1,5 @@
-/* kestrel-lab: sends one lab control command to a running software switch and prints the reply. The commands and
- * the socket they go to are platform/softswitch/services/lab.h; users read docs/lab-control.md. */
+/* kestrel-lab: sends one lab control command to a running software switch and prints the reply. The commands
+ * and the socket they go to are platform/softswitch/services/lab.h; users read docs/lab-control.md. */
 #include <errno.h>
 #include <fcntl.h>
 #include <getopt.h>
@@ -23,7 +23,7 @@ static const char usage[] =
     "      --help                 show this text\n"
     "\n"
     "Without a command the commands are listed.\n"
-    "Exit status: 0 carried out, 1 refused, 2 the switch cannot be reached (or wrong usage).\n";
+    "Exit status: 0 carried out, 1 refused, 2 the switch cannot be reached, or wrong usage.\n";
 
 static int unreachable(const std::string &state_dir, const char *reason) {
   fprintf(stderr, "kestrel-lab: cannot reach the switch at %s/lab.sock: %s\n", state_dir.c_str(), reason);
@@ -35,7 +35,8 @@ static std::string default_state_dir() {
   return given && *given ? given : "/var/lib/kestrel";
 }
 
-/* Connects by way of the open directory, as a path may be longer than a socket address can be. -1 with errno. */
+/* Connects by way of the open directory, as a path may be longer than a socket address can be. -1 with errno.
+ */
 static int connect_to(const std::string &state_dir) {
   int directory = open(state_dir.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
   int fd = directory < 0 ? -1 : socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -68,14 +69,15 @@ static bool receive_reply(int fd, std::string *reply) {
   }
 }
 
-/* Prints a reply. "ok" alone says nothing that the exit status does not, and after other lines it would only be in
- * the way of scripts, so it is left out; an error goes to standard error. */
+/* Prints a reply. "ok" alone says nothing that the exit status does not, and after other lines it would only
+ * be in the way of scripts, so it is left out; an error goes to standard error. */
 static int print_reply(std::string_view reply) {
   if (reply.ends_with('\n')) reply.remove_suffix(1);
   size_t break_at = reply.rfind('\n');
   size_t last_start = break_at == reply.npos ? 0 : break_at + 1;
   std::string_view last = reply.substr(last_start);
   fwrite(reply.data(), 1, last_start, stdout);
+  if (fflush(stdout) != 0) return fputs("kestrel-lab: the reply cannot be written\n", stderr), no_switch;
   if (last == "ok") return carried_out;
   fprintf(stderr, "kestrel-lab: %.*s\n", static_cast<int>(last.size()), last.data());
   return last.starts_with("error:") ? command_refused : no_switch;
@@ -83,12 +85,14 @@ static int print_reply(std::string_view reply) {
 
 static int run(const std::string &state_dir, const std::string &line) {
   int fd = connect_to(state_dir);
-  if (fd < 0) return unreachable(state_dir, errno == ECONNREFUSED ? "no switch is running there" : strerror(errno));
+  if (fd < 0)
+    return unreachable(state_dir, errno == ECONNREFUSED ? "no switch is running there" : strerror(errno));
   std::string reply;
   /* A switch that refuses a line may close before all of it is sent; its reply says why. */
   bool sent = send_line(fd, line);
   bool received = receive_reply(fd, &reply);
-  if (reply.empty()) return unreachable(state_dir, sent && received ? "it closed without an answer" : strerror(errno));
+  if (reply.empty())
+    return unreachable(state_dir, sent && received ? "it closed without an answer" : strerror(errno));
   return print_reply(reply);
 }
 

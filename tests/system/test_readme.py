@@ -86,7 +86,7 @@ class Readme(unittest.TestCase):
         expected = blocks("")[0]
         run = self.start()
         self.assertEqual(run.paste(session), expected)
-        self.assertEqual(run.paste(lab), "ok\nvlan 10\nvlan 10 name servers\nok\n")
+        self.assertEqual(run.paste(lab), "vlan 10\nvlan 10 name servers\n")
         os.kill(run.daemon(), signal.SIGKILL)
         run.process.wait(timeout=20)
 

@@ -103,9 +103,14 @@ static bool drop_torn_line(journal *journal, const std::string &path, size_t siz
   return ftruncate(journal->file->fd, journal->length) == 0 || failed(path, error);
 }
 
-/* Opens the journal of the present generation and replays it. */
-static bool replay(journal *journal, switch_model *model, std::string *error) {
+/* Opens the journal of the present generation and replays it. A snapshot never stands without its journal
+ * unless somebody copied or removed one of them, which may have been on purpose. */
+static bool replay(journal *journal, switch_model *model, bool has_snapshot, std::string *error) {
   std::string path = journal_path(journal->dir, journal->generation);
+  if (has_snapshot && access(path.c_str(), F_OK) != 0) {
+    l7proc_logf(L7PROC_WARNING, 0, "journal.cpp", __LINE__, "%s is missing; going on with the snapshot alone",
+                path.c_str());
+  }
   journal->file = std::make_shared<file_guard>(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
   if (journal->file->fd < 0) return failed(path, error);
   std::string text;
@@ -156,7 +161,8 @@ bool journal_open(journal *journal, const std::string &dir, switch_model *model,
   bool has_snapshot;
   *journal = {};
   journal->dir = dir;
-  if (!load_base(journal, model, &has_snapshot, error) || !replay(journal, model, error)) return false;
+  if (!load_base(journal, model, &has_snapshot, error) || !replay(journal, model, has_snapshot, error))
+    return false;
   remove_remains(*journal);
   return begin_generation(journal, *model, has_snapshot, error);
 }

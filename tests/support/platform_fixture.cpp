@@ -1,0 +1,95 @@
+/* The software switch in this process: see platform_fixture.h. */
+#include "tests/support/platform_fixture.h"
+
+#include "engine/rest_engine_session_hdr.h"
+#include "engine/rest_settings.h"
+#include "tests/support/temporary_dir.h"
+
+#include <sstream>
+#include <stdlib.h>
+
+extern "C" int kestrel_lab_command(const char *line, char *reply, size_t size);
+
+/* What TEST_SERIAL and the others of platform_fixture.h say; the ports are the built-in ones. */
+static const std::string CHASSIS_PROFILE = std::string("{ \"model\": \"") + TEST_MODEL + "\", \"serial\": \"" +
+                                           TEST_SERIAL + "\", \"mac\": \"" + TEST_MAC + "\", \"description\": \"" +
+                                           TEST_DESCRIPTION + "\", \"os_version\": \"" + TEST_OS_VERSION +
+                                           "\", \"storage\": \"" + TEST_STORAGE + "\" }\n";
+
+static std::string state_dir_in_use;
+
+openapiClientHandle_t *start_platform(const std::string &state_dir) {
+  static openapiClientHandle_t handle;
+  if (!state_dir_in_use.empty()) return &handle;
+  setenv("KESTREL_STATE_DIR", state_dir.c_str(), 1);
+  setenv("KESTREL_ADMIN_PASSWORD", ADMIN_PASSWORD, 1);
+  setenv("KESTREL_SESSION_FILE", (state_dir + "/sessions").c_str(), 1);
+  setenv("KESTREL_PROFILE", (state_dir + "/profile.json").c_str(), 1);
+  overwrite_file(state_dir + "/profile.json", CHASSIS_PROFILE);
+  reload_rest_settings();
+  if (openapiClientRegister("restful_api_engine", &handle) != OPEN_E_NONE) abort();
+  state_dir_in_use = state_dir;
+  return &handle;
+}
+
+std::string lab(const std::string &line) {
+  static char reply[1024 * 1024];
+  EXPECT_EQ(kestrel_lab_command(line.c_str(), reply, sizeof reply), 0) << line << ": " << reply;
+  std::string text = reply;
+  size_t end = text.rfind("ok");
+  return end == std::string::npos ? text : text.substr(0, end);
+}
+
+void fault(const std::string &function, open_error_t code, unsigned count, unsigned skip) {
+  lab("fault " + function + " " + std::to_string(static_cast<int>(code)) + " " + std::to_string(count) + " " +
+      std::to_string(skip));
+}
+
+void hold_changes() { lab("hold"); }
+
+void release_changes() { lab("release"); }
+
+void wait_applied() { lab("wait"); }
+
+void lower_limit(const std::string &name, uint32_t value) { lab("limit " + name + " " + std::to_string(value)); }
+
+const std::vector<open_error_t> &all_platform_errors() {
+  static const std::vector<open_error_t> errors = {
+      OPEN_E_RPC,     OPEN_E_INTERNAL,  OPEN_E_PARAM,   OPEN_E_FULL,      OPEN_E_EXISTS, OPEN_E_TIMEOUT,
+      OPEN_E_FAIL,    OPEN_E_DISABLED,  OPEN_E_UNAVAIL, OPEN_E_NOT_FOUND, OPEN_E_EMPTY,  OPEN_E_ERROR,
+      static_cast<open_error_t>(-7)};
+  return errors;
+}
+
+std::vector<std::string> log_lines() {
+  std::istringstream text(read_file(state_dir_in_use + "/log"));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(text, line);) lines.push_back(line.substr(line.find(' ') + 1));
+  return lines;
+}
+
+PlatformTest::PlatformTest() {
+  static TemporaryDir state_dir; /* removed at the end of the process */
+  handle = start_platform(state_dir.path());
+  lab("release");
+  lab("reload");
+  lab("ready yes");
+  lower_limit("vlans", 4094);
+  wait_applied();
+  for (api_loginsession_t &session : session_table) session = {};
+  next_ssid = 1;
+  session_timeout_seconds = SESSION_TIMEOUT_DEFAULT;
+}
+
+PlatformTest::~PlatformTest() {
+  EXPECT_EQ(lab("fault list"), "");
+  lab("fault clear");
+  rest_set_clock(nullptr);
+}
+
+std::string PlatformTest::call_xml(rest_handler_t handler, const std::string &method, const std::string &uri,
+                                   const std::string &query) const {
+  FakeRequest request(method, uri, query);
+  handler(handle, request.conn());
+  return answer_body(request, "xml");
+}

@@ -1,0 +1,93 @@
+/* What the tests of the switch's core share: a switch of their own that runs in a fresh state directory, and
+ * the C interface with texts as strings. */
+#ifndef KESTREL_TESTS_SOFTSWITCH_TEST_SUPPORT_H
+#define KESTREL_TESTS_SOFTSWITCH_TEST_SUPPORT_H
+
+#include "platform/api/openapi_vlan.h"
+#include "platform/softswitch/config/language.h"
+#include "platform/softswitch/services/accounts.h"
+#include "platform/softswitch/services/faults.h"
+#include "platform/softswitch/softswitch.h"
+#include "tests/unit/platform/services_test_support.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+/* Long enough for any machine; nothing waits as long unless it fails. */
+inline constexpr int patience_ms = 20000;
+
+/* An accounts file made once, so that not every switch of every test hashes a password. */
+inline const std::string &prepared_accounts() {
+  static const std::string content = [] {
+    temporary_directory dir;
+    std::string error;
+    EXPECT_TRUE(softswitch::accounts_set(dir.path, "admin", "secret", 15, &error)) << error;
+    return file_content(dir.path + "/accounts");
+  }();
+  return content;
+}
+
+/* A running switch in factory state with a registered client. Every test ends with a restart that must give
+ * the same running configuration. */
+class SoftSwitch : public testing::Test {
+protected:
+  void SetUp() override {
+    write_file(dir.path + "/accounts", prepared_accounts());
+    setenv("KESTREL_STATE_DIR", dir.path.c_str(), 1);
+    ASSERT_EQ(openapiClientRegister("test", &handle), OPEN_E_NONE);
+  }
+
+  void TearDown() override {
+    softswitch::fault_clear_all();
+    if (softswitch::is_running()) restart_keeps_configuration();
+    softswitch::stop();
+    unsetenv("KESTREL_STATE_DIR");
+    unsetenv("KESTREL_PROFILE");
+  }
+
+  void restart() {
+    std::string error;
+    softswitch::stop();
+    ASSERT_TRUE(softswitch::start(&error)) << error;
+  }
+
+  void restart_keeps_configuration() {
+    std::string before = softswitch::running_config();
+    restart();
+    EXPECT_EQ(softswitch::running_config(), before);
+  }
+
+  /* Applies a line of the configuration language as a change. */
+  static open_error_t commit(const std::string &line) {
+    softswitch::locked_switch model;
+    return softswitch::commit_line(*model, line);
+  }
+
+  std::string name_of(uint32_t vlan) {
+    char buffer[64];
+    open_buffdesc name = {sizeof buffer, buffer};
+    EXPECT_EQ(rpcclt_openapiVlanNameGet(&handle, vlan, &name), OPEN_E_NONE);
+    return std::string(buffer, name.size);
+  }
+
+  open_error_t set_name(uint32_t vlan, std::string text) {
+    open_buffdesc name = {static_cast<uint32_t>(text.size()), text.data()};
+    return rpcclt_openapiVlanNameSet(&handle, vlan, &name);
+  }
+
+  /* Ids of the VLANs with pending changes, deletions negative. */
+  std::vector<int> pending_vlans() {
+    std::vector<int> pending;
+    uint32_t vlan = 0, deleted;
+    while (openapiVlanNextChangedGet(&handle, vlan, &vlan, &deleted) == OPEN_E_NONE) {
+      pending.push_back(deleted ? -static_cast<int>(vlan) : static_cast<int>(vlan));
+    }
+    return pending;
+  }
+
+  temporary_directory dir;
+  openapiClientHandle_t handle;
+};
+
+#endif
