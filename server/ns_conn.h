@@ -182,7 +182,8 @@ void *ns_start_thread(void *(*fn)(void *), void *param);
  * `cert` and `ca` are 100-byte buffers. */
 int ns_parse_address(const char *str, union socket_address *, int *protocol, int *use_ssl, char *cert,
                      char *ca);
-/* Loads certificate and private key from one PEM file. -1 null context, 0 loaded or no name given, -2 failed. */
+/* Loads certificate and private key from one PEM file.
+ * Returns 0 when loaded or no name was given, -1 for a null context, -2 on failure. */
 int ns_use_cert(SSL_CTX *, const char *pem_file);
 /* Requires client certificates signed by the CA file. Results as ns_use_cert(). */
 int ns_use_ca_cert(SSL_CTX *, const char *ca_file);

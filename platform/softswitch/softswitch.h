@@ -38,8 +38,7 @@ public:
 
 /* Applies one line of the configuration language as a change: checks it, appends it to the journal and takes
  * it over. What every setter of the C interface comes down to. The caller holds the lock.
- * Results are those of the setting's own rules; OPEN_E_FAIL when the line cannot be stored (nothing changed).
- */
+ * Results are those of the setting's own rules; OPEN_E_FAIL when it cannot be stored (nothing changed). */
 open_error_t commit_line(switch_model &, std::string_view line);
 /* The same with the line given as a pattern of the command table and its arguments (config/language.h), which
  * must be printable: interfaces among them exist. */

@@ -1,5 +1,5 @@
-/* Route matching: whatever the URI, the engine takes exactly the routes that sscanf(3) takes, and never writes past
- * a field. */
+/* Route matching: whatever the URI, the engine takes exactly the routes that sscanf(3) takes, and never
+ * writes past a field. */
 #include "tests/support/route_reference.h"
 
 #include <stdint.h>

@@ -1,6 +1,7 @@
-"""The seams between the parts of the tree: which folder may include which, which headers stand alone, and what the
-programs take from the platform library. Works on the sources (KESTREL_SOURCE, by default the tree this file is in)
-and on what was built (KESTREL_DAEMON, KESTREL_PLATFORM), with the compilers CC and CXX."""
+"""The seams between the parts of the tree: which folder may include which, which headers stand alone, and
+what the programs take from the platform library. Works on the sources (KESTREL_SOURCE, by default the
+tree this file is in) and on what was built (KESTREL_DAEMON, KESTREL_PLATFORM), with the compilers CC and
+CXX."""
 
 import os
 import re
@@ -8,7 +9,8 @@ import subprocess
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 
-SOURCE = os.path.abspath(os.environ.get("KESTREL_SOURCE") or os.path.join(os.path.dirname(__file__), "..", ".."))
+HERE = os.path.dirname(os.path.abspath(__file__))
+SOURCE = os.path.abspath(os.environ.get("KESTREL_SOURCE") or os.path.join(HERE, "..", ".."))
 FOLDERS = ("server", "engine", "modules", "platform", "tools", "tests")
 
 # What each part may include, as the first words of a path. The longest matching part holds.
@@ -32,7 +34,8 @@ def files(folder, *endings):
     """Paths below a folder, relative to the tree's root."""
     found = []
     for place, _, names in os.walk(os.path.join(SOURCE, folder)):
-        found += [os.path.relpath(os.path.join(place, name), SOURCE) for name in names if name.endswith(endings)]
+        wanted = [os.path.join(place, name) for name in names if name.endswith(endings)]
+        found += [os.path.relpath(path, SOURCE) for path in wanted]
     return sorted(found)
 
 
@@ -126,15 +129,17 @@ class Headers(unittest.TestCase):
     FLAGS = ("-fsyntax-only", "-Wall", "-Wextra", "-Werror", "-Wshadow", "-D_GNU_SOURCE", "-I.")
 
     def compile_alone(self, compiler, language, standard, path, *flags):
-        done = subprocess.run([compiler, f"-std={standard}", *self.FLAGS, *flags, "-x", language, "-"], cwd=SOURCE,
-                              input=f'#include "{path}"\n', capture_output=True, text=True, check=False)
+        done = subprocess.run([compiler, f"-std={standard}", *self.FLAGS, *flags, "-x", language, "-"],
+                              cwd=SOURCE, input=f'#include "{path}"\n', capture_output=True, text=True,
+                              check=False)
         return "" if done.returncode == 0 else f"{path} as {standard}:\n{done.stderr}"
 
     def assert_all_compile(self, compiler, language, standard, paths, *flags):
         self.assertGreater(len(paths), 3, "headers were found")
         with ThreadPoolExecutor(os.cpu_count()) as pool:
-            results = pool.map(lambda path: self.compile_alone(compiler, language, standard, path, *flags), paths)
-            self.assertEqual([text for text in results if text], [])
+            runs = [pool.submit(self.compile_alone, compiler, language, standard, path, *flags)
+                    for path in paths]
+            self.assertEqual([run.result() for run in runs if run.result()], [])
 
     def test_every_header_compiles_alone(self):
         paths = [path for folder in FOLDERS for path in files(folder, ".h")]

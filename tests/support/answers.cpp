@@ -14,10 +14,12 @@ static std::string json_text(const std::string &text) {
 Answers expected_answers(int code, const std::string &message, const std::string &xml_data,
                          const std::string &json_data) {
   Answers answers;
-  answers.xml = "<result><rlt_code>" + std::to_string(code) + "</rlt_code><rlt_mesg>" + message + "</rlt_mesg>";
+  answers.xml =
+      "<result><rlt_code>" + std::to_string(code) + "</rlt_code><rlt_mesg>" + message + "</rlt_mesg>";
   if (!xml_data.empty()) answers.xml += "<rlt_data>" + xml_data + "</rlt_data>";
   answers.xml += "</result>\n";
-  answers.json = "{ \"result\": { \"rlt_code\": " + std::to_string(code) + ", \"rlt_mesg\": " + json_text(message);
+  answers.json =
+      "{ \"result\": { \"rlt_code\": " + std::to_string(code) + ", \"rlt_mesg\": " + json_text(message);
   if (!json_data.empty()) answers.json += ", \"rlt_data\": { " + json_data + " }";
   answers.json += " } }\n";
   return answers;
@@ -27,16 +29,18 @@ Answers expected_platform_error(open_error_t rc) {
   switch (static_cast<int>(rc)) {
   case -31:
   case -26:
-    return expected_answers(96, "The operation was failed or some error happened, please send the correct request "
-                                "or check the limitation of feature.");
+    return expected_answers(
+        96, "The operation was failed or some error happened, please send the correct request "
+            "or check the limitation of feature.");
   case -25:
   case -21:
     return expected_answers(97, "There is some internal fault happened, please try again.");
   case -24:
     return expected_answers(98, "The same setting is already set.");
   default:
-    return expected_answers(99, "Operation failed. It was possibly caused by non-existent resource id in URI, "
-                                "invalid parameters, or the operation is not supported on the platform.");
+    return expected_answers(99,
+                            "Operation failed. It was possibly caused by non-existent resource id in URI, "
+                            "invalid parameters, or the operation is not supported on the platform.");
   }
 }
 
@@ -57,8 +61,9 @@ std::string answer_body(const FakeRequest &request, const std::string &format) {
   return reply.body;
 }
 
-static std::string call_once(rest_handler_t handler, openapiClientHandle_t *client_handle, const std::string &method,
-                             const std::string &uri, const std::string &query, const std::string &format) {
+static std::string call_once(rest_handler_t handler, openapiClientHandle_t *client_handle,
+                             const std::string &method, const std::string &uri, const std::string &query,
+                             const std::string &format) {
   FakeRequest request(method, uri, with_format(query, format));
   handler(client_handle, request.conn());
   return answer_body(request, format);
@@ -72,6 +77,10 @@ Answers call_handler(rest_handler_t handler, openapiClientHandle_t *client_handl
   return answers;
 }
 
-bool operator==(const Answers &a, const Answers &b) { return a.xml == b.xml && a.json == b.json; }
+bool operator==(const Answers &a, const Answers &b) {
+  return a.xml == b.xml && a.json == b.json;
+}
 
-void PrintTo(const Answers &answers, std::ostream *os) { *os << answers.xml << answers.json; }
+void PrintTo(const Answers &answers, std::ostream *os) {
+  *os << answers.xml << answers.json;
+}

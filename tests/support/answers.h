@@ -1,5 +1,5 @@
-/* Whole answers of a module's handler: calling it with a request of each format, and the documents that it is to
- * answer with. */
+/* Whole answers of a module's handler: calling it with a request of each format, and the documents that it is
+ * to answer with. */
 #ifndef KESTREL_TESTS_SUPPORT_ANSWERS_H
 #define KESTREL_TESTS_SUPPORT_ANSWERS_H
 
@@ -17,8 +17,8 @@ struct Answers {
   std::string json;
 };
 
-/* The result document in both formats, with the newline that ends a body. The data, when given, is the inside of
- * rlt_data: "<id>1</id>" and "\"id\": 1". */
+/* The result document in both formats, with the newline that ends a body. The data, when given, is the inside
+ * of rlt_data: "<id>1</id>" and "\"id\": 1". */
 Answers expected_answers(int code, const std::string &message, const std::string &xml_data = "",
                          const std::string &json_data = "");
 /* The answer to a platform failure. */
@@ -29,8 +29,8 @@ Answers expected_bad_request();
 /* Adds "format=..." to a query. */
 std::string with_format(const std::string &query, const std::string &format);
 
-/* The body of the one answer that the request has got. Reports a failure when the reply's head is not exactly what
- * the engine sends, or when there is more than one answer. */
+/* The body of the one answer that the request has got. Reports a failure when the reply's head is not exactly
+ * what the engine sends, or when there is more than one answer. */
 std::string answer_body(const FakeRequest &request, const std::string &format);
 
 /* Calls the handler once for each format, XML first, with a client handle of `client_handle`. */

@@ -11,10 +11,10 @@
 extern "C" int kestrel_lab_command(const char *line, char *reply, size_t size);
 
 /* What TEST_SERIAL and the others of platform_fixture.h say; the ports are the built-in ones. */
-static const std::string CHASSIS_PROFILE = std::string("{ \"model\": \"") + TEST_MODEL + "\", \"serial\": \"" +
-                                           TEST_SERIAL + "\", \"mac\": \"" + TEST_MAC + "\", \"description\": \"" +
-                                           TEST_DESCRIPTION + "\", \"os_version\": \"" + TEST_OS_VERSION +
-                                           "\", \"storage\": \"" + TEST_STORAGE + "\" }\n";
+static const std::string CHASSIS_PROFILE =
+    std::string("{ \"model\": \"") + TEST_MODEL + "\", \"serial\": \"" + TEST_SERIAL + "\", \"mac\": \"" +
+    TEST_MAC + "\", \"description\": \"" + TEST_DESCRIPTION + "\", \"os_version\": \"" + TEST_OS_VERSION +
+    "\", \"storage\": \"" + TEST_STORAGE + "\" }\n";
 
 static std::string state_dir_in_use;
 
@@ -29,6 +29,7 @@ openapiClientHandle_t *start_platform(const std::string &state_dir) {
   reload_rest_settings();
   if (openapiClientRegister("restful_api_engine", &handle) != OPEN_E_NONE) abort();
   state_dir_in_use = state_dir;
+  lower_limit("settle-milliseconds", 0); /* tests wait for changes to be taken all the time */
   return &handle;
 }
 
@@ -45,19 +46,36 @@ void fault(const std::string &function, open_error_t code, unsigned count, unsig
       std::to_string(skip));
 }
 
-void hold_changes() { lab("hold"); }
+void hold_changes() {
+  lab("hold");
+}
 
-void release_changes() { lab("release"); }
+void release_changes() {
+  lab("release");
+}
 
-void wait_applied() { lab("wait"); }
+void wait_applied() {
+  lab("wait");
+}
 
-void lower_limit(const std::string &name, uint32_t value) { lab("limit " + name + " " + std::to_string(value)); }
+void lower_limit(const std::string &name, uint32_t value) {
+  lab("limit " + name + " " + std::to_string(value));
+}
 
 const std::vector<open_error_t> &all_platform_errors() {
-  static const std::vector<open_error_t> errors = {
-      OPEN_E_RPC,     OPEN_E_INTERNAL,  OPEN_E_PARAM,   OPEN_E_FULL,      OPEN_E_EXISTS, OPEN_E_TIMEOUT,
-      OPEN_E_FAIL,    OPEN_E_DISABLED,  OPEN_E_UNAVAIL, OPEN_E_NOT_FOUND, OPEN_E_EMPTY,  OPEN_E_ERROR,
-      static_cast<open_error_t>(-7)};
+  static const std::vector<open_error_t> errors = {OPEN_E_RPC,
+                                                   OPEN_E_INTERNAL,
+                                                   OPEN_E_PARAM,
+                                                   OPEN_E_FULL,
+                                                   OPEN_E_EXISTS,
+                                                   OPEN_E_TIMEOUT,
+                                                   OPEN_E_FAIL,
+                                                   OPEN_E_DISABLED,
+                                                   OPEN_E_UNAVAIL,
+                                                   OPEN_E_NOT_FOUND,
+                                                   OPEN_E_EMPTY,
+                                                   OPEN_E_ERROR,
+                                                   static_cast<open_error_t>(-7)};
   return errors;
 }
 

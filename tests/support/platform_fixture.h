@@ -1,5 +1,5 @@
-/* The software switch in this process, for tests of modules: started once, in a state directory of its own, and
- * brought back to its factory state before each test. Lab control plays the world outside. */
+/* The software switch in this process, for tests of modules: started once, in a state directory of its own,
+ * and brought back to its factory state before each test. Lab control plays the world outside. */
 #ifndef KESTREL_TESTS_SUPPORT_PLATFORM_FIXTURE_H
 #define KESTREL_TESTS_SUPPORT_PLATFORM_FIXTURE_H
 
@@ -20,13 +20,16 @@ inline constexpr char TEST_DESCRIPTION[] = "A switch <for> tests & more";
 inline constexpr char TEST_OS_VERSION[] = "9.8.7";
 inline constexpr char TEST_STORAGE[] = "test flash";
 
-/* Starts the switch in this process (once; there is one switch per process) with its files in `state_dir`, where the
- * session status file is as well. The handle is that of the one registration. Aborts when it does not start. */
+/* Starts the switch in this process (once; there is one switch per process) with its files in `state_dir`,
+ * where the session status file is as well. The handle is that of the one registration. Aborts when it does
+ * not start. */
 openapiClientHandle_t *start_platform(const std::string &state_dir);
 
-/* --- Lab control ------------------------------------------------------------------------------------------ */
+/* --- Lab control ------------------------------------------------------------------------------------------
+ */
 
-/* Carries out a command of lab control; reports a failure when it is refused. Returns what it printed before "ok". */
+/* Carries out a command of lab control; reports a failure when it is refused. Returns what it printed before
+ * "ok". */
 std::string lab(const std::string &line);
 /* The next `count` calls of a platform function, after `skip` that are carried out, answer `code`. */
 void fault(const std::string &function, open_error_t code, unsigned count = 1, unsigned skip = 0);
@@ -39,12 +42,14 @@ void lower_limit(const std::string &name, uint32_t value);
 /* Every result that a platform call may have but success, and one that no header knows. */
 const std::vector<open_error_t> &all_platform_errors();
 
-/* --- The log ---------------------------------------------------------------------------------------------- */
+/* --- The log ----------------------------------------------------------------------------------------------
+ */
 
 /* Lines of the switch's log, each without its time: "WARNING rest_common.c:129 text". */
 std::vector<std::string> log_lines();
 
-/* --- Fixture ---------------------------------------------------------------------------------------------- */
+/* --- Fixture ----------------------------------------------------------------------------------------------
+ */
 
 class PlatformTest : public testing::Test {
 protected:

@@ -4,7 +4,9 @@
 #include <stdio.h>
 #include <string.h>
 
-static int no_operation(openapiClientHandle_t *, mg_connection *) { return 1; }
+static int no_operation(openapiClientHandle_t *, mg_connection *) {
+  return 1;
+}
 
 static rest_route row(const char *pattern, int count, const char *keyword = nullptr) {
   return {REQUEST_METHOD_GET, pattern, count, keyword, no_operation};
@@ -100,15 +102,15 @@ int plain_sscanf(const std::string &uri, const char *pattern, std::vector<std::s
   const size_t size = strlen(uri.c_str()) + 1; /* no field is longer than the URI */
   std::vector<char> buffers(FIELDS * size, '\0');
   char *b = buffers.data();
-  int count = sscanf(uri.c_str(), pattern, b, b + size, b + 2 * size, b + 3 * size, b + 4 * size, b + 5 * size,
-                     b + 6 * size, b + 7 * size);
+  int count = sscanf(uri.c_str(), pattern, b, b + size, b + 2 * size, b + 3 * size, b + 4 * size,
+                     b + 5 * size, b + 6 * size, b + 7 * size);
   fields->clear();
   for (int i = 0; i < count; i++) fields->push_back(b + static_cast<size_t>(i) * size);
   return count;
 }
 
-/* End of input is what sscanf reports for three things: the whole literal text, which is the route; a URI that
- * stops within it; and blanks after it, which %s skips. */
+/* End of input is what sscanf reports for three things: the whole literal text, which is the route; a URI
+ * that stops within it; and blanks after it, which %s skips. */
 static bool is_only_end_of_input(const std::string &uri, const std::string &literal) {
   if (uri.size() < literal.size()) return literal.compare(0, uri.size(), uri) == 0;
   return uri.size() > literal.size() && uri.compare(0, literal.size(), literal) == 0 &&
@@ -130,7 +132,8 @@ static bool same_fields(const rest_route &route, const std::string &uri) {
   uri_fields_t scanned = {};
   std::vector<std::string> fields;
   int count = plain_sscanf(uri, route.pattern, &fields);
-  if (scan_uri(uri.c_str(), route.pattern, scanned) != (uri.size() >= REQUEST_URI_SIZE ? 0 : count)) return false;
+  if (scan_uri(uri.c_str(), route.pattern, scanned) != (uri.size() >= REQUEST_URI_SIZE ? 0 : count))
+    return false;
   if (uri.size() >= REQUEST_URI_SIZE) return true;
   for (size_t i = 0; i < fields.size(); i++) {
     if (fields[i] != scanned[i]) return false;
@@ -149,7 +152,9 @@ std::string find_disagreement(const std::string &bytes) {
     if (found != expected) return uri + (found ? " is" : " is not") + " taken by " + route.pattern;
     if (!same_fields(route, uri)) return uri + " is scanned differently by " + route.pattern;
   }
-  if (find_route(routes, REQUEST_METHOD_GET, uri.c_str()) != first) return uri + " is not taken by the first route";
-  if (find_route(routes, REQUEST_METHOD_PUT, uri.c_str()) != nullptr) return uri + " is taken whatever the method";
+  if (find_route(routes, REQUEST_METHOD_GET, uri.c_str()) != first)
+    return uri + " is not taken by the first route";
+  if (find_route(routes, REQUEST_METHOD_PUT, uri.c_str()) != nullptr)
+    return uri + " is taken whatever the method";
   return "";
 }

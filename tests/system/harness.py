@@ -1,5 +1,5 @@
-"""What the system tests share: a daemon under test, clients that speak to it byte for byte, and the shape of its
-answers.
+"""What the system tests share: a daemon under test, clients that speak to it byte for byte, and the shape
+of its answers.
 
 A test file holds classes derived from DaemonTest and ends with main(). It takes from the environment
     KESTREL_DAEMON      the program restful_api_engine
@@ -7,13 +7,13 @@ A test file holds classes derived from DaemonTest and ends with main(). It takes
     KESTREL_SANITIZED   "ON" when both were built with sanitizers
     KESTREL_CLOCK       a library that shifts the daemon's clock (see shifted_clock.c)
 
-Each daemon gets a temporary root of its own and two free loopback ports. When it is stopped the test fails if it
-died by itself, printed anything that is not a log line, or logged a warning or error that the test did not announce
-with expect_log(). Clocks are used for one thing only: to bound how long a test waits."""
+Each daemon gets a temporary root of its own and two free loopback ports. When it is stopped the test
+fails if it died by itself, printed anything that is not a log line, or logged a warning or error that the
+test did not announce with expect_log(). Clocks are used for one thing only: to bound how long a test
+waits."""
 
 import contextlib
 import ctypes
-import hashlib
 import os
 import random
 import re
@@ -22,14 +22,12 @@ import shutil
 import signal
 import socket
 import ssl
-import struct
 import subprocess
 import tempfile
 import time
 import unittest
 
-PASSWORD = "correct horse"
-PATIENCE = 60.0  # seconds until something that must happen counts as never happening
+from wire import Client, GOT, NO_KEY, PASSWORD, PATIENCE, Session, rest_reply, vlan_list
 
 LOG_LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z "
                       r"(EMERGENCY|ALERT|CRITICAL|ERROR|WARNING|NOTICE|INFO|DEBUG) (\S+):(\d+) (.*)")
@@ -60,297 +58,7 @@ def eventually(condition, what):
         time.sleep(0.01)
 
 
-# --- The shape of answers -------------------------------------------------------------------------------------
-
-def jsonc(value):
-    """Text of a value as json-c prints it by default: blanks inside braces and after colons, "/" escaped."""
-    if isinstance(value, dict):
-        members = ", ".join(f"{jsonc(k)}: {jsonc(v)}" for k, v in value.items())
-        return "{ " + members + " }" if members else "{ }"
-    if isinstance(value, int):
-        return str(value)
-    escaped = value.replace("\\", "\\\\").replace('"', '\\"').replace("/", "\\/")
-    return f'"{escaped}"'
-
-
-class Rows(list):
-    """The entries of a list in an answer: (position, {name: value}) each, all with one tag in XML."""
-
-    def __init__(self, tag, rows=()):
-        super().__init__(rows)
-        self.tag = tag
-
-
-def xml_of(data):
-    if isinstance(data, Rows):
-        return "".join(f"<{data.tag}>{xml_of(entry)}</{data.tag}>" for _, entry in data)
-    if isinstance(data, dict):
-        return "".join(f"<{name}>{xml_of(value)}</{name}>" for name, value in data.items())
-    return str(data)
-
-
-def plain_of(data):
-    """Rows turned into the objects that stand for them in JSON."""
-    if isinstance(data, Rows):
-        return {str(position): plain_of(entry) for position, entry in data}
-    if isinstance(data, dict):
-        return {name: plain_of(value) for name, value in data.items()}
-    return data
-
-
-def document(code, message, data=None, form="xml"):
-    """The result document of an answer, as bytes, with its final newline."""
-    result = {"rlt_code": code, "rlt_mesg": message}
-    if data is not None:
-        result["rlt_data"] = data
-    envelope = {"result": result}
-    text = xml_of(envelope) if form == "xml" else jsonc(plain_of(envelope))
-    return text.encode("latin-1") + b"\n"
-
-
-def rest_reply(code, message, data=None, form="xml"):
-    """All bytes of an answer of the engine."""
-    body = document(code, message, data, form)
-    media_type = "text/xml" if form == "xml" else "application/json"
-    return (f"HTTP/1.1 200 OK\r\nContent-Type: {media_type}; charset=utf-8\r\n"
-            f"Transfer-Encoding: chunked\r\n\r\n{len(body):X}\r\n").encode() + body + b"\r\n0\r\n\r\n"
-
-
-def error_reply(status, reason):
-    """All bytes of an error that the HTTP server itself answers."""
-    body = f"{status} {reason}\n"
-    return (f"HTTP/1.1 {status} {reason}\r\nContent-Length: {len(body)}\r\n"
-            f"Content-Type: text/plain\r\n\r\n{body}").encode()
-
-
-NO_KEY = (905, "Null Session Key")
-ENDED = (900, "Session time out or log out. Please log in again.")
-UNKNOWN_MODULE = (901, "The module name dose not exist.")
-BAD_REQUEST = (902, "Bad Request. Please check your method and URI.")
-GOT = (0, "Get data successfully.")
-FAILED = (96, "The operation was failed or some error happened, please send the correct request or check the "
-              "limitation of feature.")
-INTERNAL = (97, "There is some internal fault happened, please try again.")
-ALREADY_SET = (98, "The same setting is already set.")
-REFUSED = (99, "Operation failed. It was possibly caused by non-existent resource id in URI, invalid parameters, "
-               "or the operation is not supported on the platform.")
-
-
-# --- Clients --------------------------------------------------------------------------------------------------
-
-class Malformed(AssertionError):
-    """The daemon sent bytes that are no reply."""
-
-
-class Closed(Exception):
-    """The daemon closed the connection before a whole reply had come; .rest holds what had."""
-
-    def __init__(self, rest):
-        super().__init__(f"connection closed after {rest!r}")
-        self.rest = rest
-
-
-class Reply:
-    """One reply: .raw all its bytes, .status, .headers (list of pairs), .body, .chunks (None without chunking)."""
-
-    def __init__(self, raw, status, headers, body, chunks):
-        self.raw, self.status, self.headers, self.body, self.chunks = raw, status, headers, body, chunks
-
-    def text(self):
-        return self.body.decode("latin-1")
-
-    def code(self):
-        """The result code of a result document in XML."""
-        match = re.match(r"<result><rlt_code>(\d+)</rlt_code>", self.text())
-        if match is None:
-            raise Malformed(f"no result document: {self.body!r}")
-        return int(match.group(1))
-
-
-class Client:
-    """One connection. Nothing is tolerated in replies: see read_reply(). With tls but no handshake, raw bytes go to
-    the TLS port."""
-
-    def __init__(self, daemon, tls=False, source=None, receive_buffer=None, handshake=True):
-        self.buffer = b""
-        self.socket = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
-        self.socket.settimeout(PATIENCE)
-        if receive_buffer is not None:
-            self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, receive_buffer)
-        if source is not None:
-            self.socket.bind((source, 0))
-        self.socket.connect(("127.0.0.1", daemon.tls_port if tls else daemon.port))
-        self.socket.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-        if tls and handshake:
-            self.socket = daemon.tls_context().wrap_socket(self.socket, server_hostname="127.0.0.1")
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.close()
-
-    def close(self):
-        self.socket.close()
-
-    def reset(self):
-        """Closes with a reset instead of an orderly end."""
-        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
-        self.socket.close()
-
-    def send(self, data):
-        self.socket.sendall(data)
-
-    def receive(self):
-        """Adds what has come to the buffer; False at the end of the connection."""
-        try:
-            data = self.socket.recv(65536)
-        except (ConnectionResetError, BrokenPipeError, ssl.SSLEOFError):
-            data = b""
-        self.buffer += data
-        return data != b""
-
-    def fill(self, size):
-        while len(self.buffer) < size:
-            if not self.receive():
-                raise Closed(self.buffer)
-
-    def take_line(self, start):
-        """The end of the line that begins at `start`, its CRLF counted; a bare LF is malformed."""
-        end = self.buffer.find(b"\n", start)
-        while end < 0:
-            scanned = len(self.buffer)
-            if not self.receive():
-                raise Closed(self.buffer)
-            end = self.buffer.find(b"\n", scanned)
-        if self.buffer[end - 1:end + 1] != b"\r\n" or b"\r" in self.buffer[start:end - 1]:
-            raise Malformed(f"bad line end in {self.buffer[start:end + 1]!r}")
-        return end + 1
-
-    def read_head(self):
-        end = self.take_line(0)
-        match = re.fullmatch(rb"HTTP/1\.1 (\d{3}) [^\r\n]+\r\n", self.buffer[:end])
-        if match is None:
-            raise Malformed(f"bad status line {self.buffer[:end]!r}")
-        headers = []
-        while True:
-            start, end = end, self.take_line(end)
-            if end - start == 2:
-                return int(match.group(1)), headers, end
-            line = re.fullmatch(rb"([!-9;-~]+): ([^\r\n]*)\r\n", self.buffer[start:end])
-            if line is None:
-                raise Malformed(f"bad header line {self.buffer[start:end]!r}")
-            headers.append((line.group(1).decode(), line.group(2).decode()))
-
-    def read_chunks(self, at):
-        chunks = []
-        while True:
-            end = self.take_line(at)
-            size = self.buffer[at:end - 2]
-            if re.fullmatch(rb"0|[1-9A-F][0-9A-F]*", size) is None:
-                raise Malformed(f"bad chunk size {size!r}")
-            length = int(size, 16)
-            self.fill(end + length + 2)
-            if self.buffer[end + length:end + length + 2] != b"\r\n":
-                raise Malformed(f"chunk of {length} bytes is not ended: {self.buffer[end:end + length + 2]!r}")
-            at = end + length + 2
-            if length == 0:
-                return chunks, at
-            chunks.append(self.buffer[end:end + length])
-
-    def read_reply(self):
-        """Reads one reply: CRLF line ends, upper-case chunk sizes without leading zeros, no trailers. A reply that
-        says neither how long it is nor that it is chunked is malformed, 100 Continue apart. Raises Closed when the
-        connection ends before the reply does."""
-        status, headers, at = self.read_head()
-        framing = [(n, v) for n, v in headers if n in ("Content-Length", "Transfer-Encoding")]
-        chunks = None
-        if status == 100 and not headers:
-            body = b""
-        elif framing == [("Transfer-Encoding", "chunked")]:
-            chunks, at = self.read_chunks(at)
-            body = b"".join(chunks)
-        elif len(framing) == 1 and framing[0][0] == "Content-Length":
-            self.fill(at + int(framing[0][1]))
-            body = self.buffer[at:at + int(framing[0][1])]
-            at += len(body)
-        else:
-            raise Malformed(f"framing {framing!r} of {self.buffer[:at]!r}")
-        raw, self.buffer = self.buffer[:at], self.buffer[at:]
-        return Reply(raw, status, headers, body, chunks)
-
-    def read_to_end(self):
-        """Everything that still comes until the daemon closes."""
-        while self.receive():
-            pass
-        data, self.buffer = self.buffer, b""
-        return data
-
-    def is_open(self):
-        """False when the daemon has closed already, without waiting for it to. What has come goes to the buffer."""
-        self.socket.setblocking(False)
-        try:
-            return self.receive()
-        except (BlockingIOError, ssl.SSLWantReadError):
-            return True
-        finally:
-            self.socket.settimeout(PATIENCE)
-
-    def ask(self, method, target, body=None, headers=()):
-        """Sends a request of HTTP/1.1 and reads its reply."""
-        self.send(request(method, target, body, headers))
-        return self.read_reply()
-
-
-def request(method, target, body=None, headers=(), version="1.1"):
-    """The bytes of a request."""
-    lines = [f"{method} {target} HTTP/{version}", "Host: 127.0.0.1", *headers]
-    if body is not None:
-        body = body.encode("latin-1") if isinstance(body, str) else body
-        lines.append(f"Content-Length: {len(body)}")
-    return "\r\n".join(lines).encode("latin-1") + b"\r\n\r\n" + (body or b"")
-
-
-class Session:
-    """A logged-in client on a connection of its own."""
-
-    def __init__(self, daemon, tls=False, source=None):
-        self.client = Client(daemon, tls, source)
-        self.key = log_in(self.client)
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.client.close()
-
-    def target(self, uri, variables=()):
-        pairs = [f"sessionkey={self.key}", *variables]
-        return f"{uri}?{'&'.join(pairs)}"
-
-    def ask(self, method, uri, *variables, body=None):
-        return self.client.ask(method, self.target(uri, variables), body)
-
-
-def log_in(client, user="admin", password=PASSWORD):
-    """Logs in over a connection and returns the session key; the whole reply is checked."""
-    reply = client.ask("POST", "/login", body=f"user={user}&password={password.replace(' ', '+')}")
-    match = re.search(rb"<sessionKey>([0-9a-f]{32})</sessionKey>", reply.body)
-    if match is None:
-        raise AssertionError(f"cannot log in: {reply.body!r}")
-    key = match.group(1).decode()
-    expected = rest_reply(0, "Log in successfully.", {"sessionKey": key})
-    if reply.raw != expected:
-        raise AssertionError(f"{reply.raw!r} is not {expected!r}")
-    return key
-
-
-def session_key(address, second):
-    """The key that a login from an address in a second gives."""
-    return hashlib.md5(f"{address}{second}".encode()).hexdigest()
-
-
-# --- The daemon -----------------------------------------------------------------------------------------------
+# --- The daemon ----------------------------------------------------------------------------------------
 
 _certificate = None
 
@@ -361,9 +69,9 @@ def certificate():
     if _certificate is None:
         with tempfile.TemporaryDirectory(prefix="kestrel-cert-") as folder:
             subprocess.run(
-                ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
-                 "-keyout", "key.pem", "-out", "cert.pem", "-days", "2", "-subj", "/CN=localhost", "-addext",
-                 "subjectAltName=IP:127.0.0.1"],
+                ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+                 "-nodes", "-keyout", "key.pem", "-out", "cert.pem", "-days", "2", "-subj", "/CN=localhost",
+                 "-addext", "subjectAltName=IP:127.0.0.1"],
                 cwd=folder, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
             _certificate = "".join(read_text(os.path.join(folder, name)) for name in ("cert.pem", "key.pem"))
     return _certificate
@@ -438,7 +146,8 @@ class Daemon:
         with open(self.output_path("stdout"), "ab") as out, open(self.output_path("stderr"), "ab") as err:
             self.process = subprocess.Popen(
                 [program("KESTREL_DAEMON")], cwd=self.root, env=self.environment(), stdin=subprocess.DEVNULL,
-                stdout=out, stderr=err, start_new_session=True, user=self.user, preexec_fn=_prepare_child(self.limits))
+                stdout=out, stderr=err, start_new_session=True, user=self.user,
+                preexec_fn=_prepare_child(self.limits))
 
     def start(self):
         """Starts it and waits until both ports listen."""
@@ -449,14 +158,14 @@ class Daemon:
 
     def fail_if_dead(self):
         if self.process.poll() is not None:
-            raise AssertionError(f"the daemon ended with {self.process.returncode}: {self.stdout()}{self.stderr()}")
+            said = self.stdout() + self.stderr()
+            raise AssertionError(f"the daemon ended with {self.process.returncode}: {said}")
         return False
 
     @staticmethod
     def listens(port):
-        """Whether somebody listens on a port; told by the kernel's table, so that nobody is connected to."""
-        entry = f" 0100007F:{port:04X} 00000000:0000 0A "
-        return entry in read_text("/proc/net/tcp")
+        with socket.socket() as probe:
+            return probe.connect_ex(("127.0.0.1", port)) == 0
 
     def stdout(self):
         return read_text(self.output_path("stdout"))
@@ -505,7 +214,7 @@ class Daemon:
         return lines
 
     def audit_lines(self):
-        return [text for severity, place, text in self.log_lines() if severity == "WARNING" and place == AUDIT]
+        return [text for severity, place, text in self.log_lines() if (severity, place) == ("WARNING", AUDIT)]
 
     def expect_log(self, pattern):
         """Announces warnings or errors whose text matches the pattern."""
@@ -539,8 +248,9 @@ class Daemon:
         return done.stdout
 
     def try_lab(self, *words):
-        return subprocess.run([program("KESTREL_LAB"), *words], env=self.environment(), stdin=subprocess.DEVNULL,
-                              capture_output=True, text=True, timeout=PATIENCE, check=False)
+        return subprocess.run([program("KESTREL_LAB"), *words], env=self.environment(),
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=PATIENCE,
+                              check=False)
 
     # The end
 
@@ -580,10 +290,11 @@ class Daemon:
         return self.complaints
 
 
-# --- Tests ----------------------------------------------------------------------------------------------------
+# --- Tests ---------------------------------------------------------------------------------------------
 
 class DaemonTest(unittest.TestCase):
-    """A test with daemons; those that start_daemon() and new_daemon() give are finished and checked at its end."""
+    """A test with daemons; those that start_daemon() and new_daemon() give are finished and checked at
+    its end."""
 
     maxDiff = None
 
@@ -629,10 +340,6 @@ class DaemonTest(unittest.TestCase):
         ids = [int(text) for text in re.findall(r"<id>(\d+)</id>", reply.text())]
         self.assert_answers(reply, GOT, vlan_list(ids))
         return ids
-
-
-def vlan_list(ids):
-    return {"vlans": Rows("vlan", [(i, {"id": vid}) for i, vid in enumerate(ids, 1)])}
 
 
 def create_vlans(test, session, ids):

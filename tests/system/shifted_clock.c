@@ -1,6 +1,6 @@
-/* Shifts the clock of a program under test: preloaded into it, time() answers the real time plus the seconds that
- * stand as text in the file KESTREL_TEST_CLOCK. Writing that file lets sessions and idle connections grow old
- * without waiting for them (test_clock.py). */
+/* Shifts the clock of a program under test: preloaded into it, time() answers the real time plus the seconds
+ * that stand as text in the file KESTREL_TEST_CLOCK. Writing that file lets sessions and idle connections
+ * grow old without waiting for them (test_clock.py). */
 #define _GNU_SOURCE
 #include <stdlib.h>
 #include <fcntl.h>

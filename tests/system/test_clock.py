@@ -1,10 +1,12 @@
-"""What time does to sessions and connections. The daemon's clock is shifted (see shifted_clock.c), so that nobody
-has to wait."""
+"""What time does to sessions and connections. The daemon's clock is shifted (see shifted_clock.c), so
+that nobody has to wait."""
 
 import os
 
 import harness
-from harness import ENDED, GOT, Client, DaemonTest
+import wire
+from harness import DaemonTest
+from wire import ENDED, GOT, Client
 
 
 class Aging(DaemonTest):
@@ -29,9 +31,9 @@ class Aging(DaemonTest):
     def test_a_session_ends_when_it_was_idle_for_its_time_out(self):
         session = self.session(self.daemon)
         self.shift(290)
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
         self.shift(580)  # 290 seconds after the last use
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
         self.shift(880)
         self.assert_answers(Client(self.daemon).ask("GET", session.target("/vlans")), ENDED)
         self.assertEqual(harness.read_text(self.daemon.session_file), "")
@@ -42,9 +44,9 @@ class Aging(DaemonTest):
         self.assert_answers(session.ask("PUT", "/login/RESTTimeout", "value=1"),
                             (0, "Update timeout value for REST Sessions successfully."))
         self.shift(50)
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
         self.shift(61)
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
         self.assert_answers(idle.ask("GET", "/vlans"), ENDED)
 
     def test_logging_in_does_not_refresh_a_session(self):
@@ -69,14 +71,15 @@ class Aging(DaemonTest):
         head_begun.send(b"GET /vlans HT")
         silent = self.client(self.daemon, tls=True, handshake=False)
         busy = self.client(self.daemon)
+        self.assert_serves(self.daemon)  # and so it has taken all those that came before
         self.shift(299)
-        self.assert_answers(busy.ask("GET", "/vlans"), harness.NO_KEY)
+        self.assert_answers(busy.ask("GET", "/vlans"), wire.NO_KEY)
         for client in (*idle, head_begun):
             self.assertTrue(client.is_open())
         self.shift(310)
         for client in (*idle, head_begun, silent):
             self.assert_closes(client)
-        self.assert_answers(busy.ask("GET", "/vlans"), harness.NO_KEY)
+        self.assert_answers(busy.ask("GET", "/vlans"), wire.NO_KEY)
 
 
 if __name__ == "__main__":

@@ -7,7 +7,9 @@ import resource
 import threading
 
 import harness
-from harness import FAILED, GOT, Client, Closed, DaemonTest, log_in
+import wire
+from harness import DaemonTest
+from wire import FAILED, GOT, Client, Closed, log_in
 
 
 def journal_path(daemon):
@@ -51,8 +53,10 @@ class SuddenDeath(DurabilityTest):
         return "PUT", f"/vlans/{vid}/name", (f"value={after[vid].replace(' ', '+')}",), after
 
     def change_until_death(self, daemon):
-        """Returns the number of acknowledged changes and the switch as the last, unacknowledged one would have it."""
-        with harness.Session(daemon) as session:
+        """Returns the number of acknowledged changes and the switch as the last, unacknowledged one would
+        have it."""
+        with wire.Session(daemon) as session:
+            threading.Timer(self.random.uniform(0.01, 0.3), daemon.process.kill).start()
             for count in range(1, 1000000):
                 method, uri, variables, after = self.next_change()
                 try:
@@ -71,10 +75,7 @@ class SuddenDeath(DurabilityTest):
         for number in range(rounds):
             daemon.start()
             prepare(daemon)
-            killer = threading.Timer(self.random.uniform(0.02, 0.4), daemon.process.kill)
-            killer.start()
             count, under_way = self.change_until_death(daemon)
-            killer.join()
             daemon.process.wait()
             changes += count
             daemon.start()
@@ -96,7 +97,7 @@ class SuddenDeath(DurabilityTest):
     def test_hundreds_of_changes_survive_many_restarts(self):
         daemon = self.start_daemon()
         for _ in range(5):
-            with harness.Session(daemon) as session:
+            with wire.Session(daemon) as session:
                 for _ in range(200):
                     method, uri, variables, after = self.next_change()
                     self.assertEqual(session.ask(method, uri, *variables).code(), 0)
@@ -141,9 +142,9 @@ class FullDisk(DurabilityTest):
         daemon.expect_log(r"lines were dropped: the log could not be written")
         self.limit_files(daemon, 0)
         session = self.session(daemon)
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
         self.limit_files(daemon, resource.RLIM_INFINITY)
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
 
     def test_a_compaction_that_finds_no_room_loses_nothing(self):
         daemon = self.start_daemon()

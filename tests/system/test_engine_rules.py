@@ -5,7 +5,9 @@ import re
 import time
 
 import harness
-from harness import BAD_REQUEST, ENDED, GOT, NO_KEY, UNKNOWN_MODULE, Client, DaemonTest, log_in, request, session_key
+import wire
+from harness import DaemonTest
+from wire import BAD_REQUEST, ENDED, GOT, NO_KEY, UNKNOWN_MODULE, Client, log_in, request, session_key
 
 CREATED_5 = (0, "Create VLAN 5 successfully.")
 
@@ -17,9 +19,9 @@ class Authorisation(DaemonTest):
     def test_without_a_key_everything_but_logging_in_answers_905(self):
         client = self.client(self.daemon)
         for method, uri in (("GET", "/vlans"), ("POST", "/vlans/5"), ("GET", "/login"), ("DELETE", "/login"),
-                            ("PUT", "/login/RESTTimeout"), ("GET", "/base"), ("GET", "/nothing"), ("GET", "/"),
-                            ("GET", "/vlans?sessionkey="), ("GET", "/vlans?sessionkey"), ("GET", "/vlans?format=xml"),
-                            ("GET", "/vlans?xsessionkey=1")):
+                            ("PUT", "/login/RESTTimeout"), ("GET", "/base"), ("GET", "/nothing"),
+                            ("GET", "/"), ("GET", "/vlans?sessionkey="), ("GET", "/vlans?sessionkey"),
+                            ("GET", "/vlans?format=xml"), ("GET", "/vlans?xsessionkey=1")):
             self.assert_answers(client.ask(method, uri), NO_KEY)
         self.assert_answers(client.ask("GET", "/vlans?format=json"), NO_KEY, form="json")
 
@@ -41,15 +43,15 @@ class Authorisation(DaemonTest):
         self.assert_answers(stranger.ask("GET", session.target("/vlans")), ENDED)
         own_key = log_in(stranger)
         self.assertNotEqual(own_key, session.key)
-        self.assert_answers(stranger.ask("GET", f"/vlans?sessionkey={own_key}"), GOT, harness.vlan_list([1]))
+        self.assert_answers(stranger.ask("GET", f"/vlans?sessionkey={own_key}"), GOT, wire.vlan_list([1]))
         self.assert_answers(session.client.ask("GET", f"/vlans?sessionkey={own_key}"), ENDED)
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
 
     def test_a_key_counts_on_any_connection(self):
         session = self.session(self.daemon)
         for tls in (False, True):
             reply = self.client(self.daemon, tls=tls).ask("GET", session.target("/vlans"))
-            self.assert_answers(reply, GOT, harness.vlan_list([1]))
+            self.assert_answers(reply, GOT, wire.vlan_list([1]))
 
     def test_a_key_is_compared_exactly(self):
         session = self.session(self.daemon)
@@ -73,7 +75,7 @@ class Authorisation(DaemonTest):
         session = self.session(self.daemon)
         client = self.client(self.daemon)
         self.assert_answers(client.ask("GET", f"/vlans?SessionKEY={session.key}&sessionkey=0"), GOT,
-                            harness.vlan_list([1]))
+                            wire.vlan_list([1]))
         self.assert_answers(client.ask("GET", f"/vlans?sessionkey=0&sessionkey={session.key}"), ENDED)
 
     def test_module_names_count_in_their_own_case_only(self):
@@ -89,13 +91,15 @@ class Authorisation(DaemonTest):
     def test_formats(self):
         session = self.session(self.daemon)
         for word, form in (("xml", "xml"), ("XML", "xml"), ("html", "xml"), ("xmljson", "xml"), ("", "xml"),
-                           ("js", "xml"), ("json", "json"), ("JSON", "json"), ("JSONP", "json"), ("jsonxml", "json")):
-            self.assert_answers(session.ask("GET", "/vlans", f"format={word}"), GOT, harness.vlan_list([1]), form)
+                           ("js", "xml"), ("json", "json"), ("JSON", "json"), ("JSONP", "json"),
+                           ("jsonxml", "json")):
+            reply = session.ask("GET", "/vlans", f"format={word}")
+            self.assert_answers(reply, GOT, wire.vlan_list([1]), form)
 
 
     def known_client(self):
-        """A client whose connection the daemon has accepted, so that what it sends is read before what others send
-        later."""
+        """A client whose connection the daemon has accepted, so that what it sends is read before what
+        others send later."""
         client = self.client(self.daemon)
         self.assert_answers(client.ask("GET", "/vlans"), NO_KEY)
         return client
@@ -106,7 +110,7 @@ class Authorisation(DaemonTest):
         intruder, guest, stranger = (self.known_client() for _ in range(3))
         intruder.send(b"POST /vlans/66 HTTP/1.1\r\nContent-Length: 1\r\n\r\n")
         guest.send(request("POST", session.target("/vlans/5"), "x")[:-1])
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
         intruder.send(b"x")
         self.assert_answers(intruder.read_reply(), NO_KEY)
         self.assert_answers(stranger.ask("GET", "/vlans"), NO_KEY)
@@ -135,12 +139,12 @@ class Methods(DaemonTest):
             self.assert_answers(session.ask(sent, "/vlans/5/name", "method=PUT", "value=a"),
                                 (0, "Update name of VLAN 5 successfully."))
             self.assert_answers(session.ask(sent, "/vlans/5", "method=Deleted"), deleted)
-            self.assert_answers(session.ask(sent, "/vlans", "method=getAll"), GOT, harness.vlan_list([1]))
+            self.assert_answers(session.ask(sent, "/vlans", "method=getAll"), GOT, wire.vlan_list([1]))
 
     def test_an_unknown_word_leaves_the_method_as_it_is(self):
         session = self.session(self.daemon)
         for word in ("", "remove", "xGET", "PU", "G%20ET"):
-            self.assert_answers(session.ask("GET", "/vlans", f"method={word}"), GOT, harness.vlan_list([1]))
+            self.assert_answers(session.ask("GET", "/vlans", f"method={word}"), GOT, wire.vlan_list([1]))
 
     def test_a_method_in_the_body_counts_for_the_module(self):
         session = self.session(self.daemon)
@@ -148,10 +152,11 @@ class Methods(DaemonTest):
 
     def test_logging_in_by_an_overridden_method_needs_no_key(self):
         client = self.client(self.daemon)
-        reply = client.ask("GET", f"/login?method=POST&user=admin&password={harness.PASSWORD.replace(' ', '+')}")
+        reply = client.ask("GET", f"/login?method=POST&user=admin&password={wire.PASSWORD.replace(' ', '+')}")
         key = re.search("[0-9a-f]{32}", reply.text()).group(0)
         self.assert_answers(reply, (0, "Log in successfully."), {"sessionKey": key})
-        self.assert_answers(client.ask("GET", f"/login?method=delete&sessionkey={key}"), (0, "Log out successfully."))
+        reply = client.ask("GET", f"/login?method=delete&sessionkey={key}")
+        self.assert_answers(reply, (0, "Log out successfully."))
 
     def test_a_post_of_login_that_is_overridden_needs_a_key(self):
         self.assert_answers(self.client(self.daemon).ask("POST", "/login?method=GET"), NO_KEY)
@@ -193,13 +198,13 @@ class Sessions(DaemonTest):
         session = self.session(self.daemon)
         rows = self.status_rows()
         os.remove(self.daemon.session_file)
-        self.assert_answers(session.ask("GET", "/vlans"), GOT, harness.vlan_list([1]))
+        self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
         self.assertEqual([row[:5] for row in self.status_rows()], [row[:5] for row in rows])
 
     def test_the_sixth_login_is_refused_until_a_slot_is_free(self):
         sessions = [self.session(self.daemon, source=f"127.0.0.{i + 1}") for i in range(5)]
         client = self.client(self.daemon, source="127.0.0.6")
-        login = f"/login?user=admin&password={harness.PASSWORD.replace(' ', '+')}"
+        login = f"/login?user=admin&password={wire.PASSWORD.replace(' ', '+')}"
         full = (2, "The Number of sessions has reached the upper limit. Please try later.")
         self.assert_answers(client.ask("POST", login), full)
         self.assert_answers(client.ask("POST", login), full)
@@ -226,7 +231,8 @@ class Audit(DaemonTest):
         session = self.session(daemon)
         key = session.key
         for method, uri, variables in (
-                ("POST", "/vlans/5", ()), ("GET", "/vlans", ()), ("PUT", "/vlans/5/name", ("value=%25s%25n",)),
+                ("POST", "/vlans/5", ()), ("GET", "/vlans", ()),
+                ("PUT", "/vlans/5/name", ("value=%25s%25n",)),
                 ("GET", "/vlans/5", ("method=delete", "format=json")), ("POST", "/vlans/1", ()),
                 ("HEAD", "/vlans", ()), ("PUT", "/nothing", ("a=b",)), ("POST", "/base", ()),
                 ("DELETE", "/vlans/9%0A2026-01-01", ())):
@@ -243,8 +249,10 @@ class Audit(DaemonTest):
         self.assertEqual(daemon.audit_lines(), [
             line(us, "POST /login?", "Log in successfully.", 0),
             line(us, f"POST /vlans/5?sessionkey={key}", "Create VLAN 5 successfully.", 0),
-            line(us, f"PUT /vlans/5/name?sessionkey={key}&value=%25s%25n", "Update name of VLAN 5 successfully.", 0),
-            line(us, f"DELETE /vlans/5?sessionkey={key}&method=delete&format=json", "Delete VLAN 5 successfully.", 0),
+            line(us, f"PUT /vlans/5/name?sessionkey={key}&value=%25s%25n",
+                 "Update name of VLAN 5 successfully.", 0),
+            line(us, f"DELETE /vlans/5?sessionkey={key}&method=delete&format=json",
+                 "Delete VLAN 5 successfully.", 0),
             line(us, f"POST /vlans/1?sessionkey={key}", "VLAN 1 exist.", 1),
             line(us, f"PUT /nothing?sessionkey={key}&a=b", UNKNOWN_MODULE[1], UNKNOWN_MODULE[0]),
             line(us, f"POST /base?sessionkey={key}", BAD_REQUEST[1], BAD_REQUEST[0]),
@@ -260,8 +268,8 @@ class Audit(DaemonTest):
         session = self.session(daemon)
         padding = "p" * 16000
         self.assert_answers(session.ask("POST", "/vlans/5", padding), CREATED_5)
-        whole = (f"RESTful API Engine: User from [127.0.0.1] accesses API [POST /vlans/5?sessionkey={session.key}&"
-                 f"{padding}]: Create VLAN 5 successfully. (0)")
+        whole = (f"RESTful API Engine: User from [127.0.0.1] accesses API [POST /vlans/5?sessionkey="
+                 f"{session.key}&{padding}]: Create VLAN 5 successfully. (0)")
         self.assertEqual(daemon.audit_lines()[-1], whole[:16383])
 
 

@@ -3,7 +3,9 @@
 import socket
 
 import harness
-from harness import (BAD_REQUEST, GOT, NO_KEY, UNKNOWN_MODULE, Closed, DaemonTest, error_reply, request, rest_reply)
+import wire
+from harness import DaemonTest
+from wire import BAD_REQUEST, GOT, NO_KEY, UNKNOWN_MODULE, Closed, error_reply, request, rest_reply
 
 BAD = error_reply(400, "Bad Request")
 CREATED_5 = (0, "Create VLAN 5 successfully.")
@@ -27,9 +29,10 @@ class HttpTest(DaemonTest):
 
 class KeepAlive(HttpTest):
     CASES = [  # version, Connection header, whether the connection stays
-        ("1.1", None, True), ("1.1", "keep-alive", True), ("1.1", "Keep-Alive", True), ("1.1", "KEEP-ALIVE", True),
-        ("1.1", "close", False), ("1.1", "Close", False), ("1.1", "keep-alive, x", False), ("1.1", "upgrade", False),
-        ("1.0", None, False), ("1.0", "keep-alive", True), ("1.0", "Keep-Alive", True), ("1.0", "close", False),
+        ("1.1", None, True), ("1.1", "keep-alive", True), ("1.1", "Keep-Alive", True),
+        ("1.1", "KEEP-ALIVE", True), ("1.1", "close", False), ("1.1", "Close", False),
+        ("1.1", "keep-alive, x", False), ("1.1", "upgrade", False), ("1.0", None, False),
+        ("1.0", "keep-alive", True), ("1.0", "Keep-Alive", True), ("1.0", "close", False),
     ]
 
     def check_matrix(self, tls):
@@ -77,9 +80,9 @@ class Arrival(HttpTest):
         session = self.session(self.daemon)
         for tls in (False, True):
             client = self.client(self.daemon, tls=tls)
-            target = session.target("/vlans/5")
-            client.send(request("GET", session.target("/vlans")) + request("POST", target) + request("GET", "/base"))
-            self.assert_answers(client.read_reply(), GOT, harness.vlan_list([1]))
+            client.send(request("GET", session.target("/vlans")) + request("POST", session.target("/vlans/5"))
+                        + request("GET", "/base"))
+            self.assert_answers(client.read_reply(), GOT, wire.vlan_list([1]))
             self.assert_stays(client)
             self.assertEqual(self.vlan_ids(session), [1])
 
@@ -92,7 +95,8 @@ class Arrival(HttpTest):
         self.assertIn("<name>in two packets</name>", session.ask("GET", "/vlans/5").text())
 
     def send_in_parts(self, client, parts):
-        """Sends each part by itself; another client's answer in between proves that the daemon has read it."""
+        """Sends each part by itself; another client's answer in between proves that the daemon has read
+        it."""
         witness = self.client(self.daemon)
         for part in parts[:-1]:
             client.send(part)
@@ -202,11 +206,10 @@ class Heads(HttpTest):
     def test_thirty_headers_count_and_the_rest_is_ignored(self):
         fillers = [f"X-{i}: {i}" for i in range(29)]
         client = self.client(self.daemon)
-        client.send("\r\n".join(["GET /vlans HTTP/1.1", *fillers, "X: 30th", "Connection: close"]).encode()
-                    + b"\r\n\r\n")
+        client.send(request("GET", "/vlans", headers=[*fillers, "Connection: close"]))
         self.assert_answers(client.read_reply(), NO_KEY)
         self.assert_stays(client)
-        client.send("\r\n".join(["GET /vlans HTTP/1.1", *fillers, "Connection: close"]).encode() + b"\r\n\r\n")
+        client.send(request("GET", "/vlans", headers=[*fillers[1:], "Connection: close"]))
         self.assert_answers(client.read_reply(), NO_KEY)
         self.assert_closes(client)
 
@@ -214,17 +217,18 @@ class Heads(HttpTest):
         for head in (b"GET /vlans HTTP/1.1\n\n", b"GET /vlans HTTP/1.1\r\n\n", b"GET /vlans HTTP/1.1\n\r\n",
                      b"GET   /vlans   HTTP/1.1\r\n\r\n", b"\r\nGET /vlans HTTP/1.1\r\n\r\n",
                      b"  GET /vlans HTTP/1.1\r\n\r\n", b"GET /vlans HTTP/1.1\r\nno colon\r\n\r\n",
-                     b"GET /vlans HTTP/1.1\r\nX-Umlaut: \xfc\xff\r\n\r\n", b"GET /vlans HTTP/1.1\r\nHost:x\r\n\r\n",
-                     b"GET /vlans?\xe4=1 HTTP/1.1\r\n\r\n"):
+                     b"GET /vlans HTTP/1.1\r\nX-Umlaut: \xfc\xff\r\n\r\n",
+                     b"GET /vlans HTTP/1.1\r\nHost:x\r\n\r\n", b"GET /vlans?\xe4=1 HTTP/1.1\r\n\r\n"):
             with self.subTest(head=head):
                 client = self.client(self.daemon)
                 client.send(head)
                 self.assert_answers(client.read_reply(), NO_KEY)
 
     def test_bad_first_lines(self):
-        for line in (b"PATCH /vlans HTTP/1.1", b"get /vlans HTTP/1.1", b"GET", b"GET /vlans", b"GET /vlans FTP/1.1",
-                     b"GET /vlans http/1.1", b"/vlans HTTP/1.1", b"GETT /vlans HTTP/1.1", b"TRACE / HTTP/1.1", b"x",
-                     b"HTTP/1.1 200 OK", b"GET vlans HTTP/1.1", b"GET ../vlans HTTP/1.1", b"GET host:x HTTP/1.1",
+        for line in (b"PATCH /vlans HTTP/1.1", b"get /vlans HTTP/1.1", b"GET", b"GET /vlans",
+                     b"GET /vlans FTP/1.1", b"GET /vlans http/1.1", b"/vlans HTTP/1.1",
+                     b"GETT /vlans HTTP/1.1", b"TRACE / HTTP/1.1", b"x", b"HTTP/1.1 200 OK", b"GET vlans HTTP/1.1",
+                     b"GET ../vlans HTTP/1.1", b"GET host:x HTTP/1.1",
                      b"GET ?a=b HTTP/1.1", b"PRI * HTTP/2.0\r\n\r\nSM"):
             with self.subTest(line=line):
                 self.assert_error_and_close(line + b"\r\n\r\n", BAD)
@@ -246,11 +250,11 @@ class Heads(HttpTest):
                 self.assert_error_and_close(f"GET /vlans HTTP/{version}\r\n\r\n".encode(), unsupported)
 
     def test_bytes_of_the_errors(self):
-        self.assertEqual(BAD, b"HTTP/1.1 400 Bad Request\r\nContent-Length: 16\r\nContent-Type: text/plain\r\n\r\n"
-                              b"400 Bad Request\n")
+        self.assertEqual(BAD, b"HTTP/1.1 400 Bad Request\r\nContent-Length: 16\r\n"
+                              b"Content-Type: text/plain\r\n\r\n400 Bad Request\n")
         self.assertEqual(error_reply(413, "Payload Too Large"),
-                         b"HTTP/1.1 413 Payload Too Large\r\nContent-Length: 22\r\nContent-Type: text/plain\r\n\r\n"
-                         b"413 Payload Too Large\n")
+                         b"HTTP/1.1 413 Payload Too Large\r\nContent-Length: 22\r\n"
+                         b"Content-Type: text/plain\r\n\r\n413 Payload Too Large\n")
         self.assert_error_and_close(b"GET / HTTP/1.2\r\n\r\n",
                                     b"HTTP/1.1 505 HTTP Version Not Supported\r\nContent-Length: 31\r\n"
                                     b"Content-Type: text/plain\r\n\r\n505 HTTP Version Not Supported\n")
@@ -292,7 +296,7 @@ class Uris(HttpTest):
         self.assert_error_and_close(request("GET", self.logged_in.target("/" + "%78" * 255)), BAD)
 
     def test_percent_decoding(self):
-        only_1 = harness.vlan_list([1])
+        only_1 = wire.vlan_list([1])
         for uri in ("/%76lans", "/%76%6c%61%6E%73", "%2fvlans", "%2Fvlans"):
             self.assert_uri(uri, GOT, only_1)
         self.assert_uri("/vlans%2f7", (1, "VLAN 7 does not exist."))
@@ -302,10 +306,10 @@ class Uris(HttpTest):
         self.assert_uri("/vlans%3Fa=b", UNKNOWN_MODULE)
 
     def test_slashes_and_dots(self):
-        only_1 = harness.vlan_list([1])
+        only_1 = wire.vlan_list([1])
         absent = (1, "VLAN 7 does not exist.")
-        for uri in ("//vlans", "///vlans", "/../vlans", "/../../vlans", "/....//vlans", "/\\vlans", "//..//vlans",
-                    "/%2e%2e/vlans", "/%2f/vlans"):
+        for uri in ("//vlans", "///vlans", "/../vlans", "/../../vlans", "/....//vlans", "/\\vlans",
+                    "//..//vlans", "/%2e%2e/vlans", "/%2f/vlans"):
             self.assert_uri(uri, GOT, only_1)
         for uri in ("/vlans//7", "/vlans/../7", "/vlans///../../7", "/vlans/..7", "//vlans//7"):
             self.assert_uri(uri, absent)
@@ -322,7 +326,7 @@ class Uris(HttpTest):
         client = self.logged_in.client
         self.assert_answers(client.ask("GET", f"/vlans??sessionkey={self.logged_in.key}"), NO_KEY)
         self.assert_answers(client.ask("GET", f"/vlans?a?b=c&sessionkey={self.logged_in.key}"), GOT,
-                            harness.vlan_list([1]))
+                            wire.vlan_list([1]))
 
     def test_a_zero_byte_ends_nothing_but_the_uri(self):
         """What it does to the URI is the daemon's affair; it must stay whole."""
@@ -347,9 +351,9 @@ class Variables(HttpTest):
         return text[text.index("<name>") + 6:text.index("</name>")]
 
     def test_decoding_of_values(self):
-        for value, name in (("a+b", "a b"), ("a%2Bb", "a+b"), ("a%26b", "a&b"), ("a=b", "a=b"), ("%41%5a", "AZ"),
-                            ("100%", "100%"), ("%4", "%4"), ("%zz", "%zz"), ("a%", "a%"), ("%c3%bc", "\xc3\xbc"),
-                            ("a?b", "a?b"), ("a%00b", "a"), ("%25%34%31", "%41")):
+        for value, name in (("a+b", "a b"), ("a%2Bb", "a+b"), ("a%26b", "a&b"), ("a=b", "a=b"),
+                            ("%41%5a", "AZ"), ("100%", "100%"), ("%4", "%4"), ("%zz", "%zz"), ("a%", "a%"),
+                            ("%c3%bc", "\xc3\xbc"), ("a?b", "a?b"), ("a%00b", "a"), ("%25%34%31", "%41")):
             with self.subTest(value=value):
                 self.assertEqual(self.name_after(f"value={value}"), name)
                 self.name_after("value=between")
@@ -380,7 +384,7 @@ class LargeAnswers(HttpTest):
             ids = self.ids_for_a_text_of(size)
             self.replace_vlans(session, present, ids)
             present = ids
-            whole = rest_reply(*GOT, harness.vlan_list(ids))
+            whole = rest_reply(*GOT, wire.vlan_list(ids))
             self.assertIn(f"\r\n\r\n{size:X}\r\n".encode(), whole)
             if size == 8192:
                 whole = whole.replace(b"</result>\n", b"</result>\0")
@@ -389,12 +393,13 @@ class LargeAnswers(HttpTest):
     def replace_vlans(self, session, present, ids):
         harness.create_vlans(self, session, sorted(set(ids) - set(present)))
         for vid in sorted(set(present) - set(ids)):
-            self.assert_answers(session.ask("DELETE", f"/vlans/{vid}"), (0, f"Delete VLAN {vid} successfully."))
+            reply = session.ask("DELETE", f"/vlans/{vid}")
+            self.assert_answers(reply, (0, f"Delete VLAN {vid} successfully."))
 
     @staticmethod
     def ids_for_a_text_of(size):
         """VLAN ids whose list is a text of this size, its newline counted."""
-        digits = size - len(harness.document(*GOT, harness.vlan_list([1])))
+        digits = size - len(wire.document(*GOT, wire.vlan_list([1])))
         entry = len("<vlan><id></id></vlan>")
         for three in range(30):
             four, rest = divmod(digits - three * (entry + 3), entry + 4)
@@ -409,13 +414,13 @@ class LargeAnswers(HttpTest):
             client = self.client(self.daemon, tls=tls)
             for form in ("xml", "json"):
                 reply = client.ask("GET", session.target("/vlans", [f"format={form}"]))
-                self.assert_answers(reply, GOT, harness.vlan_list(range(1, 1000)), form)
+                self.assert_answers(reply, GOT, wire.vlan_list(range(1, 1000)), form)
                 self.assertEqual(len(reply.chunks), 1)
 
     def test_the_last_reply_of_a_connection_is_sent_whole(self):
         session = self.session(self.daemon)
         harness.create_vlans(self, session, range(2, 1000))
-        expected = rest_reply(*GOT, harness.vlan_list(range(1, 1000)))
+        expected = rest_reply(*GOT, wire.vlan_list(range(1, 1000)))
         for tls in (False, True):
             client = self.client(self.daemon, tls=tls, receive_buffer=4096)
             client.send(request("GET", session.target("/vlans"), version="1.0"))

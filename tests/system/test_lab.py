@@ -1,7 +1,9 @@
 """Lab control through kestrel-lab, and what clients of the API see of it."""
 
 import harness
-from harness import ALREADY_SET, FAILED, GOT, INTERNAL, REFUSED, DaemonTest, Rows
+import wire
+from harness import DaemonTest
+from wire import ALREADY_SET, FAILED, GOT, INTERNAL, REFUSED, Rows
 
 
 class LabTest(DaemonTest):
@@ -30,7 +32,7 @@ class PendingChanges(LabTest):
         self.daemon.lab("hold")
         self.check("DELETE", "/vlans/10", (0, "Delete VLAN 10 successfully."))
         self.assert_pending((10, "pending deletion"))
-        self.check("GET", "/vlans", GOT, harness.vlan_list([1, 20]))
+        self.check("GET", "/vlans", GOT, wire.vlan_list([1, 20]))
         self.check("POST", "/vlans/10", (0, "Create VLAN 10 successfully."))
         self.assert_pending((10, "pending change"))
         self.daemon.lab("release")
@@ -61,20 +63,21 @@ class Faults(LabTest):
     CODES = (("OPEN_E_ERROR", FAILED), ("OPEN_E_FAIL", FAILED), ("OPEN_E_TIMEOUT", INTERNAL),
              ("OPEN_E_INTERNAL", INTERNAL), ("OPEN_E_EXISTS", ALREADY_SET), ("OPEN_E_PARAM", REFUSED),
              ("OPEN_E_NOT_FOUND", REFUSED), ("OPEN_E_RPC", REFUSED), ("OPEN_E_FULL", REFUSED),
-             ("OPEN_E_DISABLED", REFUSED), ("OPEN_E_UNAVAIL", REFUSED), ("OPEN_E_EMPTY", REFUSED), ("-5", REFUSED))
+             ("OPEN_E_DISABLED", REFUSED), ("OPEN_E_UNAVAIL", REFUSED), ("OPEN_E_EMPTY", REFUSED),
+             ("-5", REFUSED))
 
     def test_every_platform_code_has_its_answer(self):
         for code, outcome in self.CODES:
             with self.subTest(code=code):
                 self.daemon.lab("fault", "rpcclt_openapiVlanCreate", code)
                 self.check("POST", "/vlans/10", outcome)
-        self.check("GET", "/vlans", GOT, harness.vlan_list([1]))
+        self.check("GET", "/vlans", GOT, wire.vlan_list([1]))
         self.check("POST", "/vlans/10", (0, "Create VLAN 10 successfully."))
 
     def test_the_first_failure_of_a_chain_is_answered_and_partial_data_is_not(self):
-        base = ("rpcclt_openapiNetworkOSVersionGet", "rpcclt_openapiSwStorageGet", "rpcclt_openapiApiVersionGet",
-                "rpcclt_openapiCpuIntfGet", "openapiMaxInterfaceCountGet", "rpcclt_openapiOspfEqualCostRoutesMax",
-                "openapiSystemReadyStateGet")
+        base = ("rpcclt_openapiNetworkOSVersionGet", "rpcclt_openapiSwStorageGet",
+                "rpcclt_openapiApiVersionGet", "rpcclt_openapiCpuIntfGet", "openapiMaxInterfaceCountGet",
+                "rpcclt_openapiOspfEqualCostRoutesMax", "openapiSystemReadyStateGet")
         identity = ("rpcclt_openapiSwDevInfoSerialNumGet", "rpcclt_openapiBurnedInMacAddrGet",
                     "rpcclt_openapiMachineModelNameGet", "rpcclt_openapiSystemDescrGet")
         vlan = ("rpcclt_openapiVlanNameLenGet", "rpcclt_openapiVlanNameGet", "rpcclt_openapiIfFirstGet",
@@ -113,7 +116,7 @@ class Faults(LabTest):
 
     def test_a_failing_authentication_is_a_refused_login(self):
         self.daemon.lab("fault", "rpcclt_openapiAuthenticateUser", "OPEN_E_TIMEOUT")
-        reply = self.client(self.daemon).ask("POST", f"/login?user=admin&password={harness.PASSWORD.replace(' ', '+')}")
+        reply = self.client(self.daemon).ask("POST", "/login?user=admin&password=correct+horse")
         self.assert_answers(reply, (1, "Authentication failed."))
         self.session(self.daemon)
 
@@ -151,13 +154,14 @@ class Surroundings(LabTest):
         self.check("POST", "/vlans/20", (0, "Create VLAN 20 successfully."))
         self.daemon.lab("reload")
         self.assertEqual(self.daemon.lab("show", "running-config"), saved)
-        self.check("GET", "/vlans", GOT, harness.vlan_list([1, 10]))
+        self.check("GET", "/vlans", GOT, wire.vlan_list([1, 10]))
         self.daemon.restart()
         self.assertEqual(self.vlan_ids(self.session(self.daemon)), [1, 10])
 
     def test_wrong_commands_are_refused(self):
-        for words in (("nonsense",), ("fault", "printf", "OPEN_E_FAIL"), ("fault", "rpcclt_openapiVlanCreate", "x"),
-                      ("limit", "vlans", "9999"), ("limit", "nothing", "1"), ("cable", "out", "9/9"), ("ready",)):
+        for words in (("nonsense",), ("fault", "printf", "OPEN_E_FAIL"),
+                      ("fault", "rpcclt_openapiVlanCreate", "x"), ("limit", "vlans", "9999"),
+                      ("limit", "nothing", "1"), ("cable", "out", "9/9"), ("ready",)):
             done = self.daemon.try_lab(*words)
             self.assertEqual((done.returncode, done.stdout), (1, ""), words)
             self.assertRegex(done.stderr, r"\Akestrel-lab: error: .+\n\Z")
@@ -167,7 +171,8 @@ class Surroundings(LabTest):
         self.daemon.kill()
         done = self.daemon.try_lab("wait")
         self.assertEqual((done.returncode, done.stdout), (2, ""))
-        self.assertRegex(done.stderr, r"\Akestrel-lab: cannot reach the switch at .*: no switch is running there\n\Z")
+        self.assertRegex(done.stderr,
+                         r"\Akestrel-lab: cannot reach the switch at .*: no switch is running there\n\Z")
         self.daemon.start()
 
     def test_help_lists_the_commands(self):

@@ -20,7 +20,7 @@ static constexpr char next_snapshot_name[] = "running-config.next";
 static constexpr std::string_view journal_prefix = "journal-";
 static constexpr std::string_view generation_prefix = "! generation ";
 /* No configuration comes near this; whatever is larger is no configuration. */
-static constexpr size_t config_file_max = 64 * 1024 * 1024;
+static constexpr size_t config_file_max = size_t{64} * 1024 * 1024;
 
 static std::string path_of(const std::string &dir, std::string_view name) {
   return dir + '/' + std::string(name);
@@ -36,12 +36,19 @@ static bool failed(const std::string &path, std::string *error) {
   return false;
 }
 
+/* Opens a file for reading and writing, made for this user alone when it is missing; -1 with errno. */
+static int open_or_make(const std::string &path, int more_flags = 0) {
+  int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | more_flags, 0600);
+  if (fd >= 0) give_to_directory_owner(fd, path);
+  return fd;
+}
+
 /* --- Opening -------------------------------------------------------------------------------------------- */
 
 bool state_dir_take(const std::string &dir, std::shared_ptr<file_guard> *lock, std::string *error) {
   std::string path = path_of(dir, "lock");
   bool usable = access(dir.c_str(), R_OK | W_OK | X_OK) == 0;
-  int fd = usable ? open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600) : -1;
+  int fd = usable ? open_or_make(path) : -1;
   auto opened = std::make_shared<file_guard>(fd);
   if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0) {
     *lock = opened;
@@ -111,7 +118,7 @@ static bool replay(journal *journal, switch_model *model, bool has_snapshot, std
     l7proc_logf(L7PROC_WARNING, 0, "journal.cpp", __LINE__, "%s is missing; going on with the snapshot alone",
                 path.c_str());
   }
-  journal->file = std::make_shared<file_guard>(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  journal->file = std::make_shared<file_guard>(open_or_make(path));
   if (journal->file->fd < 0) return failed(path, error);
   std::string text;
   if (!read_file(journal->file->fd, path, config_file_max, &text, error)) return false;
@@ -122,9 +129,11 @@ static bool replay(journal *journal, switch_model *model, bool has_snapshot, std
 }
 
 static bool is_remains(const journal &journal, std::string_view name) {
-  if (name == next_snapshot_name) return true;
+  if (name.starts_with(next_snapshot_name)) return true;
   if (!name.starts_with(journal_prefix)) return false;
-  return name.substr(journal_prefix.size()) != std::to_string(journal.generation);
+  name.remove_prefix(journal_prefix.size());
+  bool numbered = !name.empty() && name.find_first_not_of("0123456789") == std::string_view::npos;
+  return numbered && name != std::to_string(journal.generation);
 }
 
 /* Removes what a crash in the middle of a compaction left. */
@@ -206,7 +215,7 @@ static bool copy_tail(const journal &journal, off_t offset, int into) {
 
 bool snapshot_install(journal *journal, off_t offset, std::string *error) {
   std::string path = journal_path(journal->dir, journal->generation + 1);
-  auto file = std::make_shared<file_guard>(open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  auto file = std::make_shared<file_guard>(open_or_make(path, O_TRUNC));
   if (file->fd < 0) return failed(path, error);
   std::string beside = path_of(journal->dir, next_snapshot_name);
   std::string place = path_of(journal->dir, snapshot_name);

@@ -54,8 +54,7 @@ bool journal_sync(const file_guard &file);
 
 /* --- New generations ------------------------------------------------------------------------------------ */
 
-/* Writes a snapshot for the generation after this one beside the present one. Needs no lock; one at a time.
- */
+/* Writes a snapshot of the next generation beside the present one. Needs no lock; one at a time. */
 bool snapshot_write(const std::string &dir, uint64_t generation, const std::string &configuration,
                     std::string *error);
 /* Goes over to the snapshot that snapshot_write() left. Lines appended at `offset` and later came after it

@@ -12,7 +12,7 @@
 namespace softswitch {
 
 /* The longest line in bytes, without its line break. */
-inline constexpr size_t config_line_max = 16 * 1024;
+inline constexpr size_t config_line_max = 16384;
 
 struct token {
   std::string text;

@@ -8,8 +8,7 @@ static std::string vlan_words(uint32_t id) {
   return "VLAN " + std::to_string(id);
 }
 
-/* Says why a setting of a VLAN was refused; passes the code on. Ports are known to exist: the line was read.
- */
+/* Says why a setting of a VLAN was refused; passes the code on. Ports exist: the line was read. */
 static open_error_t explain(open_error_t rc, uint32_t id, std::string *error) {
   if (rc == OPEN_E_NOT_FOUND) *error = vlan_words(id) + " does not exist";
   return rc;
@@ -25,10 +24,23 @@ template <typename Wanted> static id_list vlans_where(const switch_model &model,
 }
 
 /* Calls `print` with the number of each port and LAG. */
-template <typename Print> static void each_member(const switch_model &model, Print print) {
+template <typename Print> static void each_interface(const switch_model &model, Print print) {
   for (uint32_t number = port_first; number <= lag_last; number++) {
     if (interface_switches(model, number)) print(number);
   }
+}
+
+/* Calls `print` with the number of each port and LAG whose part in any VLAN is not that of factory state.
+ * That is few of them, and only for those each VLAN must be looked at. */
+template <typename Print> static void each_member(const switch_model &model, Print print) {
+  member_set configured;
+  for (const vlan_entry &vlan : model.vlans->entries) {
+    if (vlan.exists)
+      configured |= (vlan.id == 1 ? ~vlan.included : vlan.included) | vlan.excluded | vlan.tagged;
+  }
+  each_interface(model, [&](uint32_t number) {
+    if (configured[number]) print(number);
+  });
 }
 
 /* --- vlan <vlan-list> ----------------------------------------------------------------------------------- */
@@ -154,7 +166,7 @@ open_error_t apply_no_pvid(switch_model &model, std::span<const argument> argume
 }
 
 void print_pvids(const config_printer &print) {
-  each_member(print.model, [&](uint32_t interface) {
+  each_interface(print.model, [&](uint32_t interface) {
     uint32_t pvid = print.model.interfaces->at[interface].pvid;
     if (pvid != 1) print.line({interface, pvid});
   });
@@ -172,7 +184,7 @@ open_error_t apply_no_accept_frames(switch_model &model, std::span<const argumen
 }
 
 void print_accept_frames(const config_printer &print) {
-  each_member(print.model, [&](uint32_t interface) {
+  each_interface(print.model, [&](uint32_t interface) {
     uint32_t type = print.model.interfaces->at[interface].accept_frames;
     if (type != OPEN_DOT1Q_ADMIT_ALL) print.line({interface, type - OPEN_DOT1Q_ADMIT_ALL});
   });

@@ -16,6 +16,7 @@ public:
   shared_table() : table(std::make_shared<T>()) {}
   shared_table(const shared_table &other) : table(other.table), shared(true) { other.shared = true; }
   shared_table &operator=(const shared_table &other) {
+    if (this == &other) return *this;
     other.shared = true;
     shared = true;
     table = other.table;

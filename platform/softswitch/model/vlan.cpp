@@ -76,16 +76,18 @@ void vlans_forget_deleted(switch_model &model) {
   std::erase_if(model.vlans.edit()->entries, taken);
 }
 
-static size_t count_vlans(const switch_model &model) {
+/* Deleted VLANs that the data plane still has take no room: they are counted only where they could matter. */
+static bool table_is_full(const switch_model &model) {
   const auto &entries = model.vlans->entries;
-  return static_cast<size_t>(
-      std::count_if(entries.begin(), entries.end(), [](const vlan_entry &vlan) { return vlan.exists; }));
+  if (entries.size() < model.limits.vlans) return false;
+  auto exists = [](const vlan_entry &vlan) { return vlan.exists; };
+  return std::count_if(entries.begin(), entries.end(), exists) >= std::ptrdiff_t{model.limits.vlans};
 }
 
 open_error_t vlan_create(switch_model &model, uint32_t id) {
   if (!vlan_id_valid(id)) return OPEN_E_PARAM;
   if (vlan_exists(model, id)) return OPEN_E_EXISTS;
-  if (count_vlans(model) >= model.limits.vlans) return OPEN_E_FULL;
+  if (table_is_full(model)) return OPEN_E_FULL;
   insert_vlan(model, id);
   return OPEN_E_NONE;
 }

@@ -67,8 +67,7 @@ std::string_view vlan_factory_name(uint32_t id);
 /* OPEN_E_PARAM: more than 32 bytes, or a control character. Empty removes the name. */
 open_error_t vlan_set_name(switch_model &model, uint32_t id, std::string_view name);
 
-/* Participation of an interface nobody has configured in this VLAN: include in VLAN 1, autodetect in others.
- */
+/* Participation of an interface that nobody has configured: include in VLAN 1, autodetect in others. */
 uint32_t vlan_factory_participation(uint32_t id);
 /* OPEN_VLAN_PARTICIPATION_MODE_t of a port or LAG in a VLAN. */
 uint32_t vlan_participation(const vlan_entry &vlan, uint32_t interface);

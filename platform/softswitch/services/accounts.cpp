@@ -86,7 +86,8 @@ static void take_up_changes() {
 }
 
 /* The bucket of failed attempts that an attempt with this name draws from. All unknown names share one, as a
- * bucket for each would let anybody fill the memory. */
+ * bucket for each would let anybody fill the memory. The price: while it is empty, unknown names are refused
+ * faster than accounts are. */
 static throttle_bucket *bucket_of(std::string_view user, bool known) {
   if (!known) return &state.unknown_names;
   return &state.buckets.try_emplace(std::string(user), throttle_full(throttle_per_account)).first->second;

@@ -27,22 +27,26 @@ static node_t *tree_of_text(size_t length) {
 /* Seven texts of 1000 characters and a last one, each with a key of its own. */
 static node_t *tree_of_keyed_texts(const std::string &last) {
   node_t *tree = new_tree();
-  for (int i = 0; i < 7; i++) append_tree_string(tree, std::to_string(i).c_str(), "t", std::string(1000, 'x').c_str());
+  for (int i = 0; i < 7; i++)
+    append_tree_string(tree, std::to_string(i).c_str(), "t", std::string(1000, 'x').c_str());
   append_tree_string(tree, "last", "t", last.c_str());
   return tree;
 }
 
 TEST(SendResponse, EnvelopeWithoutDataHasNoDataNode) {
   EXPECT_EQ(respond("", 905, "Null Session Key", nullptr), expected_answers(905, "Null Session Key").xml);
-  EXPECT_EQ(respond("format=json", 905, "Null Session Key", nullptr), expected_answers(905, "Null Session Key").json);
+  EXPECT_EQ(respond("format=json", 905, "Null Session Key", nullptr),
+            expected_answers(905, "Null Session Key").json);
 }
 
 TEST(SendResponse, EnvelopeHoldsTheModulesTree) {
   for (const char *query : {"", "format=json"}) {
     node_t *tree = new_tree();
     append_tree_int(append_branch(tree, "vlan"), "id", "id", 10);
-    Answers expected = expected_answers(0, "Get data successfully.", "<vlan><id>10</id></vlan>", "\"vlan\": { \"id\": 10 }");
-    EXPECT_EQ(respond(query, 0, "Get data successfully.", tree), *query == '\0' ? expected.xml : expected.json);
+    Answers expected =
+        expected_answers(0, "Get data successfully.", "<vlan><id>10</id></vlan>", "\"vlan\": { \"id\": 10 }");
+    EXPECT_EQ(respond(query, 0, "Get data successfully.", tree),
+              *query == '\0' ? expected.xml : expected.json);
   }
 }
 
@@ -90,7 +94,8 @@ TEST(SendResponse, BodyOfExactly8192CharactersEndsWithAZeroByte) {
   static constexpr size_t QUIRK = 8192;
   size_t envelope = respond("", 0, "ok", tree_of_text(8000)).size() - 8000;
   for (size_t wanted : {QUIRK - 1, QUIRK, QUIRK + 1}) {
-    std::string body = respond("", 0, "ok", tree_of_text(wanted - envelope - 7)); /* one node more: "<t></t>" */
+    std::string body =
+        respond("", 0, "ok", tree_of_text(wanted - envelope - 7)); /* one node more: "<t></t>" */
     ASSERT_EQ(body.size(), wanted);
     std::string without_end = "</rlt_data></result>";
     EXPECT_EQ(body.substr(wanted - 1 - without_end.size(), without_end.size()), without_end);
@@ -102,13 +107,15 @@ TEST(SendResponse, JsonBodyOfExactly8192CharactersEndsWithAZeroByte) {
   std::string message(300, 'm');
   for (size_t wanted : {8191u, 8192u, 8193u}) {
     size_t room = wanted - respond("format=json", 0, message.c_str(), tree_of_keyed_texts("")).size();
-    std::string body = respond("format=json", 0, message.c_str(), tree_of_keyed_texts(std::string(room, 'y')));
+    std::string body =
+        respond("format=json", 0, message.c_str(), tree_of_keyed_texts(std::string(room, 'y')));
     ASSERT_EQ(body.size(), wanted);
     EXPECT_EQ(body.substr(wanted - 8), wanted == 8192 ? std::string("\" } } }\0", 8) : "\" } } }\n");
   }
 }
 
-/* --- Standard error answers ------------------------------------------------------------------------------ */
+/* --- Standard error answers ------------------------------------------------------------------------------
+ */
 
 static node_t *some_data() {
   node_t *tree = new_tree();
@@ -155,9 +162,10 @@ TEST(ErrorAnswers, PlatformResultsHaveNames) {
   struct {
     int result;
     const char *name;
-  } rows[] = {{0, "OPEN_E_NONE"},       {-20, "OPEN_E_RPC"},      {-21, "OPEN_E_INTERNAL"},  {-22, "OPEN_E_PARAM"},
-              {-23, "OPEN_E_FULL"},     {-24, "OPEN_E_EXISTS"},   {-25, "OPEN_E_TIMEOUT"},   {-26, "OPEN_E_FAIL"},
-              {-27, "OPEN_E_DISABLED"}, {-28, "OPEN_E_UNAVAIL"},  {-29, "OPEN_E_NOT_FOUND"}, {-30, "OPEN_E_EMPTY"},
+  } rows[] = {{0, "OPEN_E_NONE"},      {-20, "OPEN_E_RPC"},       {-21, "OPEN_E_INTERNAL"},
+              {-22, "OPEN_E_PARAM"},   {-23, "OPEN_E_FULL"},      {-24, "OPEN_E_EXISTS"},
+              {-25, "OPEN_E_TIMEOUT"}, {-26, "OPEN_E_FAIL"},      {-27, "OPEN_E_DISABLED"},
+              {-28, "OPEN_E_UNAVAIL"}, {-29, "OPEN_E_NOT_FOUND"}, {-30, "OPEN_E_EMPTY"},
               {-31, "OPEN_E_ERROR"}};
   char text[20];
   for (const auto &row : rows) {
@@ -196,7 +204,8 @@ TEST(OperationEnds, FormatTheMessageAndTellSuccessFromFailure) {
   EXPECT_EQ(answer_body(request, "xml"), expected_answers(1, name.substr(0, 1023)).xml);
 }
 
-/* --- Audit line ------------------------------------------------------------------------------------------ */
+/* --- Audit line ------------------------------------------------------------------------------------------
+ */
 
 /* The one line that answering a request logs; empty when it logs none. */
 static std::string audit_line(FakeRequest *request, uint16_t code = 0, const char *message = "ok") {
@@ -215,7 +224,8 @@ TEST(AuditLine, NamesClientRequestMessageAndCode) {
   FakeRequest request("DELETE", "/vlans/5", "sessionkey=K&format=json");
   request.set_remote("10.0.0.2", 50000);
   EXPECT_EQ(audit_line(&request, 1, "VLAN 5 does not exist."),
-            "RESTful API Engine: User from [10.0.0.2] accesses API [DELETE /vlans/5?sessionkey=K&format=json]: VLAN 5 "
+            "RESTful API Engine: User from [10.0.0.2] accesses API [DELETE "
+            "/vlans/5?sessionkey=K&format=json]: VLAN 5 "
             "does not exist. (1)");
 }
 
@@ -232,19 +242,21 @@ TEST(AuditLine, IsForPostPutAndDeleteOnly) {
   }
   for (const char *method : {"POST", "PUT", "DELETE"}) {
     FakeRequest request(method, "/vlans/5");
-    EXPECT_EQ(audit_line(&request), std::string("RESTful API Engine: User from [127.0.0.1] accesses API [") + method +
-                                        " /vlans/5?]: ok (0)");
+    EXPECT_EQ(audit_line(&request), std::string("RESTful API Engine: User from [127.0.0.1] accesses API [") +
+                                        method + " /vlans/5?]: ok (0)");
   }
 }
 
 TEST(AuditLine, FollowsTheOverriddenMethod) {
   FakeRequest deleting("GET", "/vlans/5", "method=Deleted");
-  EXPECT_EQ(audit_line(&deleting),
-            "RESTful API Engine: User from [127.0.0.1] accesses API [DELETE /vlans/5?method=Deleted]: ok (0)");
+  EXPECT_EQ(
+      audit_line(&deleting),
+      "RESTful API Engine: User from [127.0.0.1] accesses API [DELETE /vlans/5?method=Deleted]: ok (0)");
   FakeRequest getting("POST", "/vlans/5", "method=getAll");
   EXPECT_EQ(audit_line(&getting), "");
   FakeRequest in_body("POST", "/vlans/5", "", "method=put");
-  EXPECT_EQ(audit_line(&in_body), "RESTful API Engine: User from [127.0.0.1] accesses API [PUT /vlans/5?]: ok (0)");
+  EXPECT_EQ(audit_line(&in_body),
+            "RESTful API Engine: User from [127.0.0.1] accesses API [PUT /vlans/5?]: ok (0)");
 }
 
 TEST(AuditLine, PostOfALoginNeverShowsTheQuery) {
@@ -252,11 +264,13 @@ TEST(AuditLine, PostOfALoginNeverShowsTheQuery) {
     for (const char *uri : {"/login", "/login/", "/login/x"}) {
       FakeRequest request("POST", uri, query);
       EXPECT_EQ(audit_line(&request),
-                std::string("RESTful API Engine: User from [127.0.0.1] accesses API [POST ") + uri + "?]: ok (0)");
+                std::string("RESTful API Engine: User from [127.0.0.1] accesses API [POST ") + uri +
+                    "?]: ok (0)");
     }
   }
   FakeRequest overridden("GET", "/login", "method=post&password=secret");
-  EXPECT_EQ(audit_line(&overridden), "RESTful API Engine: User from [127.0.0.1] accesses API [POST /login?]: ok (0)");
+  EXPECT_EQ(audit_line(&overridden),
+            "RESTful API Engine: User from [127.0.0.1] accesses API [POST /login?]: ok (0)");
   FakeRequest logout("DELETE", "/login", "sessionkey=K");
   EXPECT_EQ(audit_line(&logout),
             "RESTful API Engine: User from [127.0.0.1] accesses API [DELETE /login?sessionkey=K]: ok (0)");
@@ -264,15 +278,17 @@ TEST(AuditLine, PostOfALoginNeverShowsTheQuery) {
 
 TEST(AuditLine, PercentSignsAndLineBreaksAreNoFormat) {
   FakeRequest request("PUT", "/vlans/%n%s%d\n2026 forged", "value=%41%n%s%%");
-  EXPECT_EQ(audit_line(&request, 1, "100%s %n"), "RESTful API Engine: User from [127.0.0.1] accesses API [PUT "
-                                                 "/vlans/%n%s%d\n2026 forged?value=%41%n%s%%]: 100%s %n (1)");
+  EXPECT_EQ(audit_line(&request, 1, "100%s %n"),
+            "RESTful API Engine: User from [127.0.0.1] accesses API [PUT "
+            "/vlans/%n%s%d\n2026 forged?value=%41%n%s%%]: 100%s %n (1)");
 }
 
 TEST(AuditLine, IsCutAt16383Characters) {
   FakeRequest request("PUT", "/vlans", "value=" + std::string(20000, 'q'));
   std::string line = audit_line(&request);
   EXPECT_EQ(line.size(), 16383u);
-  EXPECT_EQ(line.substr(0, 80), "RESTful API Engine: User from [127.0.0.1] accesses API [PUT /vlans?value=qqqqqqq");
+  EXPECT_EQ(line.substr(0, 80),
+            "RESTful API Engine: User from [127.0.0.1] accesses API [PUT /vlans?value=qqqqqqq");
 }
 
 TEST(AuditLine, SurvivesARequestWithoutUri) {
@@ -281,7 +297,8 @@ TEST(AuditLine, SurvivesARequestWithoutUri) {
   EXPECT_EQ(audit_line(&request), "RESTful API Engine: User from [127.0.0.1] accesses API [PUT ?]: ok (0)");
 }
 
-/* --- Masking --------------------------------------------------------------------------------------------- */
+/* --- Masking ---------------------------------------------------------------------------------------------
+ */
 
 TEST(ReplacePassword, MasksTheValueOfThePasswordOnly) {
   struct {

@@ -1,4 +1,5 @@
-/* Authorisation and dispatch, as the server drives them: MG_AUTH with the body not attached, then MG_REQUEST. */
+/* Authorisation and dispatch, as the server drives them: MG_AUTH with the body not attached, then MG_REQUEST.
+ */
 #include "engine/rest_web_request_hdr.h"
 #include "tests/support/answers.h"
 #include "tests/unit/engine/captured_log.h"
@@ -41,22 +42,25 @@ static const std::string LOGIN_INFO =
                      "")
         .xml;
 static const std::string NO_KEY = expected_answers(905, "Null Session Key").xml;
-static const std::string ENDED = expected_answers(900, "Session time out or log out. Please log in again.").xml;
+static const std::string ENDED =
+    expected_answers(900, "Session time out or log out. Please log in again.").xml;
 static const std::string UNKNOWN = expected_answers(901, "The module name dose not exist.").xml;
 
 TEST_F(DispatchTest, ValidKeyReachesTheModule) {
   EXPECT_EQ(serve("GET", "/login", with_key()), LOGIN_INFO);
   FakeRequest json("GET", "/login", with_key("format=json"));
-  EXPECT_EQ(serve(&json, "json"),
-            expected_answers(0, "Get data successfully.", "",
-                             "\"infomation\": { \"rest_session_max\": 5, \"rest_session_timeout_in_minutes\": 5 }")
-                .json);
+  EXPECT_EQ(
+      serve(&json, "json"),
+      expected_answers(0, "Get data successfully.", "",
+                       "\"infomation\": { \"rest_session_max\": 5, \"rest_session_timeout_in_minutes\": 5 }")
+          .json);
 }
 
 TEST_F(DispatchTest, WithoutAKeyEverythingButLoggingInAnswers905) {
-  for (const char *uri : {"/login", "/login/RESTSessions", "/vlans", "/base", "/nothing", "/", "", "*", "/Help",
-                          "/helps", "/login/x"}) {
-    for (const char *method : {"GET", "PUT", "DELETE", "PATCH"}) EXPECT_EQ(serve(method, uri), NO_KEY) << method << uri;
+  for (const char *uri : {"/login", "/login/RESTSessions", "/vlans", "/base", "/nothing", "/", "", "*",
+                          "/Help", "/helps", "/login/x"}) {
+    for (const char *method : {"GET", "PUT", "DELETE", "PATCH"})
+      EXPECT_EQ(serve(method, uri), NO_KEY) << method << uri;
   }
   EXPECT_EQ(serve("POST", "/vlans/10"), NO_KEY);
   EXPECT_EQ(serve("GET", "/vlans", "sessionkey="), NO_KEY);
@@ -93,8 +97,8 @@ TEST_F(DispatchTest, KeyThatStandsInTheBodyOnlyAnswers900) {
 }
 
 TEST_F(DispatchTest, UnknownModulesAnswer901) {
-  for (const char *uri : {"/", "//vlans", "/Vlans", "/vlan", "/vlansx", "/vlans%2f", "/vlans ", "/LOGIN", "/%s%n%s",
-                          "/\n", "/.", "*", "", "http://127.0.0.1/vlans", "/login\x01"}) {
+  for (const char *uri : {"/", "//vlans", "/Vlans", "/vlan", "/vlansx", "/vlans%2f", "/vlans ", "/LOGIN",
+                          "/%s%n%s", "/\n", "/.", "*", "", "http://127.0.0.1/vlans", "/login\x01"}) {
     EXPECT_EQ(serve("GET", uri, with_key()), UNKNOWN) << uri;
   }
 }
@@ -154,7 +158,8 @@ TEST_F(DispatchTest, MethodInTheBodyOfALoginOpensNothingElse) {
   EXPECT_EQ(serve("POST", "/login/RESTTimeout", "", "method=PUT&value=160"), NO_KEY);
   EXPECT_EQ(serve("POST", "/login/RESTSessions", "", "method=GET"), NO_KEY);
   EXPECT_EQ(session_timeout_seconds, 300u);
-  EXPECT_EQ(serve("POST", "/login", "sessionkey=x", "method=GET"), expected_answers(1, "Authentication failed.").xml);
+  EXPECT_EQ(serve("POST", "/login", "sessionkey=x", "method=GET"),
+            expected_answers(1, "Authentication failed.").xml);
   EXPECT_EQ(serve("POST", "/login", "", "method=GET&sessionkey=" + key), LOGIN_INFO);
 }
 
@@ -175,14 +180,15 @@ TEST_F(DispatchTest, AuthorisationOfOneRequestIsNotTheNextOnes) {
 
 TEST_F(DispatchTest, OtherEventsAreLeftToTheServer) {
   FakeRequest request("GET", "/login", with_key());
-  for (mg_event event : {MG_POLL, MG_CONNECT, MG_REPLY, MG_RECV, MG_CLOSE, MG_WS_HANDSHAKE, MG_WS_CONNECT,
-                         MG_HTTP_ERROR}) {
+  for (mg_event event :
+       {MG_POLL, MG_CONNECT, MG_REPLY, MG_RECV, MG_CLOSE, MG_WS_HANDSHAKE, MG_WS_CONNECT, MG_HTTP_ERROR}) {
     EXPECT_EQ(evt_handler(request.conn(), event), MG_FALSE) << event;
   }
   EXPECT_EQ(request.bytes(), "");
 }
 
-/* --- Idle time ------------------------------------------------------------------------------------------- */
+/* --- Idle time -------------------------------------------------------------------------------------------
+ */
 
 TEST_F(DispatchTest, RequestsToModulesRefreshTheSession) {
   struct {
@@ -238,20 +244,23 @@ TEST_F(DispatchTest, SessionsOfTwoAddressesDoNotMix) {
   EXPECT_EQ(last_activity(1), 1700000010u);
 }
 
-/* --- Audit ------------------------------------------------------------------------------------------------ */
+/* --- Audit ------------------------------------------------------------------------------------------------
+ */
 
 TEST_F(DispatchTest, RefusalsAreAuditedLikeAnswers) {
   take_logged_lines();
   serve("DELETE", "/vlans/5", "sessionkey=K");
   std::vector<LoggedLine> lines = take_logged_lines();
   ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(lines[0].text, "RESTful API Engine: User from [127.0.0.1] accesses API [DELETE /vlans/5?sessionkey=K]: "
-                           "Session time out or log out. Please log in again. (900)");
+  EXPECT_EQ(lines[0].text,
+            "RESTful API Engine: User from [127.0.0.1] accesses API [DELETE /vlans/5?sessionkey=K]: "
+            "Session time out or log out. Please log in again. (900)");
   serve("GET", "/vlans/5");
   EXPECT_TRUE(take_logged_lines().empty());
 }
 
-/* --- Start-up --------------------------------------------------------------------------------------------- */
+/* --- Start-up ---------------------------------------------------------------------------------------------
+ */
 
 TEST(Engine, HandleBeforeStartUpIsEmpty) {
   openapiClientHandle_t zero = {};

@@ -8,7 +8,8 @@
 #include <stdlib.h>
 #include <string.h>
 
-static request_method_t method_of(const char *http_method, const std::string &query, const std::string &body = "") {
+static request_method_t method_of(const char *http_method, const std::string &query,
+                                  const std::string &body = "") {
   return parse_request_method(FakeRequest(http_method, "/vlans", query, body).conn());
 }
 
@@ -34,11 +35,16 @@ TEST(RequestMethod, VariableOverridesTheHttpMethod) {
     const char *query;
     request_method_t method;
   } rows[] = {
-      {"method=delete", REQUEST_METHOD_DELETE}, {"method=Deleted", REQUEST_METHOD_DELETE},
-      {"method=getAll", REQUEST_METHOD_GET},    {"METHOD=PuT", REQUEST_METHOD_PUT},
-      {"a=1&method=put", REQUEST_METHOD_PUT},   {"method=%70ost", REQUEST_METHOD_POST},
-      {"method=", REQUEST_METHOD_POST},         {"method=patch", REQUEST_METHOD_POST},
-      {"method=+get", REQUEST_METHOD_POST},     {"xmethod=get", REQUEST_METHOD_POST},
+      {"method=delete", REQUEST_METHOD_DELETE},
+      {"method=Deleted", REQUEST_METHOD_DELETE},
+      {"method=getAll", REQUEST_METHOD_GET},
+      {"METHOD=PuT", REQUEST_METHOD_PUT},
+      {"a=1&method=put", REQUEST_METHOD_PUT},
+      {"method=%70ost", REQUEST_METHOD_POST},
+      {"method=", REQUEST_METHOD_POST},
+      {"method=patch", REQUEST_METHOD_POST},
+      {"method=+get", REQUEST_METHOD_POST},
+      {"xmethod=get", REQUEST_METHOD_POST},
       {"method=get&method=put", REQUEST_METHOD_GET},
   };
   for (const auto &row : rows) EXPECT_EQ(method_of("POST", row.query), row.method) << row.query;
@@ -88,8 +94,8 @@ TEST(SessionKey, KeepsAtMost32Characters) {
       {"sessionKey=" + key, "", key},
       {"", "sessionkey=" + key, key},
       {"sessionkey=short", "sessionkey=" + key, "short"},
-      {"", "sessionkey=" + key + "x", key},  /* what fits of a longer one */
-      {"sessionkey=" + key + "x", "", ""},   /* too long in the query: the body is asked, which has none */
+      {"", "sessionkey=" + key + "x", key}, /* what fits of a longer one */
+      {"sessionkey=" + key + "x", "", ""},  /* too long in the query: the body is asked, which has none */
       {"sessionkey=" + key + "x", "sessionkey=body", "body"},
   };
   for (const auto &row : rows) {

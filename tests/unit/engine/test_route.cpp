@@ -8,7 +8,8 @@
 #include <random>
 #include <string.h>
 
-/* --- The matcher ----------------------------------------------------------------------------------------- */
+/* --- The matcher -----------------------------------------------------------------------------------------
+ */
 
 static int first_operation(openapiClientHandle_t *, mg_connection *conn) {
   send_response(conn, 0, "first", nullptr);
@@ -30,31 +31,34 @@ static int handle_vlans(openapiClientHandle_t *handle, mg_connection *conn) {
   return handle_by_routes(vlan_routes, handle, conn);
 }
 
-static const rest_route *find(request_method_t method, const char *uri) { return find_route(vlan_routes, method, uri); }
+static const rest_route *find(request_method_t method, const char *uri) {
+  return find_route(vlan_routes, method, uri);
+}
 
 TEST(FindRoute, ExactPathsAllowNothingBehind) {
   EXPECT_EQ(find(REQUEST_METHOD_GET, "/vlans"), &vlan_routes[0]);
-  for (const char *uri : {"", "/", "/vlan", "/vlanss", "/vlans/", "/vlans ", "/vlans\n", "/vlans/x", "/Vlans", "vlans",
-                          "//vlans", "/vlans%s", "x/vlans"}) {
+  for (const char *uri : {"", "/", "/vlan", "/vlanss", "/vlans/", "/vlans ", "/vlans\n", "/vlans/x", "/Vlans",
+                          "vlans", "//vlans", "/vlans%s", "x/vlans"}) {
     EXPECT_EQ(find(REQUEST_METHOD_GET, uri), nullptr) << uri;
   }
 }
 
 TEST(FindRoute, NumbersAreWholeSegments) {
-  for (const char *uri : {"/vlans/1", "/vlans/0010", "/vlans/99999999999999999999", "/vlans/10 ", "/vlans/10\n"}) {
+  for (const char *uri :
+       {"/vlans/1", "/vlans/0010", "/vlans/99999999999999999999", "/vlans/10 ", "/vlans/10\n"}) {
     EXPECT_EQ(find(REQUEST_METHOD_GET, uri), &vlan_routes[1]) << uri;
   }
-  for (const char *uri : {"/vlans/x", "/vlans/-1", "/vlans/ 1", "/vlans/1x", "/vlans/1/", "/vlans/+1", "/vlans/1/name",
-                          "/vlans/\xd9\xa1", "/vlans/1%"}) {
+  for (const char *uri : {"/vlans/x", "/vlans/-1", "/vlans/ 1", "/vlans/1x", "/vlans/1/", "/vlans/+1",
+                          "/vlans/1/name", "/vlans/\xd9\xa1", "/vlans/1%"}) {
     EXPECT_EQ(find(REQUEST_METHOD_GET, uri), nullptr) << uri;
   }
 }
 
 TEST(FindRoute, KeywordIsTheWholeWord) {
   EXPECT_EQ(find(REQUEST_METHOD_PUT, "/vlans/10/name"), &vlan_routes[2]);
-  for (const char *uri : {"/vlans/10/nam", "/vlans/10/eman", "/vlans/10/names", "/vlans/10/namename", "/vlans/10/Name",
-                          "/vlans/10/name/", "/vlans/10/namex", "/vlans/10/", "/vlans/10", "/vlans//name",
-                          "/vlans/10//name", "/vlans/x/name"}) {
+  for (const char *uri : {"/vlans/10/nam", "/vlans/10/eman", "/vlans/10/names", "/vlans/10/namename",
+                          "/vlans/10/Name", "/vlans/10/name/", "/vlans/10/namex", "/vlans/10/", "/vlans/10",
+                          "/vlans//name", "/vlans/10//name", "/vlans/x/name"}) {
     EXPECT_EQ(find(REQUEST_METHOD_PUT, uri), nullptr) << uri;
   }
 }
@@ -81,7 +85,8 @@ TEST(HandleByRoutes, CallsTheOperationAndReturnsItsResult) {
   openapiClientHandle_t handle = {};
   EXPECT_EQ(call_handler(handle_vlans, &handle, "GET", "/vlans"), expected_answers(0, "first"));
   EXPECT_EQ(call_handler(handle_vlans, &handle, "GET", "/vlans/1"), expected_answers(0, "second"));
-  EXPECT_EQ(call_handler(handle_vlans, &handle, "POST", "/vlans/10/name", "method=put"), expected_answers(0, "first"));
+  EXPECT_EQ(call_handler(handle_vlans, &handle, "POST", "/vlans/10/name", "method=put"),
+            expected_answers(0, "first"));
   EXPECT_EQ(handle_vlans(&handle, FakeRequest("GET", "/vlans").conn()), 1);
   EXPECT_EQ(handle_vlans(&handle, FakeRequest("GET", "/vlans/1").conn()), 0);
 }
@@ -97,7 +102,8 @@ TEST(HandleByRoutes, AnythingElseIsABadRequest) {
   EXPECT_EQ(answer_body(request, "xml"), expected_bad_request().xml);
 }
 
-/* --- Against sscanf -------------------------------------------------------------------------------------- */
+/* --- Against sscanf --------------------------------------------------------------------------------------
+ */
 
 TEST(RouteReference, EveryPatternTakesAUriOfItsOwn) {
   struct {
@@ -123,7 +129,8 @@ TEST(RouteReference, EveryPatternTakesAUriOfItsOwn) {
 
 /* A URI that a pattern nearly takes: its fields filled in, then a few characters changed. */
 static std::string mutated_uri(std::mt19937 *random) {
-  static const char *const FILLINGS[] = {"", "1", "10", "4095", "99999999999", "web", "fe80::1", "x/y", " ", "0"};
+  static const char *const FILLINGS[] = {"",    "1",       "10",  "4095", "99999999999",
+                                         "web", "fe80::1", "x/y", " ",    "0"};
   static const char BYTES[] = "/0123456789azAZ %.-+_\t\n\r\x01\x7f\x80\xff";
   const std::vector<rest_route> &routes = all_api_routes();
   const rest_route &route = routes[(*random)() % routes.size()];
@@ -136,7 +143,8 @@ static std::string mutated_uri(std::mt19937 *random) {
     } else {
       const char *end = strchr(p, ']');
       bool is_word = p[1] != '[';
-      uri += is_word && route.keyword != nullptr ? route.keyword : FILLINGS[(*random)() % std::size(FILLINGS)];
+      uri +=
+          is_word && route.keyword != nullptr ? route.keyword : FILLINGS[(*random)() % std::size(FILLINGS)];
       p = end + 1;
     }
   }
@@ -177,7 +185,8 @@ TEST(RouteReference, MatcherAgreesWithSscanfOnLongUris) {
 
 TEST(RouteReference, MatcherAgreesWithSscanfOnEveryByteAtTheEnd) {
   for (int byte = 1; byte < 256; byte++) {
-    for (const char *base : {"/vlans", "/vlans/", "/vlans/10", "/vlans/10/name", "/base/idname", "/acl/ip/name/web"}) {
+    for (const char *base :
+         {"/vlans", "/vlans/", "/vlans/10", "/vlans/10/name", "/base/idname", "/acl/ip/name/web"}) {
       ASSERT_EQ(find_disagreement(std::string(base) + static_cast<char>(byte)), "");
     }
   }
@@ -192,7 +201,8 @@ TEST(RouteReference, MatcherAgreesWithSscanfOnRandomBytes) {
   }
 }
 
-/* --- Numbers in the URI ---------------------------------------------------------------------------------- */
+/* --- Numbers in the URI ----------------------------------------------------------------------------------
+ */
 
 static bool take_numbers(const std::string &uri, const char *pattern, uint32_t *first, uint32_t *second,
                          std::string *answer) {
@@ -213,7 +223,8 @@ TEST(UriNumbers, AreTakenInOrderAndNothingIsAnswered) {
 }
 
 TEST(UriNumbers, BeyondAnIntAreTheLargestInt) {
-  for (const char *number : {"2147483647", "2147483648", "4294967296", "4294967297", "99999999999999999999999"}) {
+  for (const char *number :
+       {"2147483647", "2147483648", "4294967296", "4294967297", "99999999999999999999999"}) {
     uint32_t vid = 0;
     std::string answer;
     EXPECT_TRUE(take_numbers(std::string("/vlans/") + number, "/vlans/%[0-9]", &vid, nullptr, &answer));

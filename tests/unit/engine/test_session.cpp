@@ -100,7 +100,8 @@ TEST_F(SessionTest, KeyIsFoundFromItsOwnAddressOnly) {
   for (const char *address : {"10.0.0.3", "10.0.0.20", "10.0.0", "", " 10.0.0.2"}) {
     EXPECT_EQ(get_session_id(address, key.c_str()), 0u) << address;
   }
-  for (const std::string &other : {std::string(), key.substr(0, 31), key + "0", upper_case, std::string(32, '0')}) {
+  for (const std::string &other :
+       {std::string(), key.substr(0, 31), key + "0", upper_case, std::string(32, '0')}) {
     EXPECT_EQ(get_session_id("10.0.0.2", other.c_str()), 0u) << other;
   }
 }

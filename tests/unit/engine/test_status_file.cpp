@@ -26,16 +26,16 @@ TEST_F(StatusFileTest, HasALineForEachOpenSessionInSlotOrder) {
   std::string first = open_session("admin", "10.0.0.2");
   now = 1700000100;
   std::string second = open_session("oper", "10.0.0.3");
-  EXPECT_EQ(status(), "1;" + first + ";admin;10.0.0.2;1700000000;1700000000\n" +
-                          "2;" + second + ";oper;10.0.0.3;1700000100;1700000100\n");
+  EXPECT_EQ(status(), "1;" + first + ";admin;10.0.0.2;1700000000;1700000000\n" + "2;" + second +
+                          ";oper;10.0.0.3;1700000100;1700000100\n");
   update_last_activity_time(1);
-  EXPECT_EQ(status(), "1;" + first + ";admin;10.0.0.2;1700000000;1700000100\n" +
-                          "2;" + second + ";oper;10.0.0.3;1700000100;1700000100\n");
+  EXPECT_EQ(status(), "1;" + first + ";admin;10.0.0.2;1700000000;1700000100\n" + "2;" + second +
+                          ";oper;10.0.0.3;1700000100;1700000100\n");
   delete_session(1);
   EXPECT_EQ(status(), "2;" + second + ";oper;10.0.0.3;1700000100;1700000100\n");
   std::string third = open_session("admin", "10.0.0.4");
-  EXPECT_EQ(status(), "3;" + third + ";admin;10.0.0.4;1700000100;1700000100\n" +
-                          "2;" + second + ";oper;10.0.0.3;1700000100;1700000100\n");
+  EXPECT_EQ(status(), "3;" + third + ";admin;10.0.0.4;1700000100;1700000100\n" + "2;" + second +
+                          ";oper;10.0.0.3;1700000100;1700000100\n");
 }
 
 TEST_F(StatusFileTest, EmptyTableIsAnEmptyFile) {

@@ -14,7 +14,8 @@ typedef std::unique_ptr<node_t, free_tree_on_exit> tree_ptr;
 
 static std::vector<std::string> keys_of(const node_t *list) {
   std::vector<std::string> keys;
-  for (const node_t *node = get_next_node(list); node != nullptr; node = get_next_node(node)) keys.push_back(node->key);
+  for (const node_t *node = get_next_node(list); node != nullptr; node = get_next_node(node))
+    keys.push_back(node->key);
   return keys;
 }
 
@@ -308,7 +309,8 @@ TEST(TreeObject, NodeWhoseTypeWasChangedLeavesNothingToTheNextString) {
     node_t *node = append_tree_string(tree.get(), "k", "t", "a long text of an earlier request");
     node->val_type = VAL_TYPE_NULL;
     tree.reset(new_tree());
-    for (int j = 0; j < 3; j++) EXPECT_STREQ(append_tree_string(tree.get(), "k", "t", "new")->val_data.val_s, "new");
+    for (int j = 0; j < 3; j++)
+      EXPECT_STREQ(append_tree_string(tree.get(), "k", "t", "new")->val_data.val_s, "new");
   }
 }
 

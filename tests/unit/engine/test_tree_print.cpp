@@ -65,12 +65,14 @@ TEST(TreePrint, PortsOfTheManualsExample) {
   port = append_entry(ports, 2, "port");
   append_tree_int(port, "id", "id", 4);
   append_tree_string(port, "name", "name", "a&b");
-  EXPECT_EQ(xml_of(tree.get()),
-            "<result><rlt_code>0</rlt_code><rlt_mesg>Get data successfully.</rlt_mesg><rlt_data><ports><port><id>3"
-            "</id><name>uplink</name></port><port><id>4</id><name>a&b</name></port></ports></rlt_data></result>");
-  EXPECT_EQ(json_of(tree.get()),
-            "{ \"result\": { \"rlt_code\": 0, \"rlt_mesg\": \"Get data successfully.\", \"rlt_data\": { \"ports\": "
-            "{ \"1\": { \"id\": 3, \"name\": \"uplink\" }, \"2\": { \"id\": 4, \"name\": \"a&b\" } } } } }");
+  EXPECT_EQ(
+      xml_of(tree.get()),
+      "<result><rlt_code>0</rlt_code><rlt_mesg>Get data successfully.</rlt_mesg><rlt_data><ports><port><id>3"
+      "</id><name>uplink</name></port><port><id>4</id><name>a&b</name></port></ports></rlt_data></result>");
+  EXPECT_EQ(
+      json_of(tree.get()),
+      "{ \"result\": { \"rlt_code\": 0, \"rlt_mesg\": \"Get data successfully.\", \"rlt_data\": { \"ports\": "
+      "{ \"1\": { \"id\": 3, \"name\": \"uplink\" }, \"2\": { \"id\": 4, \"name\": \"a&b\" } } } } }");
 }
 
 TEST(TreePrint, NumbersKeepTheirSignAndRange) {
@@ -88,7 +90,8 @@ TEST(TreePrint, NumbersKeepTheirSignAndRange) {
 }
 
 TEST(TreePrint, FloatsPrintAsPrintfAndJsonDoThem) {
-  for (float value : {0.5f, 1.5f, 0.0f, -0.0f, 0.1f, -2.25f, 3.4028235e38f, 1e-30f, 16777216.0f, HUGE_VALF, -HUGE_VALF}) {
+  for (float value :
+       {0.5f, 1.5f, 0.0f, -0.0f, 0.1f, -2.25f, 3.4028235e38f, 1e-30f, 16777216.0f, HUGE_VALF, -HUGE_VALF}) {
     tree_ptr tree(new_tree());
     append_tree_float(tree.get(), "f", "f", value);
     char text[128];
@@ -206,7 +209,8 @@ TEST(TreePrint, JsonObjectBelongsToTheCaller) {
   EXPECT_EQ(json_object_put(object), 1);
 }
 
-/* --- Growable text --------------------------------------------------------------------------------------- */
+/* --- Growable text ---------------------------------------------------------------------------------------
+ */
 
 TEST(DynString, BeginsEmptyWithRoomFor1023Characters) {
   dyn_string_t *text = dynStringNew();

@@ -61,9 +61,9 @@ TEST(CheckStringIsNumber, ControlValuesAreZeroAndOne) {
     RC_t result;
     int32_t number;
   } rows[] = {
-      {"0", RC_TRUE, 0},   {"1", RC_TRUE, 1},    {"01", RC_TRUE, 1}, {"-0", RC_TRUE, 0}, {"-", RC_TRUE, 0},
-      {"2", RC_FALSE, 2},  {"-1", RC_FALSE, -1}, {"", RC_FALSE, 99}, {"x", RC_FALSE, 99}, {"10", RC_FALSE, 10},
-      {"1 ", RC_FALSE, 99},
+      {"0", RC_TRUE, 0},   {"1", RC_TRUE, 1},    {"01", RC_TRUE, 1},   {"-0", RC_TRUE, 0},
+      {"-", RC_TRUE, 0},   {"2", RC_FALSE, 2},   {"-1", RC_FALSE, -1}, {"", RC_FALSE, 99},
+      {"x", RC_FALSE, 99}, {"10", RC_FALSE, 10}, {"1 ", RC_FALSE, 99},
   };
   for (const auto &row : rows) {
     int32_t number = 99;
@@ -76,9 +76,18 @@ TEST(TextToInt, ReadsAsAtoiWithinItsRange) {
   struct {
     const char *text;
     int32_t number;
-  } rows[] = {{"", 0},      {"x", 0},           {"10", 10},         {"010", 10},      {" 10", 10},
-              {"+10", 10},  {"-10", -10},       {"10x", 10},        {"2147483647", INT_MAX},
-              {"2147483648", INT_MAX}, {"-2147483649", INT_MIN}, {"4294967296", INT_MAX}};
+  } rows[] = {{"", 0},
+              {"x", 0},
+              {"10", 10},
+              {"010", 10},
+              {" 10", 10},
+              {"+10", 10},
+              {"-10", -10},
+              {"10x", 10},
+              {"2147483647", INT_MAX},
+              {"2147483648", INT_MAX},
+              {"-2147483649", INT_MIN},
+              {"4294967296", INT_MAX}};
   for (const auto &row : rows) EXPECT_EQ(text_to_int(row.text), row.number) << row.text;
 }
 
@@ -127,7 +136,8 @@ TEST(ConvertTo32BitUint, TakesExactlyTheDecimalNumbersOf32Bits) {
   EXPECT_EQ(convert_to_32bit_uint("1", nullptr), RC_FALSE);
 }
 
-/* --- MAC addresses --------------------------------------------------------------------------------------- */
+/* --- MAC addresses ---------------------------------------------------------------------------------------
+ */
 
 TEST(ConvertMacString, TakesSixGroupsWithOrWithoutColons) {
   struct {
@@ -151,10 +161,11 @@ TEST(ConvertMacString, TakesSixGroupsWithOrWithoutColons) {
 }
 
 TEST(ConvertMacString, RefusesEverythingElseAndClearsTheOutput) {
-  for (const char *text : {"", "00-1A-2B-3C-4D-5E", "001A.2B3C.4D5E", "00:1A:2B:3C:4D:5E:66", "00:1A:2B:3C:4D",
-                           "00:1A:2B:3C:4D:", "00:1A:2B:3C:4D:5Ef", "001A2B3C4D5E6", "001A2B3C4D", "00:1A:2B:3C:4D:5E,",
-                           ":00:1A:2B:3C:4D:5E", " 00:1A:2B:3C:4D:5E", "00 :1A:2B:3C:4D:5E", "000:1A:2B:3C:4D:5E",
-                           "00:1A2B:3C:4D:5E", "0:1:2:3:4:\xe4", "::::::"}) {
+  for (const char *text :
+       {"", "00-1A-2B-3C-4D-5E", "001A.2B3C.4D5E", "00:1A:2B:3C:4D:5E:66", "00:1A:2B:3C:4D",
+        "00:1A:2B:3C:4D:", "00:1A:2B:3C:4D:5Ef", "001A2B3C4D5E6", "001A2B3C4D", "00:1A:2B:3C:4D:5E,",
+        ":00:1A:2B:3C:4D:5E", " 00:1A:2B:3C:4D:5E", "00 :1A:2B:3C:4D:5E", "000:1A:2B:3C:4D:5E",
+        "00:1A2B:3C:4D:5E", "0:1:2:3:4:\xe4", "::::::"}) {
     unsigned char bytes[8] = {9, 9, 9, 9, 9, 9, 9, 9};
     EXPECT_EQ(convert_mac_string_to_uchar_ary(text, bytes, sizeof bytes), RC_FALSE) << text;
     for (unsigned char byte : bytes) EXPECT_EQ(byte, 0) << text;
@@ -173,9 +184,9 @@ TEST(ConvertMacString, PrintsWithoutLeadingZeros) {
     int is_sign, is_uppercase;
     const char *text;
   } rows[] = {
-      {bytes, 1, 1, "0:A:B:C:D:E"},         {bytes, 1, 0, "0:a:b:c:d:e"},     {bytes, 0, 1, "0ABCDE"},
-      {bytes, 0, 0, "0abcde"},              {bytes, 2, 2, "0abcde"},          {wide, 1, 0, "ff:ab:cd:ef:10:9f"},
-      {wide, 1, 1, "FF:AB:CD:EF:10:9F"},    {wide, 0, 1, "FFABCDEF109F"},
+      {bytes, 1, 1, "0:A:B:C:D:E"},      {bytes, 1, 0, "0:a:b:c:d:e"}, {bytes, 0, 1, "0ABCDE"},
+      {bytes, 0, 0, "0abcde"},           {bytes, 2, 2, "0abcde"},      {wide, 1, 0, "ff:ab:cd:ef:10:9f"},
+      {wide, 1, 1, "FF:AB:CD:EF:10:9F"}, {wide, 0, 1, "FFABCDEF109F"},
   };
   for (const auto &row : rows) {
     char text[18];
@@ -187,13 +198,15 @@ TEST(ConvertMacString, PrintsWithoutLeadingZeros) {
   EXPECT_EQ(convert_uchar_ary_to_mac_string(bytes, nullptr, 1, 1), RC_FALSE);
 }
 
-/* --- IP addresses ---------------------------------------------------------------------------------------- */
+/* --- IP addresses ----------------------------------------------------------------------------------------
+ */
 
 TEST(ConvertInetAddr, PrintsIpv4FromHostOrder) {
   struct {
     uint32_t address;
     const char *text;
-  } rows[] = {{0x0a000002, "10.0.0.2"}, {0, "0.0.0.0"}, {0xffffffff, "255.255.255.255"}, {0xc0a80001, "192.168.0.1"}};
+  } rows[] = {
+      {0x0a000002, "10.0.0.2"}, {0, "0.0.0.0"}, {0xffffffff, "255.255.255.255"}, {0xc0a80001, "192.168.0.1"}};
   for (const auto &row : rows) {
     char text[IP_TEXT_SIZE];
     EXPECT_EQ(convert_ipv4_with_uint32_to_ip_string(row.address, text), RC_TRUE);
@@ -255,7 +268,8 @@ TEST(ConvertInetAddr, TextsThatCannotBeAnAddressNeverReachThePlatform) {
   EXPECT_EQ(convert_ip_string_to_inet_addr(&handle, "10.0.0.2", nullptr), RC_FALSE);
 }
 
-/* --- Words ----------------------------------------------------------------------------------------------- */
+/* --- Words -----------------------------------------------------------------------------------------------
+ */
 
 TEST(Upper, CopiesInUpperCase) {
   char text[32];

@@ -32,7 +32,8 @@ protected:
 static const Answers REFUSED = expected_answers(1, "Authentication failed.");
 static const Answers BAD_VALUE = expected_answers(1, "The value of parameter is invalid.");
 
-/* --- Logging in ------------------------------------------------------------------------------------------ */
+/* --- Logging in ------------------------------------------------------------------------------------------
+ */
 
 TEST_F(LoginTest, LoggingInAnswersTheKey) {
   const std::string key = "6b492b19766758ba1c2574f13fbeeca0"; /* of 127.0.0.1 at 1700000000 */
@@ -128,7 +129,8 @@ TEST_F(LoginTest, AuthenticateUserSaysYesOrNo) {
   EXPECT_EQ(authenticate_user(handle, "admin", ADMIN_PASSWORD), RC_FALSE);
 }
 
-/* --- Logging out ----------------------------------------------------------------------------------------- */
+/* --- Logging out -----------------------------------------------------------------------------------------
+ */
 
 TEST_F(LoginTest, LoggingOutEndsTheSession) {
   for (int i = 0; i < 2; i++) log_in();
@@ -150,7 +152,8 @@ TEST_F(LoginTest, LoggingOutOfAnUnknownSessionStillAnswers0) {
   FakeRequest elsewhere("DELETE", "/login", "sessionkey=" + key_of(0));
   elsewhere.set_remote("10.0.0.2", 1);
   login_api_handler(handle, elsewhere.conn());
-  EXPECT_EQ(answer_body(elsewhere, "xml"), expected_answers(0, "You never log in or the session already expired.").xml);
+  EXPECT_EQ(answer_body(elsewhere, "xml"),
+            expected_answers(0, "You never log in or the session already expired.").xml);
   EXPECT_EQ(open_sessions(), 1);
 }
 
@@ -162,7 +165,8 @@ TEST_F(LoginTest, LogoutThatFindsNoSlotOfItsNumberAnswers0) {
             expected_answers(0, "You never log in or the session already expired."));
 }
 
-/* --- State ----------------------------------------------------------------------------------------------- */
+/* --- State -----------------------------------------------------------------------------------------------
+ */
 
 TEST_F(LoginTest, InfoTellsTheTimeOutInWholeMinutes) {
   struct {
@@ -229,11 +233,13 @@ TEST_F(LoginTest, ClockSetBackShowsNoTime) {
 TEST_F(LoginTest, ListingWithoutASessionOfOnesOwnAnswers99) {
   log_in();
   for (const char *query : {"", "sessionkey=0123"}) {
-    EXPECT_EQ(call(login_api_handler, "GET", "/login/RESTSessions", query), expected_platform_error(OPEN_E_PARAM));
+    EXPECT_EQ(call(login_api_handler, "GET", "/login/RESTSessions", query),
+              expected_platform_error(OPEN_E_PARAM));
   }
 }
 
-/* --- Time-out -------------------------------------------------------------------------------------------- */
+/* --- Time-out --------------------------------------------------------------------------------------------
+ */
 
 TEST_F(LoginTest, TimeOutTakesOneTo160Minutes) {
   struct {
@@ -260,10 +266,11 @@ TEST_F(LoginTest, OtherTimeOutsAreRefused) {
   session_timeout_seconds = 120;
   const std::string long_zeros = "value=" + std::string(260, '0') + "5";
   for (const std::string &query :
-       {std::string(), std::string("value="), std::string("value=0"), std::string("value=161"), std::string("value=-2"),
-        std::string("value=-"), std::string("value=+5"), std::string("value=%205"), std::string("value=5+"),
-        std::string("value=1.5"), std::string("value=five"), std::string("value=0x5"),
-        std::string("value=4294967297"), std::string("value=-4294967297"), std::string("minutes=5"), long_zeros}) {
+       {std::string(), std::string("value="), std::string("value=0"), std::string("value=161"),
+        std::string("value=-2"), std::string("value=-"), std::string("value=+5"), std::string("value=%205"),
+        std::string("value=5+"), std::string("value=1.5"), std::string("value=five"),
+        std::string("value=0x5"), std::string("value=4294967297"), std::string("value=-4294967297"),
+        std::string("minutes=5"), long_zeros}) {
     EXPECT_EQ(call(login_api_handler, "PUT", "/login/RESTTimeout", query), BAD_VALUE) << query;
     EXPECT_EQ(session_timeout_seconds, 120u);
   }
@@ -271,7 +278,8 @@ TEST_F(LoginTest, OtherTimeOutsAreRefused) {
 
 TEST_F(LoginTest, NewTimeOutHoldsForSessionsThatAreOpen) {
   log_in();
-  EXPECT_EQ(set_timeout("value=1"), expected_answers(0, "Update timeout value for REST Sessions successfully.").xml);
+  EXPECT_EQ(set_timeout("value=1"),
+            expected_answers(0, "Update timeout value for REST Sessions successfully.").xml);
   now += 59;
   clear_expired_session();
   EXPECT_EQ(open_sessions(), 1);
@@ -280,20 +288,36 @@ TEST_F(LoginTest, NewTimeOutHoldsForSessionsThatAreOpen) {
   EXPECT_EQ(open_sessions(), 0);
 }
 
-/* --- Routes ---------------------------------------------------------------------------------------------- */
+/* --- Routes ----------------------------------------------------------------------------------------------
+ */
 
 TEST_F(LoginTest, NothingElseIsServed) {
   struct {
     const char *method, *uri, *query;
   } rows[] = {
-      {"GET", "/login/", ""},           {"GET", "/login/RESTSessions/", ""},  {"GET", "/login/restsessions", ""},
-      {"GET", "/login/RESTSession", ""}, {"GET", "/login/RESTSessionsx", ""}, {"GET", "/login/RESTTimeout", ""},
-      {"GET", "/loginx", ""},           {"GET", "/Login", ""},                {"GET", "/login ", ""},
-      {"GET", "/login\n", ""},          {"GET", "/login/RESTSessions ", ""},  {"GET", "/login%00", ""},
-      {"POST", "/login/", "user=admin&password=correct+horse"}, {"POST", "/login/RESTSessions", ""}, {"POST", "/login/RESTTimeout", ""},
-      {"PUT", "/login", "value=5"},     {"PUT", "/login/RESTTimeout/", "value=5"},
-      {"PUT", "/login/resttimeout", "value=5"}, {"DELETE", "/login/", ""},    {"DELETE", "/login/RESTSessions", ""},
-      {"PATCH", "/login", ""},          {"HEAD", "/login", ""},               {"GET", "", ""},
+      {"GET", "/login/", ""},
+      {"GET", "/login/RESTSessions/", ""},
+      {"GET", "/login/restsessions", ""},
+      {"GET", "/login/RESTSession", ""},
+      {"GET", "/login/RESTSessionsx", ""},
+      {"GET", "/login/RESTTimeout", ""},
+      {"GET", "/loginx", ""},
+      {"GET", "/Login", ""},
+      {"GET", "/login ", ""},
+      {"GET", "/login\n", ""},
+      {"GET", "/login/RESTSessions ", ""},
+      {"GET", "/login%00", ""},
+      {"POST", "/login/", "user=admin&password=correct+horse"},
+      {"POST", "/login/RESTSessions", ""},
+      {"POST", "/login/RESTTimeout", ""},
+      {"PUT", "/login", "value=5"},
+      {"PUT", "/login/RESTTimeout/", "value=5"},
+      {"PUT", "/login/resttimeout", "value=5"},
+      {"DELETE", "/login/", ""},
+      {"DELETE", "/login/RESTSessions", ""},
+      {"PATCH", "/login", ""},
+      {"HEAD", "/login", ""},
+      {"GET", "", ""},
       {"GET", "/login", "method=put"},
   };
   for (const auto &row : rows) {

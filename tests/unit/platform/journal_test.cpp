@@ -94,6 +94,8 @@ TEST_F(StateDirectory, OnlyTheJournalOfTheSnapshotsGenerationCounts) {
   write("journal-7", "vlan 7\n");
   write("journal-8", "vlan 8\n");
   write("running-config.next", "! generation 8\nvlan 8\n");
+  write("running-config.next.new", "! gen");
+  write("journal-notes", "somebody's own\n");
   ASSERT_EQ(start_error(), "");
   EXPECT_EQ(running_config(), "vlan 7,10\n");
   EXPECT_EQ(content("running-config"), "! generation 8\nvlan 7,10\n");
@@ -101,6 +103,8 @@ TEST_F(StateDirectory, OnlyTheJournalOfTheSnapshotsGenerationCounts) {
   EXPECT_FALSE(exists("journal-6"));
   EXPECT_FALSE(exists("journal-7"));
   EXPECT_FALSE(exists("running-config.next"));
+  EXPECT_FALSE(exists("running-config.next.new"));
+  EXPECT_EQ(content("journal-notes"), "somebody's own\n");
 }
 
 TEST_F(StateDirectory, SnapshotWithoutItsJournalIsUsedWithAWarning) {

@@ -2,6 +2,7 @@
 #include "platform/softswitch/services/log.h"
 
 #include "platform/api/l7proc.h"
+#include "platform/softswitch/services/service_thread.h"
 #include "tests/unit/platform/services_test_support.h"
 
 #include <errno.h>
@@ -202,25 +203,42 @@ template <class body_type> int status_of_child(body_type body) {
   return status;
 }
 
-TEST_F(Log, FullDiskLosesLinesButNeitherTearsNorKills) {
-  int status = status_of_child([this] {
-    if (!log_open(directory.path, &error)) _exit(1);
-    limit_file_size(1000);
-    for (int i = 0; i < 20; i++) l7proc_logf(L7PROC_INFO, 0, "f", i, "%s", std::string(200, 'x').c_str());
+/* Fills the disk after `room` bytes, logs on, and makes room again; the lines that are in the log then. */
+texts lines_of_full_disk(const std::string &directory, rlim_t room) {
+  int status = status_of_child([&] {
+    std::string error;
+    signal(SIGXFSZ, SIG_DFL);
+    if (!log_open(directory, &error)) _exit(1);
+    limit_file_size(room);
+    for (int i = 0; i < 20; i++) {
+      errno = EXDEV;
+      l7proc_logf(L7PROC_INFO, 0, "f", i, "%s", std::string(200, 'x').c_str());
+      if (errno != EXDEV) _exit(2);
+    }
     limit_file_size(RLIM_INFINITY);
     l7proc_logf(L7PROC_INFO, 0, "f", 20, "room again");
     l7proc_logf(L7PROC_INFO, 0, "f", 21, "and on");
   });
-  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-  texts lines = logged();
-  ASSERT_EQ(lines.size(), 7u);
-  for (int i = 0; i < 4; i++)
-    EXPECT_EQ(lines[i], "INFO f:" + std::to_string(i) + " " + std::string(200, 'x'));
-  EXPECT_TRUE(std::regex_match(
-      lines[4], std::regex("WARNING log\\.cpp:\\d+ 16 lines were dropped: the log could not be written")))
-      << lines[4];
-  EXPECT_EQ(lines[5], "INFO f:20 room again");
-  EXPECT_EQ(lines[6], "INFO f:21 and on");
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  texts lines = lines_of(file_content(directory + "/log"));
+  for (std::string &line : lines) line.erase(0, 25);
+  return lines;
+}
+
+TEST_F(Log, FullDiskLosesLinesButNeitherTearsNorKills) {
+  /* A line has 235 bytes: room for four of them, and for four and a piece. */
+  for (rlim_t room : {940, 1000}) {
+    unlink(file().c_str());
+    texts lines = lines_of_full_disk(directory.path, room);
+    ASSERT_EQ(lines.size(), 7u);
+    for (size_t i = 0; i < 4; i++)
+      EXPECT_EQ(lines[i], "INFO f:" + std::to_string(i) + " " + std::string(200, 'x'));
+    EXPECT_TRUE(std::regex_match(
+        lines[4], std::regex("WARNING log\\.cpp:\\d+ 16 lines were dropped: the log could not be written")))
+        << lines[4];
+    EXPECT_EQ(lines[5], "INFO f:20 room again");
+    EXPECT_EQ(lines[6], "INFO f:21 and on");
+  }
 }
 
 /* --- The console -----------------------------------------------------------------------------------------
@@ -330,6 +348,28 @@ TEST_F(Log, ClosingDoesNotWaitForAStuckTerminal) {
   log_close();
   /* Reached at all: nobody had read a byte. What is left to the thread comes once somebody does. */
   EXPECT_NE(read_until_dropped_note(terminal.reader), "");
+}
+
+/* --- The threads of the services ------------------------------------------------------------------------ */
+
+void *read_signal_mask(void *mask) {
+  pthread_sigmask(SIG_BLOCK, nullptr, static_cast<sigset_t *>(mask));
+  return nullptr;
+}
+
+TEST(ServiceThread, TakesNoSignalsButThoseOfACrashAndLeavesItsMakersAlone) {
+  sigset_t before, inside, after;
+  pthread_t thread;
+  pthread_sigmask(SIG_BLOCK, nullptr, &before);
+  ASSERT_TRUE(service_thread_start(&thread, "test", read_signal_mask, &inside));
+  pthread_join(thread, nullptr);
+  pthread_sigmask(SIG_BLOCK, nullptr, &after);
+  for (int blocked : {SIGTERM, SIGINT, SIGHUP, SIGPIPE, SIGCHLD, SIGALRM, SIGUSR1})
+    EXPECT_TRUE(sigismember(&inside, blocked)) << blocked;
+  for (int open : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT})
+    EXPECT_FALSE(sigismember(&inside, open)) << open;
+  for (int number = 1; number < 32; number++)
+    EXPECT_EQ(sigismember(&after, number), sigismember(&before, number)) << number;
 }
 
 /* --- Crash records ---------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/epoll.h>
 #include <unistd.h>
 
 struct Event {
@@ -221,6 +222,22 @@ TEST(Loop, WriteToAPeerThatIsGoneClosesTheConnection) {
   client.close();
   ns_send(c, "late", 4);
   ASSERT_TRUE(loop.run_until([&] { return loop.seen(NET_EV_CLOSE); }));
+}
+
+TEST(Loop, ClosedConnectionIsForgottenWhileAForkedChildHoldsItsSocket) {
+  Loop loop;
+  Client client(loop.listen());
+  ASSERT_TRUE(loop.run_until([&] { return loop.seen(NET_EV_ACCEPT); }));
+  ns_connection *c = ns_next(&loop.mgr, nullptr);
+  ns_mgr_poll(&loop.mgr, 0);
+  const int childs = dup(c->sock);
+  c->flags |= CONN_CLOSE_NOW;
+  ASSERT_TRUE(loop.run_until([&] { return loop.seen(NET_EV_CLOSE); }));
+  loop.events.clear();
+  client.send("to nobody");
+  struct epoll_event reported;
+  EXPECT_EQ(epoll_wait(loop.mgr.poller, &reported, 1, 0), 0);
+  close(childs);
 }
 
 TEST(Connect, SucceedsWithZeroAndThenCarriesData) {

@@ -85,15 +85,21 @@ TEST(Request, BodyIsNotAttachedAtAuthorisationOnAnyRequestOfAConnection) {
   EXPECT_EQ(asked, 3);
 }
 
-TEST(Request, HeadArrivingByteByByteIsOneRequest) {
+TEST(Request, HeadArrivingByteByByteIsOneRequestAndLookedAtOnce) {
   TestServer server;
   server.on_event = answer_with("ok");
   Client client(server.port());
-  for (const char c : std::string("GET /slow HTTP/1.1\r\nA: b\r\n\r\n")) {
+  ASSERT_TRUE(server.run_until([&] { return server.client_count() == 1; }));
+  const ns_connection *nc = server.first_client();
+  const auto *record = static_cast<const connection *>(nc->user_data);
+  int received = 0;
+  for (const char c : std::string("GET /slow HTTP/1.1\r\nA: b\r\n\r")) {
     client.send(std::string(1, c));
-    server.run_passes(1);
+    received++;
+    ASSERT_TRUE(server.run_until([&] { return nc->recv_iobuf.len == static_cast<size_t>(received); }));
+    EXPECT_EQ(record->head_scanned, received);
   }
-  EXPECT_EQ(server.ask(client, ""), chunked_reply("ok"));
+  EXPECT_EQ(server.ask(client, "\n"), chunked_reply("ok"));
 }
 
 TEST(Request, LargeBodyIsHeldUntilItIsWhole) {
@@ -140,6 +146,17 @@ TEST(Request, NegativeReceiveResultClosesAfterSending) {
             "HTTP/1.1 403 Forbidden\r\n\r\n");
   EXPECT_TRUE(client.closed);
   EXPECT_EQ(server.events, (Events{"auth", "recv", "close"}));
+}
+
+TEST(Request, NegativeReceiveResultClosesAlsoWhenTheRequestIsWhole) {
+  TestServer server;
+  server.on_event = [](mg_connection *c, mg_event event) -> int {
+    return event == MG_RECV ? -1 : answer_with("last")(c, event);
+  };
+  Client client(server.port());
+  EXPECT_EQ(server.ask(client, get_request), chunked_reply("last"));
+  EXPECT_TRUE(client.closed);
+  EXPECT_EQ(server.events, (Events{"auth", "recv", "request", "close"}));
 }
 
 TEST(Request, RequestKeptOpenIsFinishedFromThePoll) {

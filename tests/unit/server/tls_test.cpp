@@ -104,6 +104,9 @@ TEST(Tls, SlowReaderOfALargeReplyIsHeardAgain) {
   client.send(get_request);
   ASSERT_TRUE(server.run_until(
       [&] { return server.first_client() && server.first_client()->flags & CONN_WANT_WRITE; }));
+  server.run_passes(5);
+  EXPECT_TRUE(server.first_client()->send_blocked);
+  EXPECT_EQ(server.first_client()->ready, 0u); /* it waits instead of trying again and again */
   client.reading = true;
   ASSERT_TRUE(
       server.run_until([&] { return client.received.size() == chunked_reply(large).size(); }, {&client}));

@@ -1,0 +1,128 @@
+/* Whole requests through authorisation, dispatch and modules, with the switch's own log. */
+#include "engine/rest_engine_session_hdr.h"
+#include "engine/rest_web_request_hdr.h"
+#include "tests/support/temporary_dir.h"
+#include "tests/unit/modules/vlan_fixture.h"
+
+#include <string.h>
+
+class RequestTest : public VlanTest {
+protected:
+  RequestTest() {
+    client_handle = *handle;
+    lines_before = log_lines().size();
+  }
+  static std::string serve(const std::string &method, const std::string &uri, const std::string &query = "",
+                           const std::string &body = "") {
+    FakeRequest request(method, uri, query, body);
+    char *content = request.conn()->content;
+    request.detach_body();
+    evt_handler(request.conn(), MG_AUTH);
+    request.conn()->content = content;
+    evt_handler(request.conn(), MG_REQUEST);
+    return answer_body(request, "xml");
+  }
+  std::string log_in() const {
+    serve("POST", "/login", "", "user=admin&password=correct+horse");
+    return session_table[0].session_key;
+  }
+  /* What the log has got since the test began. */
+  std::vector<std::string> new_lines() const {
+    std::vector<std::string> lines = log_lines();
+    return std::vector<std::string>(lines.begin() + static_cast<long>(lines_before), lines.end());
+  }
+
+  size_t lines_before;
+};
+
+static const std::string AUDIT =
+    "WARNING rest_common.c:129 RESTful API Engine: User from [127.0.0.1] accesses API ";
+
+TEST_F(RequestTest, WholeScenarioIsServedAndAudited) {
+  std::string key = log_in(), with_key = "sessionkey=" + key;
+  EXPECT_EQ(serve("POST", "/vlans/10", with_key), expected_answers(0, "Create VLAN 10 successfully.").xml);
+  EXPECT_EQ(serve("PUT", "/vlans/10/name", with_key, "value=servers"),
+            expected_answers(0, "Update name of VLAN 10 successfully.").xml);
+  EXPECT_EQ(serve("GET", "/vlans/10", with_key), expected_details(10, "servers", {}).xml);
+  EXPECT_EQ(serve("GET", "/vlans/10", with_key + "&method=delete"),
+            expected_answers(0, "Delete VLAN 10 successfully.").xml);
+  EXPECT_EQ(serve("GET", "/vlans/10", with_key), expected_answers(1, "VLAN 10 does not exist.").xml);
+  EXPECT_EQ(serve("DELETE", "/login", with_key), expected_answers(0, "Log out successfully.").xml);
+  EXPECT_EQ(serve("GET", "/vlans", with_key),
+            expected_answers(900, "Session time out or log out. Please log in again.").xml);
+  EXPECT_EQ(new_lines(),
+            (std::vector<std::string>{
+                AUDIT + "[POST /login?]: Log in successfully. (0)",
+                AUDIT + "[POST /vlans/10?" + with_key + "]: Create VLAN 10 successfully. (0)",
+                AUDIT + "[PUT /vlans/10/name?" + with_key + "]: Update name of VLAN 10 successfully. (0)",
+                AUDIT + "[DELETE /vlans/10?" + with_key + "&method=delete]: Delete VLAN 10 successfully. (0)",
+                AUDIT + "[DELETE /login?" + with_key + "]: Log out successfully. (0)",
+            }));
+}
+
+TEST_F(RequestTest, PasswordNeverReachesTheLog) {
+  serve("POST", "/login", "user=admin&password=correct+horse");
+  serve("GET", "/login", "method=post&user=admin&password=correct+horse");
+  serve("POST", "/login", "", "user=admin&password=correct+horse");
+  serve("POST", "/login/", "user=admin&password=correct+horse");
+  for (const std::string &line : log_lines()) {
+    EXPECT_EQ(line.find("horse"), std::string::npos) << line;
+    EXPECT_EQ(line.find("user=admin"), std::string::npos) << line;
+  }
+  EXPECT_EQ(new_lines().size(), 4u);
+}
+
+TEST_F(RequestTest, PercentSignsAndLineBreaksStayWithinOneLine) {
+  std::string key = log_in();
+  serve("PUT", "/vlans/10/%n%s\n2026-01-01T00:00:00.000Z INFO forged", "value=%n%s%5000d&sessionkey=" + key);
+  std::vector<std::string> lines = new_lines();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[1],
+            AUDIT + "[PUT /vlans/10/%n%s 2026-01-01T00:00:00.000Z INFO forged?value=%n%s%5000d&sessionkey=" +
+                key + "]: Bad Request. Please check your method and URI. (902)");
+}
+
+TEST_F(RequestTest, LongRequestsAreLoggedInOneLine) {
+  serve("DELETE", "/vlans/1", "x=" + std::string(20000, 'x'));
+  std::vector<std::string> lines = new_lines();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].size(), strlen("WARNING rest_common.c:129 ") + 16383);
+}
+
+TEST_F(RequestTest, ReadingIsNeverLogged) {
+  std::string key = log_in();
+  size_t before = new_lines().size();
+  for (const char *uri :
+       {"/vlans", "/base", "/base/idname", "/login", "/login/RESTSessions", "/nothing", "/vlans/"}) {
+    serve("GET", uri, "sessionkey=" + key);
+    serve("GET", uri);
+  }
+  EXPECT_EQ(new_lines().size(), before);
+}
+
+TEST_F(RequestTest, EveryModuleIsReachedByItsName) {
+  std::string key = log_in();
+  EXPECT_EQ(serve("GET", "/vlans", "sessionkey=" + key), expected_list({1}).xml);
+  for (const char *uri : {"/base/", "/vlans/", "/login/"}) {
+    EXPECT_EQ(serve("GET", uri, "sessionkey=" + key), expected_bad_request().xml) << uri;
+  }
+}
+
+TEST_F(RequestTest, AddressTextsAreThePlatformsToParse) {
+  open_inet_addr_t address;
+  EXPECT_EQ(convert_ip_string_to_inet_addr(handle, "10.0.0.2", &address), RC_TRUE);
+  EXPECT_EQ(address.family, OPEN_AF_INET);
+  EXPECT_EQ(address.addr.ipv4, 0x0a000002u);
+  EXPECT_EQ(convert_ip_string_to_inet_addr(handle, "2001:db8::10", &address), RC_TRUE);
+  char text[IP_TEXT_SIZE];
+  EXPECT_EQ(convert_inet_addr_to_ip_string(handle, &address, text), RC_TRUE);
+  EXPECT_STREQ(text, "2001:db8::10");
+  for (const char *bad :
+       {"", "10.0.0", "10.0.0.256", "10.0.0.2/24", " 10.0.0.2", "fe80::1%eth0", ":::", "host"}) {
+    EXPECT_EQ(convert_ip_string_to_inet_addr(handle, bad, &address), RC_FALSE) << bad;
+  }
+  for (open_error_t rc : all_platform_errors()) {
+    fault("rpcclt_openapiInetAddrGet", rc);
+    EXPECT_EQ(convert_ip_string_to_inet_addr(handle, "10.0.0.2", &address), RC_FALSE) << rc;
+  }
+}
