@@ -72,7 +72,7 @@ class Aging(DaemonTest):
         silent = self.client(self.daemon, tls=True, handshake=False)
         busy = self.client(self.daemon)
         self.assert_serves(self.daemon)  # and so it has taken all those that came before
-        self.shift(299)
+        self.shift(290)
         self.assert_answers(busy.ask("GET", "/vlans"), wire.NO_KEY)
         for client in (*idle, head_begun):
             self.assertTrue(client.is_open())
