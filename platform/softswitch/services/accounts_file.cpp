@@ -126,6 +126,10 @@ static bool make_account(std::string_view password, int level, account *made, st
   return false;
 }
 
+static std::string first_password_path(const std::string &state_dir) {
+  return state_dir + "/admin-password";
+}
+
 bool make_first_accounts(const std::string &state_dir, const std::string &admin_password,
                          std::string *error) {
   std::string path = accounts_path(state_dir);
@@ -138,7 +142,7 @@ bool make_first_accounts(const std::string &state_dir, const std::string &admin_
   account admin;
   if (!make_account(password, OPEN_LOGIN_ACCESS_READ_WRITE, &admin, error)) return false;
   /* The password must be there before the account is: a crash in between then costs nothing. */
-  if (admin_password.empty() && !replace_file(state_dir + "/admin-password", password + "\n", 0600, error))
+  if (admin_password.empty() && !replace_file(first_password_path(state_dir), password + "\n", 0600, error))
     return false;
   return write_accounts(path, {{"admin", admin}}, error);
 }
@@ -160,7 +164,9 @@ bool accounts_set(const std::string &state_dir, std::string_view user, std::stri
   account_table table;
   if (file_exists(path) && !read_accounts(path, &table, error)) return false;
   table.insert_or_assign(std::string(user), made);
-  return write_accounts(path, table, error);
+  if (!write_accounts(path, table, error)) return false;
+  if (user == "admin") unlink(first_password_path(state_dir).c_str()); /* it tells the password no longer */
+  return true;
 }
 
 bool accounts_remove(const std::string &state_dir, std::string_view user, std::string *error) {

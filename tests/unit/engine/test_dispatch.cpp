@@ -178,6 +178,20 @@ TEST_F(DispatchTest, AuthorisationOfOneRequestIsNotTheNextOnes) {
   EXPECT_EQ(serve("GET", "/login", with_key()), LOGIN_INFO);
 }
 
+/* While one request's body is on its way the server serves other clients. */
+TEST_F(DispatchTest, RequestsInBetweenLendAndTakeNoAuthorisation) {
+  FakeRequest stranger("PUT", "/login/RESTTimeout", "value=160"), owner("GET", "/login", with_key());
+  evt_handler(stranger.conn(), MG_AUTH);
+  evt_handler(owner.conn(), MG_AUTH);
+  evt_handler(stranger.conn(), MG_REQUEST);
+  EXPECT_EQ(answer_body(stranger, "xml"), NO_KEY);
+  EXPECT_EQ(session_timeout_seconds, 300u);
+  stranger.clear_reply();
+  evt_handler(stranger.conn(), MG_AUTH);
+  evt_handler(owner.conn(), MG_REQUEST);
+  EXPECT_EQ(answer_body(owner, "xml"), LOGIN_INFO);
+}
+
 TEST_F(DispatchTest, OtherEventsAreLeftToTheServer) {
   FakeRequest request("GET", "/login", with_key());
   for (mg_event event :

@@ -250,6 +250,15 @@ TEST_F(Accounts, NewPasswordHoldsAtOnceAndAfterARestart) {
   EXPECT_EQ(mode_of(file()), 0600u);
 }
 
+TEST_F(Accounts, RandomFirstPasswordIsForgottenWhenAdminGetsAnother) {
+  ASSERT_TRUE(open("")) << error;
+  std::string left = directory.path + "/admin-password";
+  ASSERT_TRUE(accounts_set(directory.path, "operator", "chosen", 15, &error)) << error;
+  EXPECT_EQ(access(left.c_str(), F_OK), 0);
+  ASSERT_TRUE(accounts_set(directory.path, "admin", "chosen", 15, &error)) << error;
+  EXPECT_NE(access(left.c_str(), F_OK), 0);
+}
+
 TEST_F(Accounts, AddedAccountLeavesTheOthersAlone) {
   ASSERT_TRUE(open("secret")) << error;
   ASSERT_TRUE(accounts_set(directory.path, "guest", "p\xc3\xa4ss word:", 1, &error)) << error;
