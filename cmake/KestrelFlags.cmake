@@ -17,6 +17,7 @@ if(KESTREL_SANITIZE)
   set(KESTREL_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_compile_options(kestrel_flags INTERFACE ${KESTREL_SANITIZERS})
   target_link_options(kestrel_flags INTERFACE ${KESTREL_SANITIZERS})
+  target_compile_definitions(kestrel_flags INTERFACE KESTREL_SANITIZED)
 else()
   target_compile_options(kestrel_flags INTERFACE
     -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)

@@ -106,8 +106,8 @@ void replace_password(const char *data, size_t data_len, char *dst, size_t dst_l
     size_t value = i + strlen(NAME);
     const void *end = memchr(data + value, '&', data_len - value);
     size_t rest = end == nullptr ? data_len : static_cast<size_t>(static_cast<const char *>(end) - data);
-    snprintf(dst, dst_len, "%.*s**********%.*s", static_cast<int>(value), data, static_cast<int>(data_len - rest),
-             data + rest);
+    snprintf(dst, dst_len, "%.*s**********%.*s", static_cast<int>(value), data,
+             static_cast<int>(data_len - rest), data + rest);
     return;
   }
 }
@@ -166,33 +166,36 @@ void send_file_help_doc_error(mg_connection *conn, node_t *dataN1_ptr) {
 }
 
 static const enum_text open_error_results[] = {
-    {OPEN_E_ERROR, "OPEN_E_ERROR"},       {OPEN_E_EMPTY, "OPEN_E_EMPTY"},
+    {OPEN_E_ERROR, "OPEN_E_ERROR"},         {OPEN_E_EMPTY, "OPEN_E_EMPTY"},
     {OPEN_E_NOT_FOUND, "OPEN_E_NOT_FOUND"}, {OPEN_E_UNAVAIL, "OPEN_E_UNAVAIL"},
-    {OPEN_E_DISABLED, "OPEN_E_DISABLED"}, {OPEN_E_FAIL, "OPEN_E_FAIL"},
-    {OPEN_E_TIMEOUT, "OPEN_E_TIMEOUT"},   {OPEN_E_EXISTS, "OPEN_E_EXISTS"},
-    {OPEN_E_FULL, "OPEN_E_FULL"},         {OPEN_E_PARAM, "OPEN_E_PARAM"},
-    {OPEN_E_INTERNAL, "OPEN_E_INTERNAL"}, {OPEN_E_RPC, "OPEN_E_RPC"},
+    {OPEN_E_DISABLED, "OPEN_E_DISABLED"},   {OPEN_E_FAIL, "OPEN_E_FAIL"},
+    {OPEN_E_TIMEOUT, "OPEN_E_TIMEOUT"},     {OPEN_E_EXISTS, "OPEN_E_EXISTS"},
+    {OPEN_E_FULL, "OPEN_E_FULL"},           {OPEN_E_PARAM, "OPEN_E_PARAM"},
+    {OPEN_E_INTERNAL, "OPEN_E_INTERNAL"},   {OPEN_E_RPC, "OPEN_E_RPC"},
     {OPEN_E_NONE, "OPEN_E_NONE"},
 };
 
 static const enum_text control_words[] = {{OPEN_ENABLE, "enable"}, {OPEN_DISABLE, "disable"}};
 
+static const char OPERATION_FAILED[] = "The operation was failed or some error happened, please send the "
+                                       "correct request or check the limitation "
+                                       "of feature.";
+static const char INTERNAL_FAULT[] = "There is some internal fault happened, please try again.";
+static const char ALREADY_SET[] = "The same setting is already set.";
+static const char PLATFORM_REFUSED[] =
+    "Operation failed. It was possibly caused by non-existent resource id in URI, invalid parameters, or the "
+    "operation is not supported on the platform.";
+
 void send_open_error_response(mg_connection *conn, open_error_t open_rlt, node_t *dataN1_ptr) {
   free_tree(dataN1_ptr);
   if (open_rlt == OPEN_E_ERROR || open_rlt == OPEN_E_FAIL) {
-    send_response(conn, RESULT_OPERATION_FAILED,
-                  "The operation was failed or some error happened, please send the correct request or check the "
-                  "limitation of feature.",
-                  nullptr);
+    send_response(conn, RESULT_OPERATION_FAILED, OPERATION_FAILED, nullptr);
   } else if (open_rlt == OPEN_E_TIMEOUT || open_rlt == OPEN_E_INTERNAL) {
-    send_response(conn, RESULT_INTERNAL_FAULT, "There is some internal fault happened, please try again.", nullptr);
+    send_response(conn, RESULT_INTERNAL_FAULT, INTERNAL_FAULT, nullptr);
   } else if (open_rlt == OPEN_E_EXISTS) {
-    send_response(conn, RESULT_ALREADY_SET, "The same setting is already set.", nullptr);
+    send_response(conn, RESULT_ALREADY_SET, ALREADY_SET, nullptr);
   } else {
-    send_response(conn, RESULT_PLATFORM_REFUSED,
-                  "Operation failed. It was possibly caused by non-existent resource id in URI, invalid parameters, "
-                  "or the operation is not supported on the platform.",
-                  nullptr);
+    send_response(conn, RESULT_PLATFORM_REFUSED, PLATFORM_REFUSED, nullptr);
   }
 }
 
@@ -206,7 +209,8 @@ RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr)
 
 /* --- How operations end --------------------------------------------------------------------------------- */
 
-static void send_formatted(mg_connection *conn, uint16_t result_code, node_t *tree, const char *format, va_list ap) {
+static void send_formatted(mg_connection *conn, uint16_t result_code, node_t *tree, const char *format,
+                           va_list ap) {
   char message[sizeof(val_data_t)]; /* what the envelope's message holds */
   vsnprintf(message, sizeof message, format, ap);
   send_response(conn, result_code, message, tree);

@@ -1,5 +1,5 @@
-/* What every module includes: the request variables common to all requests, the response writer and the table of
- * result codes. */
+/* What every module includes: the request variables common to all requests, the response writer and the table
+ * of result codes. */
 #ifndef KESTREL_ENGINE_REST_COMMON_H
 #define KESTREL_ENGINE_REST_COMMON_H
 
@@ -51,14 +51,15 @@ return_format_t parse_return_format(mg_connection *conn);
 /* The variable "sessionkey" into a buffer of SESSION_KEY_SIZE bytes; empty when absent. RC_FALSE for a null
  * buffer. */
 RC_t parse_session_key(mg_connection *conn, char *sessionKey);
-/* Splits "/vlans/10/name" into "vlans" and "/10/name". Both buffers hold REQUEST_URI_SIZE bytes; what is missing
- * is empty. */
+/* Splits "/vlans/10/name" into "vlans" and "/10/name". Both buffers hold REQUEST_URI_SIZE bytes; what is
+ * missing is empty. */
 void split_uri(const char *uri, char *module_name, char *rest);
 
 /* --- Responses ----------------------------------------------------------------------------------------- */
 
-/* Answers the request: wraps the tree in the envelope `result`, prints it as the request's format asks and, for
- * POST, PUT and DELETE, writes the audit line. Takes ownership of the tree, which may be null (no rlt_data). */
+/* Answers the request: wraps the tree in the envelope `result`, prints it as the request's format asks and,
+ * for POST, PUT and DELETE, writes the audit line. Takes ownership of the tree, which may be null (no
+ * rlt_data). */
 void send_response(mg_connection *conn, uint16_t result_code, const char *result_mesg, node_t *dataN1_ptr);
 /* The engine's standard error answers. They free the tree; its data is never sent. */
 void send_exception_error(mg_connection *conn, node_t *dataN1_ptr);     /* 909 */
@@ -74,12 +75,14 @@ int refuse(mg_connection *conn, uint16_t result_code, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 int fail(mg_connection *conn, open_error_t open_rlt, node_t *tree);
 
-/* Texts of platform values. RC_FALSE (with an empty text) for an unknown value, RC_FALSE for a null buffer. */
-RC_t get_open_error_string_by_eum(open_error_t errorEnum, char *out_errorStr);     /* up to 20 bytes */
-RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr);  /* up to 8 bytes */
+/* Texts of platform values. RC_FALSE (with an empty text) for an unknown value, RC_FALSE for a null buffer.
+ */
+RC_t get_open_error_string_by_eum(open_error_t errorEnum, char *out_errorStr);    /* up to 20 bytes */
+RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr); /* up to 8 bytes */
 
-/* Copies a query string with the value of its variable "password" masked; empty when it has none or does not fit
- * into dst_len - 1 characters. The masked text may take up to 10 characters more than `data`: dst_len bounds it. */
+/* Copies a query string with the value of its variable "password" masked; empty when it has none or does not
+ * fit into dst_len - 1 characters. The masked text may take up to 10 characters more than `data`: dst_len
+ * bounds it. */
 void replace_password(const char *data, size_t data_len, char *dst, size_t dst_len);
 
 #endif

@@ -13,8 +13,8 @@ typedef struct {
 
 /* An empty text with room for 1023 characters; null when memory is exhausted. */
 dyn_string_t *dynStringNew(void);
-/* Appends a text. When it does not fit the buffer grows by its length plus 1024 bytes. Fails, leaving the text
- * as it was, for a null argument, when memory is exhausted or beyond 2 GiB. */
+/* Appends a text. When it does not fit the buffer grows by its length plus 1024 bytes. Fails, leaving the
+ * text as it was, for a null argument, when memory is exhausted or beyond 2 GiB. */
 DYN_STRING_RC_t dynStringAppend(dyn_string_t *pStr, const char *pAddStr);
 /* The same for the first `length` characters of `add`, which holds no terminator among them. */
 DYN_STRING_RC_t dynStringAppendN(dyn_string_t *pStr, const char *add, int length);

@@ -13,7 +13,9 @@ api_loginsession_t session_table[MAX_SESSIONS];
 int32_t next_ssid = 1;
 uint32_t session_timeout_seconds = SESSION_TIMEOUT_DEFAULT;
 
-static uint32_t now_seconds(void) { return static_cast<uint32_t>(rest_time()); }
+static uint32_t now_seconds(void) {
+  return static_cast<uint32_t>(rest_time());
+}
 
 /* The first session with that number; 0 finds the first free slot. Null if there is none. */
 static api_loginsession_t *find_slot(uint32_t ssid) {
@@ -23,7 +25,9 @@ static api_loginsession_t *find_slot(uint32_t ssid) {
   return nullptr;
 }
 
-static api_loginsession_t *find_session(uint32_t ssid) { return ssid == 0 ? nullptr : find_slot(ssid); }
+static api_loginsession_t *find_session(uint32_t ssid) {
+  return ssid == 0 ? nullptr : find_slot(ssid);
+}
 
 static void free_slot(api_loginsession_t *session) {
   session->session_id = 0;
@@ -135,8 +139,8 @@ static std::string status_text(void) {
   char line[512]; /* name, address and numbers take less */
   for (const api_loginsession_t &session : session_table) {
     if (session.session_id == 0) continue;
-    snprintf(line, sizeof line, "%d;%s;%s;%s;%d;%d\n", session.session_id, session.session_key, session.user_name,
-             session.remote_ip, session.login_time, session.last_activity_time);
+    snprintf(line, sizeof line, "%d;%s;%s;%s;%d;%d\n", session.session_id, session.session_key,
+             session.user_name, session.remote_ip, session.login_time, session.last_activity_time);
     text += line;
   }
   return text;
@@ -146,7 +150,8 @@ RC_t output_session_file(void) {
   static api_loginsession_t mirrored[MAX_SESSIONS]; /* the table that the file holds */
   static status_file file;
   const std::string &path = rest_settings().session_file;
-  if (memcmp(mirrored, session_table, sizeof mirrored) == 0 && status_file_is_ours(&file, path)) return RC_TRUE;
+  if (memcmp(mirrored, session_table, sizeof mirrored) == 0 && status_file_is_ours(&file, path))
+    return RC_TRUE;
   if (!write_status_file(&file, path, status_text())) return RC_FALSE;
   memcpy(mirrored, session_table, sizeof mirrored);
   return RC_TRUE;

@@ -1,5 +1,5 @@
-/* REST sessions: a table of at most five, found by key and client address, expired when idle, and mirrored into
- * the status file (engine/rest_settings.h) for other programs on the switch. */
+/* REST sessions: a table of at most five, found by key and client address, expired when idle, and mirrored
+ * into the status file (engine/rest_settings.h) for other programs on the switch. */
 #ifndef KESTREL_ENGINE_REST_ENGINE_SESSION_HDR_H
 #define KESTREL_ENGINE_REST_ENGINE_SESSION_HDR_H
 
@@ -13,7 +13,7 @@ enum {
 };
 
 typedef struct api_loginsession_s {
-  uint32_t session_id;               /* 0 = free slot */
+  uint32_t session_id;                /* 0 = free slot */
   char session_key[SESSION_KEY_SIZE]; /* 32 lower-case hexadecimal digits; empty in a free slot */
   char user_name[256];
   char remote_ip[48];
@@ -26,9 +26,9 @@ extern api_loginsession_t session_table[MAX_SESSIONS];
 extern int32_t next_ssid;                /* number of the next session, 1..2147483647 */
 extern uint32_t session_timeout_seconds; /* 0 = sessions never expire */
 
-/* Opens a session after sweeping out expired ones and writes its key (SESSION_KEY_SIZE bytes). The key is the MD5
- * digest of the address and the current second, so two logins from one address within a second share it. RC_FALSE
- * when all slots are taken. */
+/* Opens a session after sweeping out expired ones and writes its key (SESSION_KEY_SIZE bytes). The key is the
+ * MD5 digest of the address and the current second, so two logins from one address within a second share it.
+ * RC_FALSE when all slots are taken. */
 RC_t create_session(const char *user, const char *ip, uint16_t port, unsigned char *sessionKey);
 /* Number of the first session with that key and address; 0 if none. */
 uint32_t get_session_id(const char *ip, const char *sessionKey);
@@ -45,9 +45,9 @@ int compare(const void *a, const void *b);
 /* Idle time-out in seconds, not checked here. */
 RC_t set_session_timeout(uint32_t seconds);
 RC_t get_session_timeout(uint32_t *seconds);
-/* Makes the status file hold what the table holds, one line "id;key;user;address;login;activity" per session. It
- * is rewritten only when the table has changed or somebody else has touched the file. RC_FALSE when it cannot be
- * written. */
+/* Makes the status file hold what the table holds, one line "id;key;user;address;login;activity" per session.
+ * It is rewritten only when the table has changed or somebody else has touched the file. RC_FALSE when it
+ * cannot be written. */
 RC_t output_session_file(void);
 
 #endif

@@ -16,4 +16,6 @@ open_buffdesc describe_text(const char *text) {
 /* One byte more than the platform may fill, so that its text always ends. */
 platform_text::platform_text(uint32_t size) : desc_{size, calloc(size_t{size} + 1, 1)} {}
 
-platform_text::~platform_text() { free(desc_.pstart); }
+platform_text::~platform_text() {
+  free(desc_.pstart);
+}

@@ -1,5 +1,5 @@
-/* What operations need to take a request apart: its variables and buffers for the platform's texts. (Numbers in
- * the URI: engine/rest_route.h.) */
+/* What operations need to take a request apart: its variables and buffers for the platform's texts. (Numbers
+ * in the URI: engine/rest_route.h.) */
 #ifndef KESTREL_ENGINE_REST_REQUEST_H
 #define KESTREL_ENGINE_REST_REQUEST_H
 

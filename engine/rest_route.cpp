@@ -9,9 +9,11 @@ int scan_uri(const char *uri, const char *pattern, uri_fields_t fields) {
                 fields[7]);
 }
 
-/* The literal text that a pattern begins with. A URI that does not begin with it cannot convert any field, so most
- * rows of a table are passed over without scanning. */
-static size_t literal_length(const char *pattern) { return strcspn(pattern, "%"); }
+/* The literal text that a pattern begins with. A URI that does not begin with it cannot convert any field, so
+ * most rows of a table are passed over without scanning. */
+static size_t literal_length(const char *pattern) {
+  return strcspn(pattern, "%");
+}
 
 static bool route_matches(const rest_route &route, const char *uri) {
   size_t literal = literal_length(route.pattern);
@@ -31,14 +33,16 @@ const rest_route *find_route(std::span<const rest_route> routes, request_method_
   return nullptr;
 }
 
-int handle_by_routes(std::span<const rest_route> routes, openapiClientHandle_t *client_handle, mg_connection *conn) {
+int handle_by_routes(std::span<const rest_route> routes, openapiClientHandle_t *client_handle,
+                     mg_connection *conn) {
   const rest_route *route = find_route(routes, parse_request_method(conn), conn->uri);
   if (route != nullptr) return route->operation(client_handle, conn);
   send_bad_request(conn, nullptr);
   return 0;
 }
 
-bool uri_numbers_or_reply(mg_connection *conn, const char *pattern, std::initializer_list<uint32_t *> numbers) {
+bool uri_numbers_or_reply(mg_connection *conn, const char *pattern,
+                          std::initializer_list<uint32_t *> numbers) {
   uri_fields_t fields;
   if (scan_uri(conn->uri, pattern, fields) < static_cast<int>(numbers.size())) {
     send_bad_request(conn, nullptr);

@@ -1,7 +1,6 @@
-/* The engine's run-time settings, read from the environment once, at the first use. With no variable set they are
- * what the product is shipped with.
- *   KESTREL_ROOT            stands for /mnt/kestrel everywhere: certificate, document root, user-apps/
- *   KESTREL_LISTENING_PORT  the server's listening_port option
+/* The engine's run-time settings, read from the environment once, at the first use. With no variable set they
+ * are what the product is shipped with. KESTREL_ROOT            stands for /mnt/kestrel everywhere:
+ * certificate, document root, user-apps/ KESTREL_LISTENING_PORT  the server's listening_port option
  *   KESTREL_SESSION_FILE    session status file */
 #ifndef KESTREL_ENGINE_REST_SETTINGS_H
 #define KESTREL_ENGINE_REST_SETTINGS_H

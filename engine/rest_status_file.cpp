@@ -11,7 +11,9 @@ namespace {
  * same. After this time a change is certain to get another stamp. */
 constexpr int64_t SETTLING_NANOSECONDS = 20 * 1000 * 1000;
 
-int64_t nanoseconds(const timespec &time) { return int64_t{time.tv_sec} * 1000000000 + time.tv_nsec; }
+int64_t nanoseconds(const timespec &time) {
+  return int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
+}
 
 bool same_file(const struct stat &a, const struct stat &b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
@@ -51,7 +53,8 @@ bool write_status_file(status_file *file, const std::string &path, const std::st
   int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0644);
   if (fd < 0) return false;
   struct stat status;
-  bool whole = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) && fstat(fd, &status) == 0;
+  bool whole =
+      write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) && fstat(fd, &status) == 0;
   close(fd);
   if (!whole) return false;
   file->path = path;

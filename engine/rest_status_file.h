@@ -1,5 +1,5 @@
-/* A small file that always holds what we last wrote: writing it, and telling cheaply whether somebody has removed,
- * replaced or changed it since. */
+/* A small file that always holds what we last wrote: writing it, and telling cheaply whether somebody has
+ * removed, replaced or changed it since. */
 #ifndef KESTREL_ENGINE_REST_STATUS_FILE_H
 #define KESTREL_ENGINE_REST_STATUS_FILE_H
 
@@ -7,17 +7,17 @@
 #include <sys/stat.h>
 
 struct status_file {
-  std::string path;    /* where it was written; empty = never */
-  std::string text;    /* what was written */
-  struct stat seen;    /* its status when it was last known to hold the text */
-  bool settled;        /* `seen` was taken long enough after its change time to tell any later change */
+  std::string path; /* where it was written; empty = never */
+  std::string text; /* what was written */
+  struct stat seen; /* its status when it was last known to hold the text */
+  bool settled;     /* `seen` was taken long enough after its change time to tell any later change */
 };
 
-/* True while the file at `path` is the one written last, untouched. One stat(2); for a moment after a write, when
- * the file's times cannot tell a change yet, the content is compared. */
+/* True while the file at `path` is the one written last, untouched. One stat(2); for a moment after a write,
+ * when the file's times cannot tell a change yet, the content is compared. */
 bool status_file_is_ours(status_file *file, const std::string &path);
-/* Writes the file, truncating what was there; never waits (a pipe without a reader is an error) and follows no
- * symbolic link. False when it cannot be opened or written whole. */
+/* Writes the file, truncating what was there; never waits (a pipe without a reader is an error) and follows
+ * no symbolic link. False when it cannot be opened or written whole. */
 bool write_status_file(status_file *file, const std::string &path, const std::string &text);
 
 #endif

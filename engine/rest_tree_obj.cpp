@@ -11,14 +11,8 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef KESTREL_SANITIZED
 constexpr unsigned MAX_SPARE_NODES = 0;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr unsigned MAX_SPARE_NODES = 0;
-#else
-constexpr unsigned MAX_SPARE_NODES = 16384;
-#endif
 #else
 constexpr unsigned MAX_SPARE_NODES = 16384; /* a list of all 4094 VLANs takes 12 289 */
 #endif
@@ -26,8 +20,8 @@ constexpr unsigned MAX_SPARE_NODES = 16384; /* a list of all 4094 VLANs takes 12
 node_t *spare_nodes = nullptr; /* zero-filled but for next_ptr, which links them */
 unsigned num_spare_nodes = 0;
 
-/* Where a list ends, remembered in its sentinel's unused value so that appending does not walk the list. Such a
- * note holds only while no list anywhere was cut or freed since it was made. */
+/* Where a list ends, remembered in its sentinel's unused value so that appending does not walk the list. Such
+ * a note holds only while no list anywhere was cut or freed since it was made. */
 struct tail_note {
   node_t *tail;
   uint64_t generation;
@@ -47,7 +41,9 @@ node_t *allocate_node() {
   return node;
 }
 
-void clear_text(char *text, size_t size) { memset(text, 0, strnlen(text, size)); }
+void clear_text(char *text, size_t size) {
+  memset(text, 0, strnlen(text, size));
+}
 
 void clear_used_bytes(node_t *node) {
   clear_text(node->key, sizeof node->key);
@@ -69,7 +65,8 @@ void release_node(node_t *node) {
   num_spare_nodes++;
 }
 
-/* Terminates what it copies: a caller may have changed the type of a node, whose bytes were then not all cleared. */
+/* Terminates what it copies: a caller may have changed the type of a node, whose bytes were then not all
+ * cleared. */
 void copy_text(char *dst, size_t size, const char *src) {
   size_t length = src == nullptr ? 0 : strnlen(src, size - 1);
   if (length > 0) memcpy(dst, src, length);
@@ -177,9 +174,13 @@ node_t *append_entry(node_t *n1_ptr, uint32_t position, const char *tagname) {
   return get_subtree_node1(append_tree_subtree(n1_ptr, key, tagname));
 }
 
-node_t *get_next_node(const node_t *node) { return node == nullptr ? nullptr : node->next_ptr; }
+node_t *get_next_node(const node_t *node) {
+  return node == nullptr ? nullptr : node->next_ptr;
+}
 
-node_t *get_last_node(node_t *node) { return node == nullptr ? nullptr : walk_to_end(node); }
+node_t *get_last_node(node_t *node) {
+  return node == nullptr ? nullptr : walk_to_end(node);
+}
 
 node_t *get_subtree_node1(const node_t *node) {
   return node == nullptr ? nullptr : node->val_data.val_subtree_n1_ptr;
@@ -198,7 +199,9 @@ void set_subtree_node1(node_t *node, node_t *child) {
   node->val_data.val_subtree_n1_ptr = child;
 }
 
-VAL_TYPE_t get_node_val_type(const node_t *node) { return node == nullptr ? VAL_TYPE_NULL : node->val_type; }
+VAL_TYPE_t get_node_val_type(const node_t *node) {
+  return node == nullptr ? VAL_TYPE_NULL : node->val_type;
+}
 
 void get_node_key(const node_t *node, char *key, int str_size) {
   copy_out(key, str_size, node == nullptr ? nullptr : node->key);

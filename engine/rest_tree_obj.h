@@ -1,5 +1,5 @@
-/* Result trees: every answer is built as a small tree of named, typed values and printed by the response writer
- * (engine/rest_common.h) as XML or JSON. Modules never print text themselves.
+/* Result trees: every answer is built as a small tree of named, typed values and printed by the response
+ * writer (engine/rest_common.h) as XML or JSON. Modules never print text themselves.
  *
  * A list always begins with a sentinel node of type VAL_TYPE_START; the pointer to it is the list. A subtree
  * node owns a child list. Whoever holds the first node owns the whole tree and releases it with free_tree();
@@ -44,9 +44,9 @@ typedef struct node_s {
 /* A new empty list (its sentinel); null when memory is exhausted. */
 node_t *new_tree(void);
 
-/* Append a node at the end of the list that `n1_ptr` (any node of it, best its sentinel) belongs to and return
- * it; null for a null list or when memory is exhausted, the list being left as it was. Key and tag name are cut
- * to 255 characters. Appending through the sentinel costs the same however long the list is. */
+/* Append a node at the end of the list that `n1_ptr` (any node of it, best its sentinel) belongs to and
+ * return it; null for a null list or when memory is exhausted, the list being left as it was. Key and tag
+ * name are cut to 255 characters. Appending through the sentinel costs the same however long the list is. */
 node_t *append_tree_object(node_t *n1_ptr, const char *key, const char *tagname); /* VAL_TYPE_INT, 0 */
 node_t *append_tree_int(node_t *n1_ptr, const char *key, const char *tagname, int val);
 node_t *append_tree_uint(node_t *n1_ptr, const char *key, const char *tagname, uint32_t val);
@@ -72,13 +72,13 @@ node_t *get_last_node(node_t *node);
 node_t *get_subtree_node1(const node_t *node);
 /* No effect on a null node. */
 void set_next_node(node_t *node, node_t *next);
-/* Frees the node that `node` holds as its child list (that one node: meant for the empty sentinel a new subtree
- * has) and puts `child` in its place. */
+/* Frees the node that `node` holds as its child list (that one node: meant for the empty sentinel a new
+ * subtree has) and puts `child` in its place. */
 void set_subtree_node1(node_t *node, node_t *child);
 /* VAL_TYPE_NULL for a null node. */
 VAL_TYPE_t get_node_val_type(const node_t *node);
-/* Copy a name or a string value into a buffer of `str_size` bytes, which is zero-filled first. The string stays
- * empty when the node is not of type VAL_TYPE_STRING. */
+/* Copy a name or a string value into a buffer of `str_size` bytes, which is zero-filled first. The string
+ * stays empty when the node is not of type VAL_TYPE_STRING. */
 void get_node_key(const node_t *node, char *key, int str_size);
 void get_node_tagname(const node_t *node, char *tagname, int str_size);
 void get_node_val_data_string(const node_t *node, char *str, int str_size);
@@ -89,8 +89,8 @@ void free_tree(node_t *n1_ptr);
 /* --- Printing ------------------------------------------------------------------------------------------ */
 
 /* Store the printed list in *out_ptr, a block that the caller frees; left untouched when memory is exhausted.
- * XML has no declaration, blanks, attributes or escaping; JSON is json-c's default form, in which subtrees are
- * objects and the last of several siblings with one key wins. */
+ * XML has no declaration, blanks, attributes or escaping; JSON is json-c's default form, in which subtrees
+ * are objects and the last of several siblings with one key wins. */
 void print_tree_by_xml(const node_t *n1_ptr, char **out_ptr);
 void print_tree_by_json(const node_t *n1_ptr, char **out_ptr);
 /* One list as a json-c object; released with json_object_put(). */

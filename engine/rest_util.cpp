@@ -54,7 +54,9 @@ RC_t check_string_is_number_within_rest_control(const char *str, int32_t *number
   return *number == OPEN_DISABLE || *number == OPEN_ENABLE ? RC_TRUE : RC_FALSE;
 }
 
-RC_t check_uint16_range(int32_t number) { return number < 0 || number >= 65536 ? RC_FALSE : RC_TRUE; }
+RC_t check_uint16_range(int32_t number) {
+  return number < 0 || number >= 65536 ? RC_FALSE : RC_TRUE;
+}
 
 RC_t convert_to_32bit_uint(const char *buf, uint32_t *localPref) {
   if (buf == nullptr || localPref == nullptr) return RC_FALSE;
@@ -66,7 +68,8 @@ RC_t convert_to_32bit_uint(const char *buf, uint32_t *localPref) {
   return RC_TRUE;
 }
 
-RC_t convert_inet_addr_to_ip_string(openapiClientHandle_t *, const open_inet_addr_t *ipAddr, char *out_ipStr) {
+RC_t convert_inet_addr_to_ip_string(openapiClientHandle_t *, const open_inet_addr_t *ipAddr,
+                                    char *out_ipStr) {
   if (ipAddr == nullptr || out_ipStr == nullptr) return RC_FALSE;
   switch (ipAddr->family) {
   case OPEN_AF_INET:
@@ -104,12 +107,13 @@ RC_t convert_mac_string_to_uchar_ary(const char *macStr, unsigned char *out_macA
   memset(out_macAddr, 0, macAddrSize);
   char group[6][3] = {};
   char rest[2] = {}; /* its first character says enough: something follows the address */
-  int count = sscanf(macStr,
-                     "%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]%1s",
-                     group[0], group[1], group[2], group[3], group[4], group[5], rest);
+  int count =
+      sscanf(macStr, "%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]:%2[A-Za-z0-9]%1s",
+             group[0], group[1], group[2], group[3], group[4], group[5], rest);
   if (count != 6) {
-    count = sscanf(macStr, "%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%1s",
-                   group[0], group[1], group[2], group[3], group[4], group[5], rest);
+    count =
+        sscanf(macStr, "%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%2[A-Za-z0-9]%1s",
+               group[0], group[1], group[2], group[3], group[4], group[5], rest);
   }
   if (count != 6) return RC_FALSE;
   for (int i = 0; i < 6; i++) out_macAddr[i] = static_cast<unsigned char>(strtol(group[i], nullptr, 16));
@@ -128,13 +132,20 @@ RC_t convert_uchar_ary_to_mac_string(const unsigned char *macAddr, char *out_mac
 void upper(const char *in_str, char *out_str) {
   if (in_str == nullptr || out_str == nullptr) return;
   size_t i = 0;
-  for (; in_str[i] != '\0'; i++) out_str[i] = static_cast<char>(toupper(static_cast<unsigned char>(in_str[i])));
+  for (; in_str[i] != '\0'; i++)
+    out_str[i] = static_cast<char>(toupper(static_cast<unsigned char>(in_str[i])));
   out_str[i] = '\0';
 }
 
-static time_t system_clock_seconds(void) { return time(nullptr); }
+static time_t system_clock_seconds(void) {
+  return time(nullptr);
+}
 static time_t (*current_clock)(void) = system_clock_seconds;
 
-time_t rest_time(void) { return current_clock(); }
+time_t rest_time(void) {
+  return current_clock();
+}
 
-void rest_set_clock(time_t (*clock)(void)) { current_clock = clock == nullptr ? system_clock_seconds : clock; }
+void rest_set_clock(time_t (*clock)(void)) {
+  current_clock = clock == nullptr ? system_clock_seconds : clock;
+}

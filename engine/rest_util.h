@@ -1,5 +1,5 @@
-/* Small things that all units share: the helper result type, tables of numbers and words, checks and conversions
- * of values between their text form and the platform's, and the clock. */
+/* Small things that all units share: the helper result type, tables of numbers and words, checks and
+ * conversions of values between their text form and the platform's, and the clock. */
 #ifndef KESTREL_ENGINE_REST_UTIL_H
 #define KESTREL_ENGINE_REST_UTIL_H
 
@@ -24,7 +24,8 @@ struct enum_text {
 const char *find_text_by_enum(std::span<const enum_text> table, int32_t value);
 /* Looks a word up, exactly. RC_FALSE when the table has no such word; *value is then untouched. */
 RC_t find_enum_by_text(std::span<const enum_text> table, const char *text, int32_t *value);
-/* Copies the word of a value into `out`. RC_FALSE with an empty text when there is none, or for a null `out`. */
+/* Copies the word of a value into `out`. RC_FALSE with an empty text when there is none, or for a null `out`.
+ */
 RC_t copy_text_by_enum(std::span<const enum_text> table, int32_t value, char *out);
 
 /* --- Numbers in text ----------------------------------------------------------------------------------- */
@@ -47,8 +48,8 @@ RC_t convert_to_32bit_uint(const char *buf, uint32_t *localPref);
 /* Texts of addresses need at most this many bytes. */
 enum { IP_TEXT_SIZE = 48 };
 
-/* Address to text (inet_ntop(3), IPv6 as RFC 5952 has it) in a buffer of IP_TEXT_SIZE bytes. RC_FALSE for a null
- * pointer or another family. The handle is not used. */
+/* Address to text (inet_ntop(3), IPv6 as RFC 5952 has it) in a buffer of IP_TEXT_SIZE bytes. RC_FALSE for a
+ * null pointer or another family. The handle is not used. */
 RC_t convert_inet_addr_to_ip_string(openapiClientHandle_t *client_handle, const open_inet_addr_t *ipAddr,
                                     char *out_ipStr);
 RC_t convert_ipv6_with_in6_addr_to_ip_string(const open_in6_addr_t *addr, char *out_ipStr);
@@ -58,12 +59,12 @@ RC_t convert_ipv4_with_uint32_to_ip_string(uint32_t addr, char *out_ipStr);
  * characters. */
 RC_t convert_ip_string_to_inet_addr(openapiClientHandle_t *client_handle, const char *ipStr,
                                     open_inet_addr_t *out_ipAddr);
-/* MAC address text to bytes: six groups of one or two letters or digits separated by colons, or twelve without
- * separators. A group is read as hexadecimal as far as it goes (zz is 0, 1g is 1). `macAddrSize` (at least 6)
- * bytes of the output are cleared first. */
+/* MAC address text to bytes: six groups of one or two letters or digits separated by colons, or twelve
+ * without separators. A group is read as hexadecimal as far as it goes (zz is 0, 1g is 1). `macAddrSize` (at
+ * least 6) bytes of the output are cleared first. */
 RC_t convert_mac_string_to_uchar_ary(const char *macStr, unsigned char *out_macAddr, uint32_t macAddrSize);
-/* Six bytes to text in a buffer of 18 bytes: hexadecimal without leading zeros, with colons when `is_sign` is 1,
- * upper case when `is_uppercase` is 1. */
+/* Six bytes to text in a buffer of 18 bytes: hexadecimal without leading zeros, with colons when `is_sign` is
+ * 1, upper case when `is_uppercase` is 1. */
 RC_t convert_uchar_ary_to_mac_string(const unsigned char *macAddr, char *out_macStr, int is_sign,
                                      int is_uppercase);
 /* Upper-case copy of a text; empty for an empty one. The buffers may be the same. */

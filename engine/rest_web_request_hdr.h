@@ -1,4 +1,5 @@
-/* The spine of the engine: start-up, the server's event handler, authorisation and the choice of the module. */
+/* The spine of the engine: start-up, the server's event handler, authorisation and the choice of the module.
+ */
 #ifndef KESTREL_ENGINE_REST_WEB_REQUEST_HDR_H
 #define KESTREL_ENGINE_REST_WEB_REQUEST_HDR_H
 
@@ -10,7 +11,8 @@ extern openapiClientHandle_t client_handle;
 extern int32_t auth_pass;
 
 /* Registers with the platform, waits for its configuration service and makes the server listen. Null when the
- * platform refuses the registration; the reason is then on standard output and the program is to exit with 2. */
+ * platform refuses the registration; the reason is then on standard output and the program is to exit with 2.
+ */
 mg_server *start_engine(void);
 
 /* The server's event handler. */

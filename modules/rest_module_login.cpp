@@ -57,7 +57,8 @@ int api_login_get_info(openapiClientHandle_t *, mg_connection *conn) {
   return succeed(conn, tree, "Get data successfully.");
 }
 
-static void append_session(node_t *sessions, uint32_t position, const api_loginsession_t &session, uint32_t now) {
+static void append_session(node_t *sessions, uint32_t position, const api_loginsession_t &session,
+                           uint32_t now) {
   node_t *entry = append_entry(sessions, position, "rest_session");
   append_tree_string(entry, "user_name", "user_name", session.user_name);
   append_tree_string(entry, "remote_ip", "remote_ip", session.remote_ip);
@@ -70,7 +71,8 @@ int api_login_get_rest_session_list(openapiClientHandle_t *, mg_connection *conn
   int32_t numbers[MAX_SESSIONS];
   uint32_t count = 0;
   uint32_t own = session_of_request(conn);
-  if (own == 0 || update_last_activity_time(own) != RC_TRUE || get_session_id_list(numbers, &count) != RC_TRUE) {
+  if (own == 0 || update_last_activity_time(own) != RC_TRUE ||
+      get_session_id_list(numbers, &count) != RC_TRUE) {
     return fail(conn, OPEN_E_PARAM, nullptr);
   }
 

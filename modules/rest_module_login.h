@@ -12,8 +12,8 @@ int api_login(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_logout(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_login_update_rest_session_timeout(openapiClientHandle_t *client_handle, mg_connection *conn);
 
-/* Asks the switch whether the password is the account's. Both texts are cut to 255 characters. Any account that the
- * switch accepts gets full access. */
+/* Asks the switch whether the password is the account's. Both texts are cut to 255 characters. Any account
+ * that the switch accepts gets full access. */
 RC_t authenticate_user(openapiClientHandle_t *client_handle, const char *userName, const char *password);
 
 #endif

@@ -88,7 +88,8 @@ static open_error_t append_members(openapiClientHandle_t *client_handle, uint32_
   for (uint32_t position = 1; rc == OPEN_E_NONE; position++) {
     uint32_t is_member = 0, next = 0;
     rc = openapiVlanIfParticipationStatusGet(client_handle, vid, ifNum, &is_member);
-    if (rc == OPEN_E_NONE && is_member == 1) rc = append_member(client_handle, vid, ifNum, position, interfaces);
+    if (rc == OPEN_E_NONE && is_member == 1)
+      rc = append_member(client_handle, vid, ifNum, position, interfaces);
     if (rc != OPEN_E_NONE) return rc;
 
     open_error_t walk =
@@ -111,7 +112,8 @@ static open_error_t append_vlan(openapiClientHandle_t *client_handle, uint32_t v
   node_t *vlan = append_branch(tree, "vlan");
   append_tree_int(vlan, "id", "id", static_cast<int>(vid));
   append_tree_string(vlan, "name", "name", name.text());
-  append_tree_string(vlan, "type", "type", openapiVlanIsStatic(client_handle, vid) == 1 ? "static" : "dynamic");
+  append_tree_string(vlan, "type", "type",
+                     openapiVlanIsStatic(client_handle, vid) == 1 ? "static" : "dynamic");
   return append_members(client_handle, vid, append_branch(vlan, "interfaces"));
 }
 

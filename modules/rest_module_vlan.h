@@ -1,5 +1,5 @@
-/* VLANs: /vlans. Creates, deletes, names, lists and describes IEEE 802.1Q VLANs and lists those with changes that
- * the switch has not taken over yet. */
+/* VLANs: /vlans. Creates, deletes, names, lists and describes IEEE 802.1Q VLANs and lists those with changes
+ * that the switch has not taken over yet. */
 #ifndef KESTREL_MODULES_REST_MODULE_VLAN_H
 #define KESTREL_MODULES_REST_MODULE_VLAN_H
 

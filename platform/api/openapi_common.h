@@ -83,7 +83,8 @@ open_error_t rpcclt_openapiConnectivityCheck(openapiClientHandle_t *handle);
  *   addr    the address, family set
  * OPEN_E_PARAM   null argument
  * OPEN_E_FAIL    the text is no address */
-open_error_t rpcclt_openapiInetAddrGet(openapiClientHandle_t *handle, open_buffdesc *text, open_inet_addr_t *addr);
+open_error_t rpcclt_openapiInetAddrGet(openapiClientHandle_t *handle, open_buffdesc *text,
+                                       open_inet_addr_t *addr);
 
 #ifdef __cplusplus
 }

@@ -38,8 +38,8 @@ open_error_t rpcclt_openapiIfFirstGet(openapiClientHandle_t *handle, uint32_t ty
 /* The next interface of a type after `ifNum` (which need not exist).
  * OPEN_E_PARAM   unknown type or state
  * OPEN_E_FAIL    there is none: the walk is over */
-open_error_t rpcclt_openapiIfNextGet(openapiClientHandle_t *handle, uint32_t type, uint32_t state, uint32_t ifNum,
-                                     uint32_t *nextIfNum);
+open_error_t rpcclt_openapiIfNextGet(openapiClientHandle_t *handle, uint32_t type, uint32_t state,
+                                     uint32_t ifNum, uint32_t *nextIfNum);
 
 #ifdef __cplusplus
 }

@@ -16,7 +16,8 @@ typedef struct {
   uint8_t build_num;
 } open_revision_data_t;
 
-/* Texts about the switch. Each fills `text` (give 256 bytes) and answers OPEN_E_PARAM when it does not fit. */
+/* Texts about the switch. Each fills `text` (give 256 bytes) and answers OPEN_E_PARAM when it does not fit.
+ */
 
 /* Version of the switch's operating system. */
 open_error_t rpcclt_openapiNetworkOSVersionGet(openapiClientHandle_t *handle, open_buffdesc *text);

@@ -1,5 +1,5 @@
-/* VLANs (IEEE 802.1Q): existence, names, membership, tagging, port VLAN ids. VLAN ids are 1..4094; members are
- * physical ports and LAGs. */
+/* VLANs (IEEE 802.1Q): existence, names, membership, tagging, port VLAN ids. VLAN ids are 1..4094; members
+ * are physical ports and LAGs. */
 #ifndef OPENAPI_VLAN_H
 #define OPENAPI_VLAN_H
 
@@ -57,7 +57,8 @@ open_error_t rpcclt_openapiVlanNextGet(openapiClientHandle_t *handle, uint32_t v
 open_error_t openapiVlanNextChangedGet(openapiClientHandle_t *handle, uint32_t vlanId, uint32_t *nextVlanId,
                                        uint32_t *deletePending);
 
-/* 1 when the VLAN was created by configuration, 0 when it was learnt or does not exist. Not an open_error_t. */
+/* 1 when the VLAN was created by configuration, 0 when it was learnt or does not exist. Not an open_error_t.
+ */
 uint32_t openapiVlanIsStatic(openapiClientHandle_t *handle, uint32_t vlanId);
 
 /* Bytes that a buffer for a VLAN name needs, the terminator included. */
@@ -76,18 +77,18 @@ open_error_t rpcclt_openapiVlanNameSet(openapiClientHandle_t *handle, uint32_t v
 
 /* Says whether an interface is a member of a VLAN right now: 1 yes, 0 no.
  * OPEN_E_NOT_FOUND  no such VLAN, or no such port or LAG */
-open_error_t openapiVlanIfParticipationStatusGet(openapiClientHandle_t *handle, uint32_t vlanId, uint32_t ifNum,
-                                                 uint32_t *isMember);
+open_error_t openapiVlanIfParticipationStatusGet(openapiClientHandle_t *handle, uint32_t vlanId,
+                                                 uint32_t ifNum, uint32_t *isMember);
 
 /* Reads or sets how an interface is configured to take part in a VLAN (OPEN_VLAN_PARTICIPATION_MODE_t).
  * Note the order: VLAN, interface.
  * OPEN_E_NOT_FOUND  no such VLAN, or no such port or LAG
  * OPEN_E_PARAM   unknown mode
  * OPEN_E_FAIL    the change cannot be stored; nothing was changed */
-open_error_t rpcclt_openapiVlanIfParticipationGet(openapiClientHandle_t *handle, uint32_t vlanId, uint32_t ifNum,
-                                                  uint32_t *mode);
-open_error_t rpcclt_openapiVlanIfParticipationSet(openapiClientHandle_t *handle, uint32_t vlanId, uint32_t ifNum,
-                                                  uint32_t mode);
+open_error_t rpcclt_openapiVlanIfParticipationGet(openapiClientHandle_t *handle, uint32_t vlanId,
+                                                  uint32_t ifNum, uint32_t *mode);
+open_error_t rpcclt_openapiVlanIfParticipationSet(openapiClientHandle_t *handle, uint32_t vlanId,
+                                                  uint32_t ifNum, uint32_t mode);
 
 /* Reads or sets whether frames of a VLAN leave an interface tagged: 1 tagged, 0 untagged. Note the order:
  * interface, VLAN.
@@ -109,8 +110,10 @@ open_error_t rpcclt_openapiVlanIfPvidSet(openapiClientHandle_t *handle, uint32_t
  * OPEN_E_NOT_FOUND  no such port or LAG
  * OPEN_E_PARAM   unknown type
  * OPEN_E_FAIL    the change cannot be stored; nothing was changed */
-open_error_t rpcclt_openapiVlanIfAcceptFrameTypeGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *type);
-open_error_t rpcclt_openapiVlanIfAcceptFrameTypeSet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t type);
+open_error_t rpcclt_openapiVlanIfAcceptFrameTypeGet(openapiClientHandle_t *handle, uint32_t ifNum,
+                                                    uint32_t *type);
+open_error_t rpcclt_openapiVlanIfAcceptFrameTypeSet(openapiClientHandle_t *handle, uint32_t ifNum,
+                                                    uint32_t type);
 
 #ifdef __cplusplus
 }

@@ -112,6 +112,7 @@ class Daemon:
     """One daemon with a root of its own. start() and kill() may alternate; finish() ends it and checks."""
 
     def __init__(self, limits=None, environment=None, state_dir=None, user=None):
+        self.program = program("KESTREL_DAEMON")
         self.root = tempfile.mkdtemp(prefix="kestrel-system-")
         self.state_dir = state_dir or os.path.join(self.root, "state")
         self.session_file = os.path.join(self.root, "sessions")
@@ -122,7 +123,6 @@ class Daemon:
         self.process = None
         self.expected_log = []
         self.complaints = []
-        self.read_up_to = 0  # bytes of standard error looked at
         with open(os.path.join(self.root, "ssl.pem"), "w", encoding="ascii") as file:
             file.write(certificate())
 
@@ -145,7 +145,7 @@ class Daemon:
         """Starts the program without waiting for it."""
         with open(self.output_path("stdout"), "ab") as out, open(self.output_path("stderr"), "ab") as err:
             self.process = subprocess.Popen(
-                [program("KESTREL_DAEMON")], cwd=self.root, env=self.environment(), stdin=subprocess.DEVNULL,
+                [self.program], cwd=self.root, env=self.environment(), stdin=subprocess.DEVNULL,
                 stdout=out, stderr=err, start_new_session=True, user=self.user,
                 preexec_fn=_prepare_child(self.limits))
 
@@ -167,11 +167,16 @@ class Daemon:
         with socket.socket() as probe:
             return probe.connect_ex(("127.0.0.1", port)) == 0
 
+    def output(self, name):
+        """What it has printed so far, over all its starts."""
+        path = self.output_path(name)
+        return read_text(path) if os.path.exists(path) else ""
+
     def stdout(self):
-        return read_text(self.output_path("stdout"))
+        return self.output("stdout")
 
     def stderr(self):
-        return read_text(self.output_path("stderr"))
+        return self.output("stderr")
 
     def kill(self):
         """SIGKILL: the daemon gets no chance to save anything."""
@@ -283,10 +288,12 @@ class Daemon:
 
     def finish(self):
         """Stops the daemon, removes its root and returns what was wrong, as a list of texts."""
-        if self.process is not None:
-            self.kill()
-        self.check_output()
-        shutil.rmtree(self.root)
+        try:
+            if self.process is not None:
+                self.kill()
+            self.check_output()
+        finally:
+            shutil.rmtree(self.root)
         return self.complaints
 
 

@@ -227,8 +227,8 @@ class Heads(HttpTest):
     def test_bad_first_lines(self):
         for line in (b"PATCH /vlans HTTP/1.1", b"get /vlans HTTP/1.1", b"GET", b"GET /vlans",
                      b"GET /vlans FTP/1.1", b"GET /vlans http/1.1", b"/vlans HTTP/1.1",
-                     b"GETT /vlans HTTP/1.1", b"TRACE / HTTP/1.1", b"x", b"HTTP/1.1 200 OK", b"GET vlans HTTP/1.1",
-                     b"GET ../vlans HTTP/1.1", b"GET host:x HTTP/1.1",
+                     b"GETT /vlans HTTP/1.1", b"TRACE / HTTP/1.1", b"x", b"HTTP/1.1 200 OK",
+                     b"GET vlans HTTP/1.1", b"GET ../vlans HTTP/1.1", b"GET host:x HTTP/1.1",
                      b"GET ?a=b HTTP/1.1", b"PRI * HTTP/2.0\r\n\r\nSM"):
             with self.subTest(line=line):
                 self.assert_error_and_close(line + b"\r\n\r\n", BAD)

@@ -28,12 +28,13 @@ class UriTest(DaemonTest):
     def setUpClass(cls):
         cls.daemons = {(form, tls): harness.Daemon() for form in FORMS for tls in (False, True)}
         for daemon in cls.daemons.values():
+            cls.addClassCleanup(cls.finish_one, daemon)
             daemon.start()
             daemon.lab("limit", "settle-milliseconds", "1")  # no scene has to wait for pending changes
 
     @classmethod
-    def tearDownClass(cls):
-        complaints = [complaint for daemon in cls.daemons.values() for complaint in daemon.finish()]
+    def finish_one(cls, daemon):
+        complaints = daemon.finish()
         if complaints:
             raise AssertionError(complaints)
 

@@ -7,6 +7,7 @@
 #include <limits.h>
 #include <math.h>
 #include <memory>
+#include <random>
 #include <stdlib.h>
 #include <string.h>
 #include <string>
@@ -36,7 +37,66 @@ std::string json_of(const node_t *tree) {
   return take(text);
 }
 
+std::string json_c_text_of(const node_t *tree) {
+  json_object *object = convert_to_jsonc_obj(tree);
+  std::string text = json_object_to_json_string(object);
+  json_object_put(object);
+  return text;
+}
+
+/* Fills a list with nodes of every type. Few different keys make them repeat; texts hold what JSON escapes.
+ */
+void grow_randomly(node_t *list, std::mt19937 &random, int depth) {
+  static const char *const texts[] = {"",      "plain", "a/b",      "\"quoted\"", "back\\slash",
+                                      "tab\t", "\x01",  "\xc3\xa9", "\x7f"};
+  const unsigned nodes = random() % 24, keys = 1 + random() % 40;
+  const bool numbered = random() % 2 == 0;
+  for (unsigned i = 0; i < nodes; i++) {
+    std::string key =
+        numbered ? std::to_string(i + 1) : std::to_string(random() % keys) + texts[random() % 9];
+    switch (random() % (depth > 0 ? 7 : 5)) {
+    case 0:
+      append_tree_int(list, key.c_str(), "i", static_cast<int>(random()));
+      break;
+    case 1:
+      append_tree_uint(list, key.c_str(), "u", static_cast<uint32_t>(random()));
+      break;
+    case 2:
+      append_tree_float(list, key.c_str(), "f", static_cast<float>(random() % 1000) / 7);
+      break;
+    case 3:
+      append_tree_string(list, key.c_str(), "s", texts[random() % 9]);
+      break;
+    case 4:
+      append_tree_object(list, key.c_str(), "n")->val_type = VAL_TYPE_NULL;
+      break;
+    default:
+      grow_randomly(get_subtree_node1(append_tree_subtree(list, key.c_str(), "t")), random, depth - 1);
+    }
+  }
+}
+
 } // namespace
+
+TEST(TreePrint, JsonTextIsAlwaysWhatJsonCWrites) {
+  std::mt19937 random(20261120);
+  for (int round = 0; round < 2000; round++) {
+    tree_ptr tree(new_tree());
+    grow_randomly(tree.get(), random, 3);
+    ASSERT_EQ(json_of(tree.get()), json_c_text_of(tree.get())) << "round " << round;
+  }
+}
+
+TEST(TreePrint, ManyUnorderedKeysOfWhichTheFirstAndLastAreOneArePrintedOnce) {
+  tree_ptr tree(new_tree());
+  append_tree_int(tree.get(), "same", "a", 1);
+  for (int i = 40; i > 0; i--) append_tree_int(tree.get(), std::to_string(i).c_str(), "b", i);
+  append_tree_int(tree.get(), "same", "a", 2);
+  std::string text = json_of(tree.get());
+  EXPECT_EQ(text, json_c_text_of(tree.get()));
+  EXPECT_EQ(text.rfind("{ \"same\": 2, \"40\": 40, ", 0), 0u) << text;
+  EXPECT_EQ(text.find("same", 5), std::string::npos) << text;
+}
 
 TEST(TreePrint, EmptyTreeIsAnEmptyTextOrObject) {
   tree_ptr tree(new_tree());
