@@ -42,9 +42,11 @@ RC_t parse_session_key(mg_connection *conn, char *sessionKey) {
   return RC_TRUE;
 }
 
-void split_uri(const char *uri, char *module_name, char *rest) {
-  module_name[0] = rest[0] = '\0';
-  if (uri != nullptr) sscanf(uri, "/%255[^/]%255s", module_name, rest);
+void get_module_name(const char *uri, char *module_name) {
+  size_t length = uri == nullptr || uri[0] != '/' ? 0 : strcspn(uri + 1, "/");
+  if (length >= REQUEST_URI_SIZE) length = 0; /* no module has such a name */
+  if (length > 0) memcpy(module_name, uri + 1, length);
+  module_name[length] = '\0';
 }
 
 /* --- Audit --------------------------------------------------------------------------------------------- */
@@ -65,8 +67,8 @@ static const char *audited_method_word(request_method_t method) {
 }
 
 static bool is_login(mg_connection *conn, request_method_t method) {
-  char module_name[REQUEST_URI_SIZE], rest[REQUEST_URI_SIZE];
-  split_uri(conn->uri, module_name, rest);
+  char module_name[REQUEST_URI_SIZE];
+  get_module_name(conn->uri, module_name);
   return method == REQUEST_METHOD_POST && strcmp(module_name, "login") == 0;
 }
 

@@ -51,9 +51,9 @@ return_format_t parse_return_format(mg_connection *conn);
 /* The variable "sessionkey" into a buffer of SESSION_KEY_SIZE bytes; empty when absent. RC_FALSE for a null
  * buffer. */
 RC_t parse_session_key(mg_connection *conn, char *sessionKey);
-/* Splits "/vlans/10/name" into "vlans" and "/10/name". Both buffers hold REQUEST_URI_SIZE bytes; what is
- * missing is empty. */
-void split_uri(const char *uri, char *module_name, char *rest);
+/* The first segment of a URI ("vlans" of "/vlans/10/name") into a buffer of REQUEST_URI_SIZE bytes; empty
+ * when there is none or it would not fit. */
+void get_module_name(const char *uri, char *module_name);
 
 /* --- Responses ----------------------------------------------------------------------------------------- */
 

@@ -43,9 +43,9 @@ static bool needs_session(const char *module_name, request_method_t method) {
 }
 
 int auth_session(mg_connection *conn) {
-  char module_name[REQUEST_URI_SIZE], rest[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
+  char module_name[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
   auth_pass = 1;
-  split_uri(conn->uri, module_name, rest);
+  get_module_name(conn->uri, module_name);
   request_method_t method = parse_request_method(conn);
   clear_expired_session();
   if (needs_session(module_name, method)) {
@@ -74,8 +74,8 @@ static void call_module(mg_connection *conn, const char *module_name) {
 }
 
 int api_access_handler(mg_connection *conn) {
-  char module_name[REQUEST_URI_SIZE], rest[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
-  split_uri(conn->uri, module_name, rest);
+  char module_name[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
+  get_module_name(conn->uri, module_name);
   request_method_t method = parse_request_method(conn);
   parse_session_key(conn, sessionKey);
 

@@ -118,6 +118,18 @@ TEST_F(StatusFileTest, IsWrittenAgainWhenAnotherFileTookItsPlace) {
   EXPECT_EQ(status(), text);
 }
 
+TEST_F(StatusFileTest, IsWrittenAgainWhenItWasRenamedAway) {
+  open_session("admin", "10.0.0.2");
+  std::string text = status();
+  for (int settled = 0; settled < 2; settled++) {
+    ASSERT_EQ(rename(status_path.c_str(), dir.file("moved").c_str()), 0);
+    clear_expired_session();
+    EXPECT_EQ(status(), text);
+    let_file_times_settle();
+    clear_expired_session();
+  }
+}
+
 TEST_F(StatusFileTest, FollowsTheSettingToAnotherFile) {
   open_session("admin", "10.0.0.2");
   std::string text = status();
