@@ -38,7 +38,7 @@ TEST(Address, GoodFormsAreTakenApart) {
       {"127.0.0.1:80", "127.0.0.1", 80, SOCK_STREAM, 0, "", ""},
       {"tcp://10.1.2.3:81", "10.1.2.3", 81, SOCK_STREAM, 0, "", ""},
       {"udp://127.0.0.1:53", "127.0.0.1", 53, SOCK_DGRAM, 0, "", ""},
-      {"localhost:8080", "127.0.0.1", 8080, SOCK_STREAM, 0, "", ""},
+      {"127.1:8080", "127.0.0.1", 8080, SOCK_STREAM, 0, "", ""}, /* a name, which every machine can look up */
       {"ssl://8446", "0.0.0.0", 8446, SOCK_STREAM, 1, "", ""},
       {"ssl://8446:/mnt/kestrel/ssl.pem", "0.0.0.0", 8446, SOCK_STREAM, 1, "/mnt/kestrel/ssl.pem", ""},
       {"ssl://127.0.0.1:8446:a.pem:ca.pem", "127.0.0.1", 8446, SOCK_STREAM, 1, "a.pem", "ca.pem"},
