@@ -2,6 +2,7 @@
 
 #include "engine/rest_settings.h"
 #include "engine/rest_status_file.h"
+#include "platform/api/l7proc.h"
 
 #include <limits.h>
 #include <openssl/evp.h>
@@ -40,28 +41,34 @@ static int32_t take_session_number(void) {
   return number;
 }
 
-static void derive_key(const char *ip, time_t login_time, char *key) {
+/* RC_FALSE when the system's OpenSSL refuses MD5: all sessions would share one key then. */
+static RC_t derive_key(const char *ip, time_t login_time, char *key) {
   char text[80]; /* the longest address text and a 64-bit time */
   int length = snprintf(text, sizeof text, "%.47s%ld", ip, static_cast<long>(login_time));
-  unsigned char digest[EVP_MAX_MD_SIZE] = {};
-  EVP_Digest(text, length, digest, nullptr, EVP_md5(), nullptr);
+  unsigned char digest[EVP_MAX_MD_SIZE];
+  if (EVP_Digest(text, length, digest, nullptr, EVP_md5(), nullptr) != 1) {
+    l7proc_logf(L7PROC_ERROR, 0, "rest_engine_session_hdr.c", __LINE__, "no session: MD5 is not available");
+    return RC_FALSE;
+  }
   for (int i = 0; i < 16; i++) snprintf(key + 2 * i, 3, "%02x", digest[i]);
+  return RC_TRUE;
 }
 
 RC_t create_session(const char *user, const char *ip, uint16_t port, unsigned char *sessionKey) {
   clear_expired_session();
   api_loginsession_t *session = find_slot(0);
-  if (session == nullptr) return RC_FALSE;
-
   time_t now = rest_time();
+  char key[SESSION_KEY_SIZE];
+  if (session == nullptr || derive_key(ip, now, key) != RC_TRUE) return RC_FALSE;
+
   *session = {};
   session->session_id = static_cast<uint32_t>(take_session_number());
+  memcpy(session->session_key, key, sizeof key);
+  memcpy(sessionKey, key, sizeof key);
   snprintf(session->user_name, sizeof session->user_name, "%s", user);
   snprintf(session->remote_ip, sizeof session->remote_ip, "%s", ip);
   session->remote_port = port;
   session->login_time = session->last_activity_time = static_cast<uint32_t>(now);
-  derive_key(ip, now, session->session_key);
-  memcpy(sessionKey, session->session_key, SESSION_KEY_SIZE);
   output_session_file();
   return RC_TRUE;
 }

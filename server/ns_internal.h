@@ -11,6 +11,7 @@
 
 enum {
   NS_READ_SIZE = 2048,     /* one read of a stream socket */
+  NS_READ_BATCH = 64,      /* reads per pass and connection while the peer goes on sending */
   NS_DATAGRAM_SIZE = 2000, /* one datagram */
   NS_ACCEPT_BATCH = 16,    /* clients accepted per pass and listener */
   NS_MAX_BROADCAST = 8191, /* payload of a control message */

@@ -101,15 +101,21 @@ static bool may_hold_more(const struct ns_connection *c, int n, bool to_the_end)
   return to_the_end || n == NS_READ_SIZE || (c->ssl != nullptr && ns_tls_has_unread(c));
 }
 
+/* Whether the rest has to wait: for a write, or for the other connections' turn when the peer sends as fast
+ * as it is read. What is left of a peer that has closed is read in one pass. */
+static bool must_pause(const struct ns_connection *c, int reads, bool to_the_end) {
+  return (c->flags & CONN_WANT_WRITE) || (reads >= NS_READ_BATCH && !to_the_end);
+}
+
 static void read_all(struct ns_connection *c, bool to_the_end) {
   char buf[NS_READ_SIZE];
   bool failed = false;
   int n;
-  while ((n = read_once(c, buf, &failed)) > 0) {
+  for (int reads = 1; (n = read_once(c, buf, &failed)) > 0; reads++) {
     iobuf_append(&c->recv_iobuf, buf, static_cast<size_t>(n));
     ns_call(c, NET_EV_RECV, &n);
-    if (c->flags & CONN_WANT_WRITE) {
-      c->tls_unread = c->ssl != nullptr && ns_tls_has_unread(c); /* the rest has to wait for a write */
+    if (must_pause(c, reads, to_the_end)) {
+      c->tls_unread = c->ssl != nullptr && ns_tls_has_unread(c); /* the poller does not see it */
       return;
     }
     if (!may_hold_more(c, n, to_the_end)) return;

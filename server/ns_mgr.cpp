@@ -133,7 +133,8 @@ void ns_mgr_free(struct ns_mgr *mgr) {
 /* --- 1. Before the wait -------------------------------------------------------------------------------- */
 
 /* Accepting is paused when descriptors or memory have run out; until it resumes, the listeners are not
- * polled, as their waiting clients would only make the loop spin. */
+ * polled, as their waiting clients would only make the loop spin. Listeners are asked about last, as the
+ * oldest in the list: a client that this very pass closes makes them accept again. */
 static bool accepting(struct ns_mgr *mgr, time_t now) {
   if (now >= mgr->accept_resume) mgr->accept_resume = 0;
   return mgr->accept_resume == 0;
@@ -143,9 +144,9 @@ static bool has_output_to_write(const struct ns_connection *c) {
   return c->send_iobuf.len > 0 && !(c->flags & (CONN_CONNECTING | CONN_HOLD_OUTPUT));
 }
 
-static uint32_t wanted_events(const struct ns_connection *c, bool accept_clients) {
+static uint32_t wanted_events(const struct ns_connection *c, time_t now) {
   const uint32_t flags = c->flags;
-  if ((flags & (CONN_LISTENING | CONN_UDP)) == CONN_LISTENING && !accept_clients) return 0;
+  if ((flags & (CONN_LISTENING | CONN_UDP)) == CONN_LISTENING && !accepting(c->mgr, now)) return 0;
   uint32_t wanted = 0;
   if (!(flags & CONN_WANT_WRITE)) wanted |= read_events;
   if ((flags & CONN_CONNECTING) && !(flags & CONN_WANT_READ)) wanted |= EPOLLOUT;
@@ -163,13 +164,13 @@ static void register_events(struct ns_connection *c, uint32_t wanted) {
 }
 
 /* Returns whether some connection can go on without waiting; its `ready` then says how. */
-static bool prepare_connection(struct ns_connection *c, bool accept_clients, time_t now) {
+static bool prepare_connection(struct ns_connection *c, time_t now) {
   if (!(c->flags & (CONN_CONNECTING | CONN_LISTENING))) ns_call(c, NET_EV_POLL, &now);
   if (c->flags & CONN_CLOSE_NOW) {
     ns_close_conn(c);
     return false;
   }
-  register_events(c, wanted_events(c, accept_clients));
+  register_events(c, wanted_events(c, now));
   c->ready = 0;
   if (has_output_to_write(c) && !c->send_blocked) c->ready |= EPOLLOUT;
   if (c->tls_unread && !(c->flags & CONN_WANT_WRITE)) c->ready |= EPOLLIN;
@@ -177,12 +178,11 @@ static bool prepare_connection(struct ns_connection *c, bool accept_clients, tim
 }
 
 static bool prepare_connections(struct ns_mgr *mgr, time_t now) {
-  const bool accept_clients = accepting(mgr, now);
   bool some_ready = false;
   struct ns_connection *next;
   for (struct ns_connection *c = mgr->active_connections; c != nullptr; c = next) {
     next = c->next;
-    if (prepare_connection(c, accept_clients, now)) some_ready = true;
+    if (prepare_connection(c, now)) some_ready = true;
   }
   return some_ready;
 }

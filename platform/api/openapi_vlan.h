@@ -1,5 +1,6 @@
 /* VLANs (IEEE 802.1Q): existence, names, membership, tagging, port VLAN ids. VLAN ids are 1..4094; members
- * are physical ports and LAGs. */
+ * are physical ports and LAGs. A VLAN id outside that range, and an interface number outside every range that
+ * the switch numbers interfaces in, is OPEN_E_PARAM. */
 #ifndef OPENAPI_VLAN_H
 #define OPENAPI_VLAN_H
 

@@ -165,6 +165,12 @@ class Symbols(unittest.TestCase):
         self.assertEqual(sorted(self.exported - EXPORTED_BESIDES), sorted(self.declared))
         self.assertLessEqual(EXPORTED_BESIDES, self.exported)
 
+    def test_the_library_stays_when_a_program_closes_it(self):
+        """Its threads go on running."""
+        header = subprocess.run(["readelf", "-d", built("KESTREL_PLATFORM")], capture_output=True, text=True,
+                                check=True)
+        self.assertRegex(header.stdout, r"FLAGS_1.*\bNODELETE\b")
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)

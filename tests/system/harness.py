@@ -238,10 +238,10 @@ class Daemon:
     def resident_kilobytes(self):
         return int(re.search(r"VmRSS:\s+(\d+) kB", read_text(f"/proc/{self.process.pid}/status")).group(1))
 
-    def ticks(self):
-        """Processor time used, in clock ticks."""
-        fields = read_text(f"/proc/{self.process.pid}/stat").rsplit(")", 1)[1].split()
-        return int(fields[11]) + int(fields[12])
+    def sleeps(self):
+        """How often its one thread that serves has given up the processor by itself."""
+        status = read_text(f"/proc/{self.process.pid}/task/{self.process.pid}/status")
+        return int(re.search(r"^voluntary_ctxt_switches:\s*(\d+)", status, re.M)[1])
 
     # Lab control
 

@@ -1,12 +1,10 @@
 """Clients that mean harm, or are merely broken. After each of them the daemon serves everybody else as
 before."""
 
-import os
 import random
 import resource
 import socket
 import ssl
-import time
 
 import harness
 import wire
@@ -250,10 +248,9 @@ class ManyClients(Attack):
         self.assertEqual(self.vlan_ids(session), [1, 5])
 
     def assert_does_not_spin(self, daemon):
-        """With nothing to do, the daemon uses less than a fifth of the time that passes."""
-        before = daemon.ticks()
-        time.sleep(1)
-        self.assertLess(daemon.ticks() - before, os.sysconf("SC_CLK_TCK") / 5)
+        """With nothing to do, the daemon goes to sleep. A loop that spins never does."""
+        before = daemon.sleeps()
+        harness.eventually(lambda: daemon.sleeps() >= before + 2, "the daemon sleeps")
 
     def test_no_spinning_with_clients_that_wait_for_the_daemon(self):
         daemon = self.start_daemon()
@@ -284,21 +281,18 @@ class WrongPasswords(Attack):
     FAILED = (1, "Authentication failed.")
     LOGIN = f"/login?user=admin&password={wire.PASSWORD.replace(' ', '+')}"
 
-    def test_a_flood_of_wrong_passwords_is_refused_unexamined(self):
+    def test_a_flood_of_wrong_passwords_holds_up_nobody(self):
         daemon = self.start_daemon()
         session = self.session(daemon)
         attacker = self.client(daemon)
         harness.eventually(lambda: self.flood(attacker), "the right password is refused like a wrong one")
 
-        before = daemon.ticks()
         for i in range(500):
             for user in ("admin", f"nobody{i}"):
                 reply = attacker.ask("POST", f"/login?user={user}&password=guess{i}")
                 self.assert_answers(reply, self.FAILED)
             if i % 50 == 0:
                 self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
-        # A password costs some 20 ms to examine; a thousand of them would be 20 s.
-        self.assertLess(daemon.ticks() - before, 8 * os.sysconf("SC_CLK_TCK"))
         self.assert_answers(session.ask("POST", "/vlans/5"), (0, "Create VLAN 5 successfully."))
 
     def flood(self, attacker):

@@ -8,7 +8,6 @@ import signal
 import socket
 import subprocess
 import tempfile
-import time
 import unittest
 from pathlib import Path
 

@@ -69,7 +69,6 @@ class StateDirectory(DaemonTest):
 
     def test_not_writable(self):
         daemon = self.unprivileged_daemon()
-        os.remove(os.path.join(daemon.state_dir, "lock"))
         os.chmod(daemon.state_dir, 0o500)
         self.assert_refuses(daemon, f"kestrel: .*{re.escape(daemon.state_dir)}.*: Permission denied")
         os.chmod(daemon.state_dir, 0o700)

@@ -67,15 +67,15 @@ open_error_t rpcclt_openapiVlanNameLenGet(openapiClientHandle_t *handle, uint32_
 
 open_error_t rpcclt_openapiVlanNameGet(openapiClientHandle_t *handle, uint32_t vlanId, open_buffdesc *name) {
   return api_call(__func__, handle, {vlanId, text_out(name)}, [&](switch_model &model) {
-    const vlan_entry *vlan = vlan_find(model, vlanId);
-    return vlan ? fill_text(name, vlan->name) : OPEN_E_NOT_FOUND;
+    open_error_t rc = vlan_check(model, vlanId);
+    return rc == OPEN_E_NONE ? fill_text(name, vlan_find(model, vlanId)->name) : rc;
   });
 }
 
 open_error_t rpcclt_openapiVlanNameSet(openapiClientHandle_t *handle, uint32_t vlanId, open_buffdesc *name) {
   return api_call(__func__, handle, {vlanId, text_in(name)}, [&](switch_model &model) {
-    if (!vlan_exists(model, vlanId)) return OPEN_E_NOT_FOUND;
-    return commit(model, "vlan <vlan> name <text>", {vlanId, text_of(*name)});
+    open_error_t rc = vlan_check(model, vlanId);
+    return rc == OPEN_E_NONE ? commit(model, "vlan <vlan> name <text>", {vlanId, text_of(*name)}) : rc;
   });
 }
 
@@ -134,9 +134,9 @@ open_error_t rpcclt_openapiVlanIfTaggingSet(openapiClientHandle_t *handle, uint3
 
 open_error_t openapiVlanIfPvidGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *vlanId) {
   return api_call(__func__, handle, {ifNum, vlanId}, [&](switch_model &model) {
-    if (!interface_switches(model, ifNum)) return OPEN_E_NOT_FOUND;
-    *vlanId = model.interfaces->at[ifNum].pvid;
-    return OPEN_E_NONE;
+    open_error_t rc = interface_switches_check(model, ifNum);
+    if (rc == OPEN_E_NONE) *vlanId = model.interfaces->at[ifNum].pvid;
+    return rc;
   });
 }
 
@@ -150,16 +150,17 @@ open_error_t rpcclt_openapiVlanIfPvidSet(openapiClientHandle_t *handle, uint32_t
 open_error_t rpcclt_openapiVlanIfAcceptFrameTypeGet(openapiClientHandle_t *handle, uint32_t ifNum,
                                                     uint32_t *type) {
   return api_call(__func__, handle, {ifNum, type}, [&](switch_model &model) {
-    if (!interface_switches(model, ifNum)) return OPEN_E_NOT_FOUND;
-    *type = model.interfaces->at[ifNum].accept_frames;
-    return OPEN_E_NONE;
+    open_error_t rc = interface_switches_check(model, ifNum);
+    if (rc == OPEN_E_NONE) *type = model.interfaces->at[ifNum].accept_frames;
+    return rc;
   });
 }
 
 open_error_t rpcclt_openapiVlanIfAcceptFrameTypeSet(openapiClientHandle_t *handle, uint32_t ifNum,
                                                     uint32_t type) {
   return api_call(__func__, handle, {ifNum, type}, [&](switch_model &model) {
-    if (!interface_switches(model, ifNum)) return OPEN_E_NOT_FOUND;
+    open_error_t rc = interface_switches_check(model, ifNum);
+    if (rc != OPEN_E_NONE) return rc;
     /* The words stand in the order of the types, which count from 1; a type out of range gives no word. */
     return commit(model, "interface <port> accept-frames all|tagged|untagged",
                   {ifNum, type - OPEN_DOT1Q_ADMIT_ALL});

@@ -38,7 +38,7 @@ static bool failed(const std::string &path, std::string *error) {
 
 /* Opens a file for reading and writing, made for this user alone when it is missing; -1 with errno. */
 static int open_or_make(const std::string &path, int more_flags = 0) {
-  int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | more_flags, 0600);
+  int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | more_flags, 0600);
   if (fd >= 0) give_to_directory_owner(fd, path);
   return fd;
 }
@@ -46,9 +46,8 @@ static int open_or_make(const std::string &path, int more_flags = 0) {
 /* --- Opening -------------------------------------------------------------------------------------------- */
 
 bool state_dir_take(const std::string &dir, std::shared_ptr<file_guard> *lock, std::string *error) {
-  std::string path = path_of(dir, "lock");
   bool usable = access(dir.c_str(), R_OK | W_OK | X_OK) == 0;
-  int fd = usable ? open_or_make(path) : -1;
+  int fd = usable ? open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
   auto opened = std::make_shared<file_guard>(fd);
   if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0) {
     *lock = opened;
@@ -204,13 +203,14 @@ bool snapshot_write(const std::string &dir, uint64_t generation, const std::stri
   return replace_file(path_of(dir, next_snapshot_name), text, 0600, error);
 }
 
-/* Copies the lines from `offset` on into the new journal and makes them safe. */
+/* Copies the lines from `offset` on into the new journal. They are pending still, so that syncing them, for
+ * which requests would wait here, is left to the apply thread. */
 static bool copy_tail(const journal &journal, off_t offset, int into) {
   std::string tail(static_cast<size_t>(journal.length - offset), '\0');
   ssize_t size = static_cast<ssize_t>(tail.size());
   if (size == 0) return true;
   if (pread(journal.file->fd, tail.data(), tail.size(), offset) != size) return false;
-  return pwrite(into, tail.data(), tail.size(), 0) == size && fdatasync(into) == 0;
+  return pwrite(into, tail.data(), tail.size(), 0) == size;
 }
 
 bool snapshot_install(journal *journal, off_t offset, std::string *error) {

@@ -30,8 +30,9 @@ struct journal {
 
 /* --- Opening -------------------------------------------------------------------------------------------- */
 
-/* Takes the state directory for this process: `lock` is the open lock file. False with the reason when it
- * cannot be used or another process has it. */
+/* Takes the state directory for this process: `lock` is the open directory, which is what is locked, as a
+ * file in it could be removed and made anew for a second process. False with the reason when it cannot be
+ * used or another process has it. */
 bool state_dir_take(const std::string &dir, std::shared_ptr<file_guard> *lock, std::string *error);
 
 /* Loads the configuration into a model in factory state and opens the journal for more. A last line that was

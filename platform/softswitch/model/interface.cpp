@@ -69,6 +69,14 @@ bool interface_switches(const switch_model &model, uint32_t number) {
   return switching && interface_exists(model, number);
 }
 
+open_error_t interface_switches_check(const switch_model &model, uint32_t number) {
+  if (interface_switches(model, number)) return OPEN_E_NONE;
+  for (const number_range &range : ranges) {
+    if (number >= range.first && number <= range.last) return OPEN_E_NOT_FOUND;
+  }
+  return OPEN_E_PARAM;
+}
+
 std::string interface_name(const switch_model &model, uint32_t number) {
   if (!interface_exists(model, number)) return "";
   if (in_range(number, OPEN_INTF_TYPE_PHY)) return model.profile->ports[number - port_first].name;

@@ -40,6 +40,9 @@ void interfaces_reset(switch_model &model);
 bool interface_exists(const switch_model &model, uint32_t number);
 /* Ports and LAGs that exist: what can be a member of VLANs. */
 bool interface_switches(const switch_model &model, uint32_t number);
+/* The same as a result: OPEN_E_NONE for a port or LAG that exists, OPEN_E_PARAM for a number outside every
+ * range of limits.h, OPEN_E_NOT_FOUND for any other. */
+open_error_t interface_switches_check(const switch_model &model, uint32_t number);
 bool interface_is_port(const switch_model &model, uint32_t number);
 /* Name of an interface: as the profile says for ports, "3/1".. for LAGs, "cpu", "loopback0".., "vlan10" for
  * the routing interface of VLAN 10. Empty when there is no such interface. */

@@ -26,8 +26,6 @@ inline constexpr uint32_t interface_last = vlan_routing_last;
 inline constexpr uint32_t vlan_id_min = 1;
 inline constexpr uint32_t vlan_id_max = 4094;      /* IEEE 802.1Q: 0 and 4095 are reserved */
 inline constexpr uint32_t vlan_name_size = 32 + 1; /* bytes of a buffer for a name, terminator included */
-inline constexpr uint32_t mtu_min = 1518;
-inline constexpr uint32_t mtu_max = 12270;
 
 /* --- Limits --------------------------------------------------------------------------------------------- */
 
@@ -35,19 +33,7 @@ inline constexpr uint32_t mtu_max = 12270;
  * switch runs (lab control, tests), so that a full table takes two entries instead of thousands. */
 struct limits {
   uint32_t vlans = 4094;
-  uint32_t lag_members = 32; /* of each LAG */
   uint32_t vlan_routing_interfaces = 128;
-  uint32_t acls = 100;
-  uint32_t acl_rules = 1023; /* of each ACL */
-  uint32_t tcam_ingress_policies = 512;
-  uint32_t tcam_egress_policies = 128;
-  uint32_t bgp_peers = 128;
-  uint32_t bgp_networks = 64;
-  uint32_t vxlan_tenants = 1024;
-  uint32_t vxlan_remote_vteps = 128;
-  uint32_t static_macs = 20; /* locked on each port */
-  uint32_t logging_hosts = 8;
-  uint32_t scripts = 100;
   uint32_t equal_cost_routes = 32;     /* to one destination */
   uint32_t settle_milliseconds = 250;  /* how long a change may be followed by others before it is taken */
   uint32_t journal_bytes = 256 * 1024; /* the journal is compacted when it exceeds this */

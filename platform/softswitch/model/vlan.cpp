@@ -46,6 +46,11 @@ bool vlan_exists(const switch_model &model, uint32_t id) {
   return vlan_find(model, id) != nullptr;
 }
 
+open_error_t vlan_check(const switch_model &model, uint32_t id) {
+  if (!vlan_id_valid(id)) return OPEN_E_PARAM;
+  return vlan_exists(model, id) ? OPEN_E_NONE : OPEN_E_NOT_FOUND;
+}
+
 /* Puts a new VLAN in its place, over the remains of a deleted one if the data plane still has that. */
 static vlan_entry *insert_vlan(switch_model &model, uint32_t id) {
   auto &entries = model.vlans.edit()->entries;
@@ -104,8 +109,8 @@ static void release_interfaces(switch_model &model, const vlan_entry &vlan) {
 }
 
 open_error_t vlan_delete(switch_model &model, uint32_t id) {
-  if (!vlan_id_valid(id)) return OPEN_E_PARAM;
-  if (!vlan_exists(model, id)) return OPEN_E_NOT_FOUND;
+  open_error_t rc = vlan_check(model, id);
+  if (rc != OPEN_E_NONE) return rc;
   if (id == 1 || interface_of_vlan(model, id) != 0) return OPEN_E_FAIL;
   vlan_entry *vlan = edit_vlan(model, id);
   vlan->exists = false;
@@ -138,7 +143,8 @@ open_error_t vlan_next_changed(const switch_model &model, uint32_t after, uint32
 /* --- Settings ------------------------------------------------------------------------------------------- */
 
 open_error_t vlan_and_interface_check(const switch_model &model, uint32_t id, uint32_t interface) {
-  return vlan_exists(model, id) && interface_switches(model, interface) ? OPEN_E_NONE : OPEN_E_NOT_FOUND;
+  open_error_t rc = vlan_check(model, id);
+  return rc == OPEN_E_NONE ? interface_switches_check(model, interface) : rc;
 }
 
 std::string_view vlan_factory_name(uint32_t id) {
@@ -150,8 +156,9 @@ static bool is_control(char byte) {
 }
 
 open_error_t vlan_set_name(switch_model &model, uint32_t id, std::string_view name) {
+  open_error_t rc = vlan_check(model, id);
+  if (rc != OPEN_E_NONE) return rc;
   const vlan_entry *vlan = vlan_find(model, id);
-  if (!vlan) return OPEN_E_NOT_FOUND;
   if (name.size() >= sizeof vlan->name) return OPEN_E_PARAM;
   if (std::any_of(name.begin(), name.end(), is_control)) return OPEN_E_PARAM;
   if (name == vlan->name) return OPEN_E_NONE;
@@ -206,7 +213,8 @@ open_error_t vlan_set_pvid(switch_model &model, uint32_t interface, uint32_t id)
 }
 
 open_error_t vlan_set_accept_frames(switch_model &model, uint32_t interface, uint32_t type) {
-  if (!interface_switches(model, interface)) return OPEN_E_NOT_FOUND;
+  open_error_t rc = interface_switches_check(model, interface);
+  if (rc != OPEN_E_NONE) return rc;
   if (type < OPEN_DOT1Q_ADMIT_ALL || type > OPEN_DOT1Q_ADMIT_ONLY_VLAN_UNTAGGED) return OPEN_E_PARAM;
   if (model.interfaces->at[interface].accept_frames == type) return OPEN_E_NONE;
   interface_edit(model, interface)->accept_frames = static_cast<uint8_t>(type);

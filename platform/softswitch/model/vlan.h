@@ -2,7 +2,8 @@
  * Members are ports and LAGs. The rules of the whole family stand here; vlan lines of the configuration
  * language and the C interface only translate.
  *
- * Unless a function says otherwise: OPEN_E_NOT_FOUND when there is no such VLAN, port or LAG. An operation
+ * Unless a function says otherwise: OPEN_E_PARAM for a VLAN id or interface number outside every range,
+ * OPEN_E_NOT_FOUND when there is no such VLAN, port or LAG. An operation
  * that finds everything as wanted changes nothing, so nothing becomes pending. */
 #ifndef KESTREL_SOFTSWITCH_MODEL_VLAN_H
 #define KESTREL_SOFTSWITCH_MODEL_VLAN_H
@@ -47,6 +48,8 @@ bool vlan_id_valid(uint32_t id);
 /* The VLAN, nullptr when it does not exist. */
 const vlan_entry *vlan_find(const switch_model &model, uint32_t id);
 bool vlan_exists(const switch_model &model, uint32_t id);
+/* The same as a result: OPEN_E_NONE, OPEN_E_NOT_FOUND, or OPEN_E_PARAM outside 1..4094. */
+open_error_t vlan_check(const switch_model &model, uint32_t id);
 
 /* OPEN_E_PARAM: outside 1..4094. OPEN_E_EXISTS: exists already. OPEN_E_FULL: no room for another. */
 open_error_t vlan_create(switch_model &model, uint32_t id);
@@ -84,7 +87,7 @@ open_error_t vlan_set_pvid(switch_model &model, uint32_t interface, uint32_t id)
 /* OPEN_E_PARAM: not one of OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t. */
 open_error_t vlan_set_accept_frames(switch_model &model, uint32_t interface, uint32_t type);
 
-/* The shared check of what concerns one interface in one VLAN: OPEN_E_NONE or OPEN_E_NOT_FOUND. */
+/* The shared check of what concerns one interface in one VLAN: first the VLAN, then the interface. */
 open_error_t vlan_and_interface_check(const switch_model &model, uint32_t id, uint32_t interface);
 
 } // namespace softswitch

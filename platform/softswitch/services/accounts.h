@@ -14,7 +14,7 @@ namespace softswitch {
 
 /* Reads the accounts file; when there is none makes one with the account "admin". Its password is
  * `admin_password`, or a random one that is then left in the file `admin-password` (mode 600) beside it until
- * accounts_set() gives the account another.
+ * the account gets another or goes.
  * False with the reason when the file cannot be read, made or understood (file and line named). */
 bool accounts_open(const std::string &state_dir, const std::string &admin_password, std::string *error);
 void accounts_close();

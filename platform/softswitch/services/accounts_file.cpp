@@ -98,7 +98,7 @@ bool read_accounts(const std::string &path, account_table *table, std::string *e
  * whole. -1 with the reason when that fails. */
 static int lock_accounts(const std::string &state_dir, std::string *error) {
   std::string path = state_dir + "/accounts.lock";
-  int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (fd >= 0) give_to_directory_owner(fd, path);
   int rc = fd < 0 ? -1 : flock(fd, LOCK_EX);
   if (rc == 0) return fd;
@@ -130,6 +130,11 @@ static std::string first_password_path(const std::string &state_dir) {
   return state_dir + "/admin-password";
 }
 
+/* The random first password is no longer that of the account. */
+static void forget_first_password(const std::string &state_dir) {
+  unlink(first_password_path(state_dir).c_str());
+}
+
 bool make_first_accounts(const std::string &state_dir, const std::string &admin_password,
                          std::string *error) {
   std::string path = accounts_path(state_dir);
@@ -142,7 +147,9 @@ bool make_first_accounts(const std::string &state_dir, const std::string &admin_
   account admin;
   if (!make_account(password, OPEN_LOGIN_ACCESS_READ_WRITE, &admin, error)) return false;
   /* The password must be there before the account is: a crash in between then costs nothing. */
-  if (admin_password.empty() && !replace_file(first_password_path(state_dir), password + "\n", 0600, error))
+  if (!admin_password.empty())
+    forget_first_password(state_dir); /* of an accounts file that somebody removed */
+  else if (!replace_file(first_password_path(state_dir), password + "\n", 0600, error))
     return false;
   return write_accounts(path, {{"admin", admin}}, error);
 }
@@ -165,7 +172,7 @@ bool accounts_set(const std::string &state_dir, std::string_view user, std::stri
   if (file_exists(path) && !read_accounts(path, &table, error)) return false;
   table.insert_or_assign(std::string(user), made);
   if (!write_accounts(path, table, error)) return false;
-  if (user == "admin") unlink(first_password_path(state_dir).c_str()); /* it tells the password no longer */
+  if (user == "admin") forget_first_password(state_dir);
   return true;
 }
 
@@ -178,7 +185,9 @@ bool accounts_remove(const std::string &state_dir, std::string_view user, std::s
   auto found = table.find(user);
   if (found == table.end()) return failed(path, "there is no such account", error);
   table.erase(found);
-  return write_accounts(path, table, error);
+  if (!write_accounts(path, table, error)) return false;
+  if (user == "admin") forget_first_password(state_dir);
+  return true;
 }
 
 } // namespace softswitch

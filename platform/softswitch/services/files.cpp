@@ -41,8 +41,9 @@ static std::string directory_of(const std::string &path) {
 }
 
 void give_to_directory_owner(int fd, const std::string &path) {
-  struct stat directory;
-  if (geteuid() != 0 || stat(directory_of(path).c_str(), &directory) != 0) return;
+  struct stat directory, file;
+  if (geteuid() != 0 || stat(directory_of(path).c_str(), &directory) != 0 || fstat(fd, &file) != 0) return;
+  if (!S_ISREG(file.st_mode) || file.st_nlink != 1) return;
   /* When it fails the file stays with root, which its reader then reports better than anybody here could. */
   if (fchown(fd, directory.st_uid, directory.st_gid) != 0) return;
 }

@@ -29,7 +29,8 @@ bool read_file(int fd, const std::string &path, size_t size_max, std::string *te
 bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error);
 
 /* What root makes for a switch that runs as another user must be that user's: gives an open file to the owner
- * of the directory it is in. Does nothing for other users. */
+ * of the directory it is in. Does nothing for other users. As that owner may have put a link to somebody
+ * else's file there, the file must be opened with O_NOFOLLOW, and one with a second name is left alone. */
 void give_to_directory_owner(int fd, const std::string &path);
 
 } // namespace softswitch

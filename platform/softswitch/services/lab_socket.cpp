@@ -50,7 +50,9 @@ struct lab_server {
   pthread_t thread;
 };
 
-static std::unique_ptr<lab_server> server;
+/* Destroyed by lab_stop() alone: at the end of a program that does not stop the switch its thread may still
+ * run. */
+static lab_server *server = nullptr;
 
 static int64_t now_ms() {
   struct timespec now;
@@ -249,7 +251,7 @@ bool lab_start(const std::string &state_dir, std::string *error) {
   auto made = std::make_unique<lab_server>(listener, eventfd(0, EFD_CLOEXEC), state_dir);
   if (made->wake.fd < 0 || !service_thread_start(&made->thread, "kestrel-lab", serve, made.get()))
     return cannot_listen(state_dir, error);
-  server = std::move(made);
+  server = made.release();
   return true;
 }
 
@@ -258,7 +260,8 @@ void lab_stop() {
   eventfd_write(server->wake.fd, 1);
   pthread_join(server->thread, nullptr);
   unlink((server->directory + "/lab.sock").c_str());
-  server.reset();
+  delete server;
+  server = nullptr;
 }
 
 } // namespace softswitch

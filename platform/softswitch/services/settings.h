@@ -1,8 +1,4 @@
-/* The software switch's run-time settings, read from the environment once, when the switch starts.
- *   KESTREL_STATE_DIR       state directory, default /var/lib/kestrel; made (mode 700) when it is missing
- *   KESTREL_PROFILE         chassis profile, a JSON file; built in when unset
- *   KESTREL_ADMIN_PASSWORD  password of the account "admin" when the accounts file is first made; random when
- * unset KESTREL_TRACE           "platform": one line per platform call on standard error */
+/* The software switch's run-time settings, read from the environment once, when the switch starts. */
 #ifndef KESTREL_SOFTSWITCH_SETTINGS_H
 #define KESTREL_SOFTSWITCH_SETTINGS_H
 
@@ -11,9 +7,13 @@
 namespace softswitch {
 
 struct settings {
+  /* KESTREL_STATE_DIR: default /var/lib/kestrel; made (mode 700) when it is missing */
   std::string state_dir;
-  std::string profile;        /* empty = built in */
-  std::string admin_password; /* empty = random */
+  /* KESTREL_PROFILE: chassis profile, a JSON file; empty = built in */
+  std::string profile;
+  /* KESTREL_ADMIN_PASSWORD: of the account "admin" when the accounts file is first made; empty = random */
+  std::string admin_password;
+  /* KESTREL_TRACE is "platform": one line per platform call on standard error */
   bool trace_platform;
 };
 

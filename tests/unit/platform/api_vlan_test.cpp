@@ -47,9 +47,21 @@ protected:
   uint32_t value;
 };
 
-/* Neither ports nor LAGs: outside, the CPU interface, a loopback, gaps. */
-const uint32_t no_members[] = {0, 55, 120, 127, 128, 226, 353, 354, UINT32_MAX};
-const uint32_t absent_vlans[] = {0, 2, 4094, 4095, UINT32_MAX};
+struct refused_number {
+  uint32_t number;
+  open_error_t result;
+};
+
+/* Neither ports nor LAGs: other interfaces, and numbers that are no interface's. */
+const refused_number no_members[] = {
+    {55, OPEN_E_NOT_FOUND},  {120, OPEN_E_NOT_FOUND},   {127, OPEN_E_NOT_FOUND}, {226, OPEN_E_NOT_FOUND},
+    {353, OPEN_E_NOT_FOUND}, {0, OPEN_E_PARAM},         {128, OPEN_E_PARAM},     {225, OPEN_E_PARAM},
+    {354, OPEN_E_PARAM},     {UINT32_MAX, OPEN_E_PARAM}};
+const refused_number absent_vlans[] = {{2, OPEN_E_NOT_FOUND},
+                                       {4094, OPEN_E_NOT_FOUND},
+                                       {0, OPEN_E_PARAM},
+                                       {4095, OPEN_E_PARAM},
+                                       {UINT32_MAX, OPEN_E_PARAM}};
 
 /* --- Existence ------------------------------------------------------------------------------------------ */
 
@@ -169,7 +181,7 @@ TEST_F(Vlans, WalkGoesInOrderOfIdsAndNeedsNoExistingStart) {
 }
 
 TEST_F(Vlans, OnlyExistingVlansAreStatic) {
-  for (uint32_t vlan : absent_vlans) EXPECT_EQ(openapiVlanIsStatic(&handle, vlan), 0u) << vlan;
+  for (const auto &[vlan, result] : absent_vlans) EXPECT_EQ(openapiVlanIsStatic(&handle, vlan), 0u) << vlan;
   EXPECT_EQ(openapiVlanIsStatic(nullptr, 1), 0u);
 }
 
@@ -236,11 +248,11 @@ TEST_F(Vlans, AnyCharactersButControlOnesMakeAName) {
 }
 
 TEST_F(Vlans, NamesOfAbsentVlansAreNotFound) {
-  for (uint32_t vlan : absent_vlans) {
+  for (const auto &[vlan, result] : absent_vlans) {
     char buffer[33];
     open_buffdesc name = {sizeof buffer, buffer};
-    EXPECT_EQ(rpcclt_openapiVlanNameGet(&handle, vlan, &name), OPEN_E_NOT_FOUND) << vlan;
-    EXPECT_EQ(set_name(vlan, "x"), OPEN_E_NOT_FOUND) << vlan;
+    EXPECT_EQ(rpcclt_openapiVlanNameGet(&handle, vlan, &name), result) << vlan;
+    EXPECT_EQ(set_name(vlan, "x"), result) << vlan;
   }
 }
 
@@ -278,27 +290,24 @@ TEST_F(Vlans, InterfacesCanLeaveVlanOne) {
 }
 
 TEST_F(Vlans, MembershipOfWhatDoesNotExistIsNotFound) {
-  for (uint32_t vlan : absent_vlans) {
-    EXPECT_EQ(openapiVlanIfParticipationStatusGet(&handle, vlan, 1, &value), OPEN_E_NOT_FOUND) << vlan;
-    EXPECT_EQ(rpcclt_openapiVlanIfParticipationGet(&handle, vlan, 1, &value), OPEN_E_NOT_FOUND) << vlan;
-    EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(&handle, vlan, 1, 0), OPEN_E_NOT_FOUND) << vlan;
-    EXPECT_EQ(openapiVlanIfTaggingGet(&handle, 1, vlan, &value), OPEN_E_NOT_FOUND) << vlan;
-    EXPECT_EQ(rpcclt_openapiVlanIfTaggingSet(&handle, 1, vlan, 1), OPEN_E_NOT_FOUND) << vlan;
-    EXPECT_EQ(rpcclt_openapiVlanIfPvidSet(&handle, 1, vlan), OPEN_E_NOT_FOUND) << vlan;
+  for (const auto &[vlan, result] : absent_vlans) {
+    EXPECT_EQ(openapiVlanIfParticipationStatusGet(&handle, vlan, 1, &value), result) << vlan;
+    EXPECT_EQ(rpcclt_openapiVlanIfParticipationGet(&handle, vlan, 1, &value), result) << vlan;
+    EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(&handle, vlan, 1, 0), result) << vlan;
+    EXPECT_EQ(openapiVlanIfTaggingGet(&handle, 1, vlan, &value), result) << vlan;
+    EXPECT_EQ(rpcclt_openapiVlanIfTaggingSet(&handle, 1, vlan, 1), result) << vlan;
+    EXPECT_EQ(rpcclt_openapiVlanIfPvidSet(&handle, 1, vlan), result) << vlan;
   }
-  for (uint32_t interface : no_members) {
-    EXPECT_EQ(openapiVlanIfParticipationStatusGet(&handle, 1, interface, &value), OPEN_E_NOT_FOUND)
-        << interface;
-    EXPECT_EQ(rpcclt_openapiVlanIfParticipationGet(&handle, 1, interface, &value), OPEN_E_NOT_FOUND)
-        << interface;
-    EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(&handle, 1, interface, 0), OPEN_E_NOT_FOUND) << interface;
-    EXPECT_EQ(openapiVlanIfTaggingGet(&handle, interface, 1, &value), OPEN_E_NOT_FOUND) << interface;
-    EXPECT_EQ(rpcclt_openapiVlanIfTaggingSet(&handle, interface, 1, 1), OPEN_E_NOT_FOUND) << interface;
-    EXPECT_EQ(openapiVlanIfPvidGet(&handle, interface, &value), OPEN_E_NOT_FOUND) << interface;
-    EXPECT_EQ(rpcclt_openapiVlanIfPvidSet(&handle, interface, 1), OPEN_E_NOT_FOUND) << interface;
-    EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeGet(&handle, interface, &value), OPEN_E_NOT_FOUND)
-        << interface;
-    EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeSet(&handle, interface, 1), OPEN_E_NOT_FOUND) << interface;
+  for (const auto &[interface, result] : no_members) {
+    EXPECT_EQ(openapiVlanIfParticipationStatusGet(&handle, 1, interface, &value), result) << interface;
+    EXPECT_EQ(rpcclt_openapiVlanIfParticipationGet(&handle, 1, interface, &value), result) << interface;
+    EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(&handle, 1, interface, 0), result) << interface;
+    EXPECT_EQ(openapiVlanIfTaggingGet(&handle, interface, 1, &value), result) << interface;
+    EXPECT_EQ(rpcclt_openapiVlanIfTaggingSet(&handle, interface, 1, 1), result) << interface;
+    EXPECT_EQ(openapiVlanIfPvidGet(&handle, interface, &value), result) << interface;
+    EXPECT_EQ(rpcclt_openapiVlanIfPvidSet(&handle, interface, 1), result) << interface;
+    EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeGet(&handle, interface, &value), result) << interface;
+    EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeSet(&handle, interface, 1), result) << interface;
   }
 }
 

@@ -1,7 +1,9 @@
 /* Tests of what a start makes of the files in the state directory, good and bad. */
 #include "tests/unit/platform/softswitch_test_support.h"
 
+#include <errno.h>
 #include <fcntl.h>
+#include <string.h>
 #include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -221,7 +223,7 @@ TEST_F(StateDirectory, DirectoryThatCannotBeMadeIsNamed) {
 }
 
 TEST_F(StateDirectory, DirectoryOfAnotherProcessIsLeftAlone) {
-  int lock = open(path("lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  int lock = open(dir.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(lock, LOCK_EX), 0);
   EXPECT_EQ(start_error(), "the state directory " + dir.path + " is in use by another process");
   EXPECT_FALSE(exists("running-config"));
@@ -231,7 +233,7 @@ TEST_F(StateDirectory, DirectoryOfAnotherProcessIsLeftAlone) {
 
 TEST_F(StateDirectory, RunningSwitchKeepsTheDirectoryForItself) {
   ASSERT_EQ(start_error(), "");
-  int lock = open(path("lock").c_str(), O_RDWR | O_CLOEXEC);
+  int lock = open(dir.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   EXPECT_EQ(flock(lock, LOCK_EX | LOCK_NB), -1);
   stop();
   EXPECT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
@@ -245,6 +247,14 @@ TEST_F(StateDirectory, DirectoriesInThePlaceOfFilesAreNamed) {
   write("running-config", "! generation 1\n");
   mkdir(path("journal-1").c_str(), 0700);
   EXPECT_EQ(start_error(), path("journal-1") + ": Is a directory");
+}
+
+TEST_F(StateDirectory, LinkInThePlaceOfTheJournalIsNotFollowed) {
+  write("running-config", "! generation 1\n");
+  write("target", "vlan 10\n");
+  ASSERT_EQ(symlink("target", path("journal-1").c_str()), 0);
+  EXPECT_EQ(start_error(), path("journal-1") + ": " + strerror(ELOOP));
+  EXPECT_EQ(content("target"), "vlan 10\n");
 }
 
 /* Starts the switch as a user without privileges, in a process of its own; what it says. */

@@ -24,32 +24,49 @@ struct expected_switch {
   }
   bool has(uint32_t vlan) const { return vlans.count(vlan) != 0; }
 
+  open_error_t check(uint32_t vlan) const {
+    if (vlan < 1 || vlan > 4094) return OPEN_E_PARAM;
+    return has(vlan) ? OPEN_E_NONE : OPEN_E_NOT_FOUND;
+  }
+  static open_error_t check_interface(uint32_t interface) {
+    bool numbered = (interface >= 1 && interface <= 127) || (interface >= 226 && interface <= 353);
+    if (!numbered) return OPEN_E_PARAM;
+    return is_member_port(interface) ? OPEN_E_NONE : OPEN_E_NOT_FOUND;
+  }
+  open_error_t check(uint32_t vlan, uint32_t interface) const {
+    open_error_t rc = check(vlan);
+    return rc == OPEN_E_NONE ? check_interface(interface) : rc;
+  }
+
   open_error_t create(uint32_t vlan) {
     if (vlan < 1 || vlan > 4094) return OPEN_E_PARAM;
     return vlans.try_emplace(vlan).second ? OPEN_E_NONE : OPEN_E_EXISTS;
   }
   open_error_t remove(uint32_t vlan) {
-    if (vlan < 1 || vlan > 4094) return OPEN_E_PARAM;
-    if (!has(vlan)) return OPEN_E_NOT_FOUND;
+    open_error_t rc = check(vlan);
+    if (rc != OPEN_E_NONE) return rc;
     if (vlan == 1) return OPEN_E_FAIL;
     vlans.erase(vlan);
     std::erase_if(pvid, [&](const auto &entry) { return entry.second == vlan; });
     return OPEN_E_NONE;
   }
   open_error_t set_name(uint32_t vlan, const std::string &name) {
-    if (!has(vlan)) return OPEN_E_NOT_FOUND;
+    open_error_t rc = check(vlan);
+    if (rc != OPEN_E_NONE) return rc;
     if (name.size() > 32 || name.find('\n') != std::string::npos) return OPEN_E_PARAM;
     vlans[vlan].name = name;
     return OPEN_E_NONE;
   }
   open_error_t set_participation(uint32_t vlan, uint32_t interface, uint32_t mode) {
-    if (!has(vlan) || !is_member_port(interface)) return OPEN_E_NOT_FOUND;
+    open_error_t rc = check(vlan, interface);
+    if (rc != OPEN_E_NONE) return rc;
     if (mode > 2) return OPEN_E_PARAM;
     vlans[vlan].participation[interface] = mode;
     return OPEN_E_NONE;
   }
   open_error_t set_tagging(uint32_t interface, uint32_t vlan, uint32_t tagged) {
-    if (!has(vlan) || !is_member_port(interface)) return OPEN_E_NOT_FOUND;
+    open_error_t rc = check(vlan, interface);
+    if (rc != OPEN_E_NONE) return rc;
     if (tagged > 1) return OPEN_E_PARAM;
     if (tagged)
       vlans[vlan].tagged.insert(interface);
@@ -58,12 +75,14 @@ struct expected_switch {
     return OPEN_E_NONE;
   }
   open_error_t set_pvid(uint32_t interface, uint32_t vlan) {
-    if (!has(vlan) || !is_member_port(interface)) return OPEN_E_NOT_FOUND;
+    open_error_t rc = check(vlan, interface);
+    if (rc != OPEN_E_NONE) return rc;
     pvid[interface] = vlan;
     return OPEN_E_NONE;
   }
   open_error_t set_accept_frames(uint32_t interface, uint32_t type) {
-    if (!is_member_port(interface)) return OPEN_E_NOT_FOUND;
+    open_error_t rc = check_interface(interface);
+    if (rc != OPEN_E_NONE) return rc;
     if (type < 1 || type > 3) return OPEN_E_PARAM;
     accept_frames[interface] = type;
     return OPEN_E_NONE;

@@ -8,6 +8,8 @@
 #include "tests/unit/platform/services_test_support.h"
 
 #include <crypt.h>
+#include <errno.h>
+#include <string.h>
 #include <thread>
 #include <unistd.h>
 
@@ -257,6 +259,44 @@ TEST_F(Accounts, RandomFirstPasswordIsForgottenWhenAdminGetsAnother) {
   EXPECT_EQ(access(left.c_str(), F_OK), 0);
   ASSERT_TRUE(accounts_set(directory.path, "admin", "chosen", 15, &error)) << error;
   EXPECT_NE(access(left.c_str(), F_OK), 0);
+}
+
+TEST_F(Accounts, RandomFirstPasswordIsForgottenWithTheAccount) {
+  ASSERT_TRUE(open("")) << error;
+  ASSERT_TRUE(accounts_remove(directory.path, "admin", &error)) << error;
+  EXPECT_EQ(mode_of(directory.path + "/admin-password"), 0u);
+}
+
+TEST_F(Accounts, RandomFirstPasswordIsForgottenWhenANewFileIsMadeWithAChosenOne) {
+  ASSERT_TRUE(open("")) << error;
+  accounts_close();
+  unlink(file().c_str());
+  ASSERT_TRUE(open("chosen")) << error;
+  EXPECT_EQ(login("admin", "chosen"), 15);
+  EXPECT_EQ(mode_of(directory.path + "/admin-password"), 0u);
+}
+
+/* The owner of the directory may have made the link, and the one who follows it may be root. */
+TEST_F(Accounts, LinkInTheLocksPlaceIsNotFollowed) {
+  ASSERT_EQ(symlink("target", (file() + ".lock").c_str()), 0);
+  EXPECT_FALSE(accounts_set(directory.path, "bob", "x", 1, &error));
+  EXPECT_EQ(error, file() + ".lock: " + strerror(ELOOP));
+  EXPECT_EQ(mode_of(directory.path + "/target"), 0u) << "the link was followed";
+}
+
+TEST_F(Accounts, RootGivesNoFileAwayThatHasASecondName) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+  constexpr uid_t nobody = 65534;
+  temporary_directory elsewhere;
+  write_file(elsewhere.path + "/precious", "");
+  ASSERT_EQ(chown(directory.path.c_str(), nobody, nobody), 0);
+  ASSERT_EQ(link((elsewhere.path + "/precious").c_str(), (file() + ".lock").c_str()), 0);
+  ASSERT_TRUE(accounts_set(directory.path, "bob", "x", 1, &error)) << error;
+  struct stat found;
+  ASSERT_EQ(stat((elsewhere.path + "/precious").c_str(), &found), 0);
+  EXPECT_EQ(found.st_uid, 0u);
+  ASSERT_EQ(stat(file().c_str(), &found), 0);
+  EXPECT_EQ(found.st_uid, nobody) << "what root made is for the owner of the directory";
 }
 
 TEST_F(Accounts, AddedAccountLeavesTheOthersAlone) {

@@ -85,6 +85,46 @@ TEST(Limits, AcceptingResumesByItselfOnceDescriptorsAreFree) {
   EXPECT_EQ(server.ask(waiting, get_request), chunked_reply("ok"));
 }
 
+TEST(Limits, ClientClosedBeforeTheWaitMakesTheSamePassAcceptAgain) {
+  TestServer server;
+  server.on_event = answer_with("ok");
+  Client idle(server.port());
+  EXPECT_EQ(server.ask(idle, get_request), chunked_reply("ok"));
+  server.server->ns_mgr.accept_resume = time(nullptr) + 1000;
+  server.run_passes(1); /* takes the listener out of the poller */
+  server.first_client()->last_io_time = 1;
+  Client waiting(server.port());
+  server.run_passes(1);
+  EXPECT_EQ(server.events.back(), "close");
+  ASSERT_EQ(server.client_count(), 1);
+  EXPECT_EQ(server.ask(waiting, get_request), chunked_reply("ok"));
+}
+
+/* How many receive events one pass gives when the client sends 2048 bytes more at each of them. */
+static int events_of_a_pass(const std::string &listening_port, bool tls) {
+  TestServer server(listening_port);
+  Client client(server.port(), tls);
+  int received = 0;
+  server.on_event = [&](mg_connection *, mg_event event) -> int {
+    if (event == MG_RECV && ++received < 1000) client.send(std::string(2048, 'x'));
+    return event == MG_AUTH ? MG_TRUE : 0;
+  };
+  client.send("POST /x HTTP/1.1\r\nContent-Length: 9000000\r\n\r\n");
+  EXPECT_TRUE(server.run_until([&] { return received > 0; }, {&client}));
+  const int before = received;
+  server.turn();
+  const int one_pass = received - before;
+  EXPECT_TRUE(server.run_until([&] { return received >= 1000; }, {&client})); /* it goes on in later passes */
+  return one_pass;
+}
+
+TEST(Limits, ClientThatSendsAsFastAsItIsReadGetsOnlyItsTurn) {
+  TempDir dir;
+  write_certificate(dir.file("ssl.pem"));
+  EXPECT_LE(events_of_a_pass("127.0.0.1:0", false), 64);
+  EXPECT_LE(events_of_a_pass("ssl://127.0.0.1:0:" + dir.file("ssl.pem"), true), 64);
+}
+
 TEST(Limits, ClientThatNeverReadsHoldsUpNobody) {
   TestServer server;
   const std::string large(20000000, 'l');
