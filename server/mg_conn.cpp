@@ -243,6 +243,8 @@ static void on_accept(struct ns_connection *nc, const union socket_address *peer
 /* A datagram is a whole request, also when the empty line is missing that ends a head. Its sender has no
  * connection: the record lives for this call only, so a handler cannot answer such a request later. */
 static void on_datagram(struct ns_connection *nc, int count) {
+  /* A reply is no request: two servers would answer each other's errors for ever. */
+  if (count >= 5 && memcmp(nc->recv_iobuf.buf, "HTTP/", 5) == 0) return;
   struct connection conn = {};
   fill_connection(&conn, nc);
   conn.num_bytes_recv = count;

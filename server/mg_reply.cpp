@@ -216,9 +216,8 @@ void send_http_error(struct connection *conn, int code, const char *fmt, ...) {
       va_end(ap);
     }
   }
-  mg_printf(c, "HTTP/1.1 %d %s\r\nContent-Length: %d\r\nContent-Type: text/plain\r\n\r\n", code,
-            status_code_to_str(code), static_cast<int>(strlen(body)));
-  write_text(c, body);
+  mg_printf(c, "HTTP/1.1 %d %s\r\nContent-Length: %d\r\nContent-Type: text/plain\r\n\r\n%s", code,
+            status_code_to_str(code), static_cast<int>(strlen(body)), body);
   close_local_endpoint(conn);
 }
 

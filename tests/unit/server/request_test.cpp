@@ -549,6 +549,12 @@ static Events datagrams_for(const std::string &request, TestServer *server) {
   return replies;
 }
 
+TEST(Datagrams, RepliesAreNotAnswered) {
+  TestServer server("udp://127.0.0.1:0");
+  EXPECT_EQ(datagrams_for("HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n", &server), Events{});
+  EXPECT_EQ(datagrams_for("HTTPS / HTTP/1.1\r\n\r\n", &server).size(), 1u);
+}
+
 TEST(Datagrams, AreRequestsAndTheirRepliesGoBackToTheSender) {
   TestServer server("udp://127.0.0.1:0");
   std::string body;
@@ -566,6 +572,6 @@ TEST(Datagrams, AreRequestsAndTheirRepliesGoBackToTheSender) {
   EXPECT_EQ(datagrams_for("POST /b HTTP/1.1\r\nContent-Length: 4\r\n\r\nbody", &server), (Events{"POST /b"}));
   EXPECT_EQ(body, "body");
   EXPECT_EQ(datagrams_for("\x01\x02", &server),
-            (Events{"HTTP/1.1 400 Bad Request\r\nContent-Length: 16\r\nContent-Type: text/plain\r\n\r\n",
+            (Events{"HTTP/1.1 400 Bad Request\r\nContent-Length: 16\r\nContent-Type: text/plain\r\n\r\n"
                     "400 Bad Request\n"}));
 }
