@@ -42,7 +42,7 @@ static int refuse_absent_vlan(mg_connection *conn, uint32_t vid) {
 /* --- Operations ---------------------------------------------------------------------------------------- */
 
 int api_vlan_delete_specified_id(openapiClientHandle_t *client_handle, mg_connection *conn) {
-  uint32_t vid;
+  uint32_t vid = 0;
   if (!vlan_id_or_reply(conn, &vid)) return 0;
   if (check_vlan_exist(client_handle, vid) == 1) return refuse_absent_vlan(conn, vid);
 
@@ -52,7 +52,7 @@ int api_vlan_delete_specified_id(openapiClientHandle_t *client_handle, mg_connec
 }
 
 int api_vlan_update_name(openapiClientHandle_t *client_handle, mg_connection *conn) {
-  uint32_t vid;
+  uint32_t vid = 0;
   if (!vlan_id_or_reply(conn, &vid)) return 0;
   if (check_vlan_exist(client_handle, vid) == 1) return refuse_absent_vlan(conn, vid);
   request_variable value = read_variable(conn, "value");
@@ -118,7 +118,7 @@ static open_error_t append_vlan(openapiClientHandle_t *client_handle, uint32_t v
 }
 
 int api_vlan_get_specified_id(openapiClientHandle_t *client_handle, mg_connection *conn) {
-  uint32_t vid;
+  uint32_t vid = 0;
   if (!vlan_id_or_reply(conn, &vid)) return 0;
   if (check_vlan_exist(client_handle, vid) == 1) return refuse_absent_vlan(conn, vid);
 
@@ -153,7 +153,7 @@ int api_vlan_get_list_pending(openapiClientHandle_t *client_handle, mg_connectio
 }
 
 int api_vlan_create_specified_id(openapiClientHandle_t *client_handle, mg_connection *conn) {
-  uint32_t vid;
+  uint32_t vid = 0;
   if (!vlan_id_or_reply(conn, &vid)) return 0;
   if (check_vlan_exist(client_handle, vid) == 0) return refuse(conn, 1, "VLAN %d exist.", vid);
   if (vid == 0 || vid > get_vlan_num_max(client_handle)) return refuse(conn, 2, "VLAN ID not valid.");
