@@ -43,12 +43,12 @@ static bool needs_session(const char *module_name, request_method_t method) {
 }
 
 int auth_session(mg_connection *conn) {
-  char module_name[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
+  char uri_mod_name[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
   auth_pass = 1;
-  get_module_name(conn->uri, module_name);
+  get_module_name(conn->uri, uri_mod_name);
   request_method_t method = parse_request_method(conn);
   clear_expired_session();
-  if (needs_session(module_name, method)) {
+  if (needs_session(uri_mod_name, method)) {
     parse_session_key(conn, sessionKey);
     if (get_session_id(conn->remote_ip, sessionKey) == 0) return 1;
   }
@@ -74,8 +74,8 @@ static void call_module(mg_connection *conn, const char *module_name) {
 }
 
 int api_access_handler(mg_connection *conn) {
-  char module_name[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
-  get_module_name(conn->uri, module_name);
+  char uri_mod_name[REQUEST_URI_SIZE], sessionKey[SESSION_KEY_SIZE];
+  get_module_name(conn->uri, uri_mod_name);
   request_method_t method = parse_request_method(conn);
   parse_session_key(conn, sessionKey);
 
@@ -83,12 +83,12 @@ int api_access_handler(mg_connection *conn) {
     refuse_unauthorised(conn, sessionKey);
     return 1;
   }
-  if (!needs_session(module_name, method)) {
-    call_module(conn, module_name);
+  if (!needs_session(uri_mod_name, method)) {
+    call_module(conn, uri_mod_name);
     return 1;
   }
   /* A body that overrides the method of a POST /login was not there yet when the request was let in. */
-  if (sessionKey[0] == '\0' && strcmp(module_name, "login") == 0) {
+  if (sessionKey[0] == '\0' && strcmp(uri_mod_name, "login") == 0) {
     refuse_unauthorised(conn, sessionKey);
     return 1;
   }
@@ -97,7 +97,7 @@ int api_access_handler(mg_connection *conn) {
     send_response(conn, 1, "Authentication failed.", nullptr);
     return 1;
   }
-  call_module(conn, module_name);
+  call_module(conn, uri_mod_name);
   if (ssid != 0) update_last_activity_time(ssid);
   return 1;
 }

@@ -86,9 +86,9 @@ static open_error_t append_members(openapiClientHandle_t *client_handle, uint32_
   uint32_t ifNum = 0;
   open_error_t rc = rpcclt_openapiIfFirstGet(client_handle, OPEN_INTF_TYPE_PHY, OPEN_INTF_STATE_ANY, &ifNum);
   for (uint32_t position = 1; rc == OPEN_E_NONE; position++) {
-    uint32_t is_member = 0, next = 0;
-    rc = openapiVlanIfParticipationStatusGet(client_handle, vid, ifNum, &is_member);
-    if (rc == OPEN_E_NONE && is_member == 1)
+    uint32_t is_participating = 0, next = 0;
+    rc = openapiVlanIfParticipationStatusGet(client_handle, vid, ifNum, &is_participating);
+    if (rc == OPEN_E_NONE && is_participating == 1)
       rc = append_member(client_handle, vid, ifNum, position, interfaces);
     if (rc != OPEN_E_NONE) return rc;
 
@@ -101,10 +101,10 @@ static open_error_t append_members(openapiClientHandle_t *client_handle, uint32_
 }
 
 static open_error_t append_vlan(openapiClientHandle_t *client_handle, uint32_t vid, node_t *tree) {
-  uint32_t name_size = 0;
-  open_error_t rc = rpcclt_openapiVlanNameLenGet(client_handle, &name_size);
+  uint32_t vlan_name_len = 0;
+  open_error_t rc = rpcclt_openapiVlanNameLenGet(client_handle, &vlan_name_len);
   if (rc != OPEN_E_NONE) return rc;
-  platform_text name(name_size);
+  platform_text name(vlan_name_len);
   if (!name.allocated()) return OPEN_E_INTERNAL;
   rc = rpcclt_openapiVlanNameGet(client_handle, vid, name.desc());
   if (rc != OPEN_E_NONE) return rc;

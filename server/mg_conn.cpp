@@ -100,15 +100,15 @@ static void serve_declined_request(struct connection *conn) {
   }
 }
 
-/* Authorises the request and decides who serves it. `declined`: the handler returned MG_FALSE for it. */
-static void open_local_endpoint(struct connection *conn, bool declined) {
+/* Authorises the request and decides who serves it. `skip_user`: the handler returned MG_FALSE for it. */
+static void open_local_endpoint(struct connection *conn, bool skip_user) {
   const bool has_handler = conn->server->event_handler != nullptr;
   conn->endpoint_type = EP_NONE;
   conn->mg_conn.content = nullptr; /* not attached while the request is authorised */
   conn->mg_conn.content_len = static_cast<size_t>(conn->cl);
   if (has_handler && call_user(conn, MG_AUTH) == MG_FALSE) {
     send_auth_challenge(conn);
-  } else if (has_handler && !declined) {
+  } else if (has_handler && !skip_user) {
     conn->endpoint_type = EP_USER;
   } else {
     serve_declined_request(conn);
@@ -168,7 +168,7 @@ static bool body_complete(const struct connection *conn) {
   return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
 }
 
-static void deliver_request(struct connection *conn) {
+static void call_request_handler(struct connection *conn) {
   conn->request_delivered = true;
   const int result = call_user(conn, MG_REQUEST);
   if (result == MG_TRUE) {
@@ -185,7 +185,7 @@ static void serve_user(struct connection *conn) {
   conn->mg_conn.content_len = nc->recv_iobuf.len;
   const int consumed = call_user(conn, MG_RECV);
   if (consumed > 0) iobuf_remove(&nc->recv_iobuf, static_cast<size_t>(consumed));
-  if (!conn->request_delivered && body_complete(conn)) deliver_request(conn);
+  if (!conn->request_delivered && body_complete(conn)) call_request_handler(conn);
   if (consumed < 0) nc->flags |= CONN_FINISHED_SENDING; /* last, as the end of a request clears it */
 }
 

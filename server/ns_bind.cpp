@@ -20,6 +20,16 @@ static bool parse_address(const char *text, struct address *a) {
   return ns_parse_address(text, &a->sa, &a->protocol, &a->use_ssl, a->cert, a->ca) > 0;
 }
 
+/* The connection of a socket just opened (-1: it could not be); null, with the socket closed, without memory.
+ */
+static struct ns_connection *wrap_or_close(struct ns_mgr *mgr, sock_t sock, ns_callback_t callback,
+                                           void *user_data) {
+  if (sock == -1) return nullptr;
+  struct ns_connection *c = ns_wrap_sock(mgr, sock, callback, user_data);
+  if (c == nullptr) close(sock);
+  return c;
+}
+
 /* Binds and listens; *sa then holds the port that was bound. */
 static bool start_listening(sock_t sock, union socket_address *sa, int protocol) {
   const int on = 1;
@@ -42,12 +52,8 @@ struct ns_connection *ns_bind(struct ns_mgr *mgr, const char *text, ns_callback_
   if (!parse_address(text, &a)) return nullptr;
   if (a.use_ssl && a.cert[0] == '\0') return nullptr;
   const sock_t sock = open_listening_socket(&a.sa, a.protocol);
-  if (sock == -1) return nullptr;
-  struct ns_connection *c = ns_wrap_sock(mgr, sock, callback, user_data);
-  if (c == nullptr) {
-    close(sock);
-    return nullptr;
-  }
+  struct ns_connection *c = wrap_or_close(mgr, sock, callback, user_data);
+  if (c == nullptr) return nullptr;
   c->sa = a.sa;
   c->flags |= CONN_LISTENING;
   if (a.protocol == SOCK_DGRAM) c->flags |= CONN_UDP;
@@ -72,12 +78,8 @@ struct ns_connection *ns_connect(struct ns_mgr *mgr, const char *text, ns_callba
   struct address a;
   if (!parse_address(text, &a)) return nullptr;
   const sock_t sock = open_connecting_socket(&a.sa, a.protocol);
-  if (sock == -1) return nullptr;
-  struct ns_connection *c = ns_wrap_sock(mgr, sock, callback, user_data);
-  if (c == nullptr) {
-    close(sock);
-    return nullptr;
-  }
+  struct ns_connection *c = wrap_or_close(mgr, sock, callback, user_data);
+  if (c == nullptr) return nullptr;
   c->sa = a.sa;
   c->flags |= a.protocol == SOCK_DGRAM ? CONN_UDP : CONN_CONNECTING;
   if (a.use_ssl) c->ssl_ctx = ns_tls_client_context(a.cert, a.ca);

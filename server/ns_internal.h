@@ -25,7 +25,7 @@ struct ns_connection *ns_wrap_sock(struct ns_mgr *, sock_t, ns_callback_t, void 
 
 /* What a ready socket does (ns_io.cpp). `to_the_end` tells that the peer's close or an error was reported
  * too: a short read then is not the end of what can be read. */
-void ns_accept(struct ns_connection *listener, time_t now);
+void accept_conn(struct ns_connection *listener, time_t now);
 void ns_handle_udp(struct ns_connection *listener);
 void ns_read_from_socket(struct ns_connection *, bool to_the_end);
 void ns_write_to_socket(struct ns_connection *);

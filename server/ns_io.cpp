@@ -27,7 +27,7 @@ static void accept_one(struct ns_connection *listener, sock_t sock, union socket
   ns_call(c, NET_EV_ACCEPT, peer);
 }
 
-void ns_accept(struct ns_connection *listener, time_t now) {
+void accept_conn(struct ns_connection *listener, time_t now) {
   for (int i = 0; i < NS_ACCEPT_BATCH; i++) {
     union socket_address peer = {};
     socklen_t len = sizeof(peer);

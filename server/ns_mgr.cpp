@@ -234,7 +234,7 @@ static void serve_readable(struct ns_connection *c, bool to_the_end, time_t now)
     if (c->flags & CONN_UDP) {
       ns_handle_udp(c);
     } else {
-      ns_accept(c, now);
+      accept_conn(c, now);
     }
     return;
   }

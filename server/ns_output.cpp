@@ -6,13 +6,18 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-int ns_send(struct ns_connection *c, const void *buf, int len) {
+/* The one way out of the layer above. */
+static int ns_out(struct ns_connection *c, const void *buf, int len) {
   if (len <= 0) return 0;
   if (c->flags & CONN_UDP) {
     const ssize_t sent = sendto(c->sock, buf, static_cast<size_t>(len), 0, &c->sa.sa, sizeof(c->sa.sin));
     return sent < 0 ? 0 : static_cast<int>(sent);
   }
   return static_cast<int>(iobuf_append(&c->send_iobuf, buf, static_cast<size_t>(len)));
+}
+
+int ns_send(struct ns_connection *c, const void *buf, int len) {
+  return ns_out(c, buf, len);
 }
 
 /* The formatter cannot tell how long the text would be: tries ever larger blocks. */
@@ -56,7 +61,7 @@ int ns_vprintf(struct ns_connection *c, const char *fmt, va_list ap) {
   char stack[500];
   char *text = stack;
   const int len = ns_avprintf(&text, sizeof(stack), fmt, ap);
-  if (len > 0) ns_send(c, text, len);
+  ns_out(c, text, len);
   if (text != stack) free(text);
   return len;
 }

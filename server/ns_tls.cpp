@@ -73,7 +73,7 @@ bool ns_tls_attach(struct ns_connection *c, SSL_CTX *ctx) {
 }
 
 /* Notes what a call with a result below 1 waits for. */
-static enum tls_result classify(struct ns_connection *c, int result) {
+static enum tls_result ns_ssl_err(struct ns_connection *c, int result) {
   switch (SSL_get_error(c->ssl, result)) {
   case SSL_ERROR_WANT_READ:
     c->flags |= CONN_WANT_READ;
@@ -89,7 +89,7 @@ static enum tls_result classify(struct ns_connection *c, int result) {
 enum tls_result ns_tls_handshake(struct ns_connection *c) {
   ERR_clear_error();
   const int n = c->flags & CONN_CONNECTING ? SSL_connect(c->ssl) : SSL_accept(c->ssl);
-  if (n != 1) return classify(c, n);
+  if (n != 1) return ns_ssl_err(c, n);
   c->flags |= CONN_TLS_HANDSHAKE_DONE;
   /* The peer's first bytes may have come with its last handshake message; the socket will not report them. */
   c->tls_unread = ns_tls_has_unread(c);
@@ -99,14 +99,14 @@ enum tls_result ns_tls_handshake(struct ns_connection *c) {
 int ns_tls_read(struct ns_connection *c, void *buf, int len, enum tls_result *outcome) {
   ERR_clear_error();
   const int n = SSL_read(c->ssl, buf, len);
-  *outcome = n > 0 ? TLS_DONE : classify(c, n);
+  *outcome = n > 0 ? TLS_DONE : ns_ssl_err(c, n);
   return n;
 }
 
 int ns_tls_write(struct ns_connection *c, const void *buf, int len, enum tls_result *outcome) {
   ERR_clear_error();
   const int n = SSL_write(c->ssl, buf, len);
-  *outcome = n > 0 ? TLS_DONE : classify(c, n);
+  *outcome = n > 0 ? TLS_DONE : ns_ssl_err(c, n);
   return n;
 }
 

@@ -8,8 +8,6 @@
 
 #include "server/ns_conn.h"
 
-#define TIDEWELL_VERSION "1.0"
-
 enum {
   MG_MAX_HEADERS = 30,         /* header lines kept of a request; the rest are ignored */
   MG_MAX_REQUEST_HEAD = 16384, /* bytes buffered without a complete head before 413 */

@@ -2,7 +2,7 @@
  * language:
  *   running-config   a snapshot of the configuration; its first line is "! generation N"
  *   journal-N        the changes since snapshot N, one line each, each written before its call returned
- *   startup-config, backup-config   as the user saved them
+ *   startup-config   as the user saved it
  * The running configuration is snapshot N with journal N on top. Renaming a new snapshot into place is the
  * one atomic switch from generation N to N+1; journals of other generations are remains of a crash.
  *
