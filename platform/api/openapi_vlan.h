@@ -1,6 +1,11 @@
 /* VLANs (IEEE 802.1Q): existence, names, membership, tagging, port VLAN ids. VLAN ids are 1..4094; members
  * are physical ports and LAGs. A VLAN id outside that range, and an interface number outside every range that
- * the switch numbers interfaces in, is OPEN_E_PARAM. */
+ * the switch numbers interfaces in, is OPEN_E_PARAM.
+ *
+ * What is read about an interface is what is in force. What is set is in force while the interface is in
+ * switchport mode general (openapi_if.h) and in no LAG (openapi_lag.h), and kept meanwhile. An interface in
+ * mode access or trunk reads as included in its VLANs and excluded from all others, one in a LAG as excluded
+ * from all. */
 #ifndef OPENAPI_VLAN_H
 #define OPENAPI_VLAN_H
 
@@ -101,14 +106,16 @@ open_error_t openapiVlanIfTaggingGet(openapiClientHandle_t *handle, uint32_t ifN
 open_error_t rpcclt_openapiVlanIfTaggingSet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t vlanId,
                                             uint32_t tagging);
 
-/* Reads or sets an interface's port VLAN id, the VLAN of frames that come in untagged.
- * OPEN_E_NOT_FOUND  no such port or LAG, or (set) no such VLAN
+/* Reads or sets an interface's port VLAN id, the VLAN of frames that come in untagged. Reads as 0 of an
+ * interface that is neither port nor LAG.
+ * OPEN_E_NOT_FOUND  no such interface; (set) no such VLAN, or neither port nor LAG
  * OPEN_E_FAIL    the change cannot be stored; nothing was changed */
 open_error_t openapiVlanIfPvidGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *vlanId);
 open_error_t rpcclt_openapiVlanIfPvidSet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t vlanId);
 
-/* Reads or sets which frames an interface lets in (OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t).
- * OPEN_E_NOT_FOUND  no such port or LAG
+/* Reads or sets which frames an interface lets in (OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t). Reads as all of an
+ * interface that is neither port nor LAG.
+ * OPEN_E_NOT_FOUND  no such interface; (set) neither port nor LAG
  * OPEN_E_PARAM   unknown type
  * OPEN_E_FAIL    the change cannot be stored; nothing was changed */
 open_error_t rpcclt_openapiVlanIfAcceptFrameTypeGet(openapiClientHandle_t *handle, uint32_t ifNum,

@@ -104,7 +104,14 @@ std::vector<id_list> split_list(const id_list &list) {
   return parts;
 }
 
-/* --- Ports and texts ------------------------------------------------------------------------------------ */
+/* --- Interfaces and texts ------------------------------------------------------------------------------- */
+
+static bool read_interface(const switch_model &model, const token &from, argument *into, std::string *error) {
+  into->number = interface_by_name(model, from.text);
+  if (into->number != 0) return true;
+  *error = "there is no interface \"" + from.text + "\"";
+  return false;
+}
 
 static bool read_port(const switch_model &model, const token &from, argument *into, std::string *error) {
   into->number = interface_by_name(model, from.text);
@@ -113,7 +120,7 @@ static bool read_port(const switch_model &model, const token &from, argument *in
   return false;
 }
 
-static std::string print_port(const switch_model &model, const argument &from) {
+static std::string print_interface(const switch_model &model, const argument &from) {
   return quote_token(interface_name(model, from.number));
 }
 
@@ -163,7 +170,8 @@ struct placeholder {
 static constexpr placeholder placeholders[] = {
     {"<vlan>", read_vlan, print_number},
     {"<vlan-list>", read_vlan_list, print_list},
-    {"<port>", read_port, print_port},
+    {"<interface>", read_interface, print_interface},
+    {"<port>", read_port, print_interface},
     {"<text>", read_text, print_text},
 };
 

@@ -18,7 +18,8 @@ using id_list = std::vector<uint32_t>;
 /* What a placeholder stands for. Which member holds it is said by the kind:
  *   <vlan>        number
  *   <vlan-list>   list; for printing a single VLAN may be given as number
- *   <port>        number: the interface
+ *   <interface>   number
+ *   <port>        number: a port or LAG
  *   <text>        text
  *   a|b|c         number: 0 for a, 1 for b, ... */
 struct argument {

@@ -69,12 +69,20 @@ bool interface_switches(const switch_model &model, uint32_t number) {
   return switching && interface_exists(model, number);
 }
 
-open_error_t interface_switches_check(const switch_model &model, uint32_t number) {
-  if (interface_switches(model, number)) return OPEN_E_NONE;
+/* What a number that means no fitting interface is refused with. */
+static open_error_t refusal(uint32_t number) {
   for (const number_range &range : ranges) {
     if (number >= range.first && number <= range.last) return OPEN_E_NOT_FOUND;
   }
   return OPEN_E_PARAM;
+}
+
+open_error_t interface_check(const switch_model &model, uint32_t number) {
+  return interface_exists(model, number) ? OPEN_E_NONE : refusal(number);
+}
+
+open_error_t interface_switches_check(const switch_model &model, uint32_t number) {
+  return interface_switches(model, number) ? OPEN_E_NONE : refusal(number);
 }
 
 std::string interface_name(const switch_model &model, uint32_t number) {

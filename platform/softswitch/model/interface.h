@@ -22,6 +22,7 @@ struct interface_entry {
   bool link_up = false;                         /* ports: as the data plane reports */
   uint16_t pvid = 1;                            /* ports and LAGs: VLAN of frames that come in untagged */
   uint8_t accept_frames = OPEN_DOT1Q_ADMIT_ALL; /* ports and LAGs: OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t */
+  uint16_t lag = 0;                             /* ports: number of the LAG that it is a member of, or 0 */
   uint16_t routed_vlan = 0;                     /* VLAN routing interfaces: the VLAN */
   uint64_t changed = 0;                         /* number of its latest change, its removal included */
 };
@@ -38,10 +39,12 @@ void interfaces_make(switch_model &model);
 void interfaces_reset(switch_model &model);
 
 bool interface_exists(const switch_model &model, uint32_t number);
+/* The same as a result: OPEN_E_NONE, OPEN_E_PARAM for a number outside every range of limits.h,
+ * OPEN_E_NOT_FOUND for any other. */
+open_error_t interface_check(const switch_model &model, uint32_t number);
 /* Ports and LAGs that exist: what can be a member of VLANs. */
 bool interface_switches(const switch_model &model, uint32_t number);
-/* The same as a result: OPEN_E_NONE for a port or LAG that exists, OPEN_E_PARAM for a number outside every
- * range of limits.h, OPEN_E_NOT_FOUND for any other. */
+/* The same as a result, with the codes of interface_check(). */
 open_error_t interface_switches_check(const switch_model &model, uint32_t number);
 bool interface_is_port(const switch_model &model, uint32_t number);
 /* Name of an interface: as the profile says for ports, "3/1".. for LAGs, "cpu", "loopback0".., "vlan10" for
