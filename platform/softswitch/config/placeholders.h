@@ -21,6 +21,8 @@ using id_list = std::vector<uint32_t>;
  *   <interface>   number
  *   <port>        number: a port or LAG
  *   <text>        text
+ *   <number>      number
+ *   <speed>       number: OPEN_IF_SPEED_t
  *   a|b|c         number: 0 for a, 1 for b, ... */
 struct argument {
   argument() = default;

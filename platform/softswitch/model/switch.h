@@ -7,6 +7,7 @@
 #define KESTREL_SOFTSWITCH_MODEL_SWITCH_H
 
 #include "platform/api/openapi_common.h"
+#include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/limits.h"
 #include "platform/softswitch/model/shared_table.h"
@@ -29,13 +30,14 @@ struct switch_model {
 
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
+  shared_table<counter_table> counters;
 };
 
 /* A switch of this make in factory state, ports cabled as the profile says. */
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, readiness. */
+ * cables, counters, readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */

@@ -206,7 +206,7 @@ TEST(Language, NearMissesNameTheirReason) {
       {"vlan 10 name", OPEN_E_PARAM, "the line ends too early: <text> is missing"},
       {"vlan 10 name a b", OPEN_E_PARAM, "\"b\" is not expected here"},
       {"vlan 10 name 123456789012345678901234567890123", OPEN_E_PARAM, "the name is longer than 32 bytes"},
-      {"vlan 10-20 name x", OPEN_E_PARAM, "\"name\" is not expected here"},
+      {"vlan 10-20 name x", OPEN_E_PARAM, "\"10-20\" is not a VLAN id"},
       {"vlan 11 name x", OPEN_E_NOT_FOUND, "VLAN 11 does not exist"},
       {"no vlan 11 name", OPEN_E_NOT_FOUND, "VLAN 11 does not exist"},
       {"no vlan 10 name x", OPEN_E_PARAM, "\"x\" is not expected here"},
