@@ -114,27 +114,6 @@ TEST_F(Killed, EveryAcknowledgedChangeIsThereAfterwards) {
 
 /* --- Full disk ------------------------------------------------------------------------------------------ */
 
-/* No file of this process can grow beyond a size while this lives. */
-class full_disk {
-public:
-  explicit full_disk(rlim_t size) {
-    getrlimit(RLIMIT_FSIZE, &before);
-    before_handler = signal(SIGXFSZ, SIG_IGN);
-    rlimit limited = {size, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limited);
-  }
-  ~full_disk() {
-    setrlimit(RLIMIT_FSIZE, &before);
-    signal(SIGXFSZ, before_handler);
-  }
-  full_disk(const full_disk &) = delete;
-  full_disk &operator=(const full_disk &) = delete;
-
-private:
-  rlimit before;
-  void (*before_handler)(int);
-};
-
 class Persistence : public SoftSwitch {
 protected:
   std::string journal() {

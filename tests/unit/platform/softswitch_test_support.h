@@ -11,7 +11,9 @@
 #include "tests/unit/platform/services_test_support.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 /* Long enough for any machine; nothing waits as long unless it fails. */
@@ -27,6 +29,27 @@ inline const std::string &prepared_accounts() {
   }();
   return content;
 }
+
+/* No file of this process can grow beyond a size while this lives. */
+class full_disk {
+public:
+  explicit full_disk(rlim_t size) {
+    getrlimit(RLIMIT_FSIZE, &before);
+    before_handler = signal(SIGXFSZ, SIG_IGN);
+    rlimit limited = {size, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limited);
+  }
+  ~full_disk() {
+    setrlimit(RLIMIT_FSIZE, &before);
+    signal(SIGXFSZ, before_handler);
+  }
+  full_disk(const full_disk &) = delete;
+  full_disk &operator=(const full_disk &) = delete;
+
+private:
+  rlimit before;
+  void (*before_handler)(int);
+};
 
 /* A running switch in factory state with a registered client. Every test ends with a restart that must give
  * the same running configuration. */
