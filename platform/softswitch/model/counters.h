@@ -3,8 +3,8 @@
  * nothing about them is journalled or pending, and a restart begins at 0.
  *
  * The time comes from the caller, as milliseconds of a clock that never runs backwards (services/clock.h).
- * Unless a function says otherwise: OPEN_E_PARAM for a counter id above 62, then what interface_check()
- * answers, then OPEN_E_NOT_FOUND when the interface has no such counter. */
+ * Unless a function says otherwise: OPEN_E_PARAM for a counter id above 62 or an interface that does not
+ * exist, OPEN_E_NOT_FOUND when the interface has no such counter. */
 #ifndef KESTREL_SOFTSWITCH_MODEL_COUNTERS_H
 #define KESTREL_SOFTSWITCH_MODEL_COUNTERS_H
 

@@ -132,14 +132,14 @@ TEST_F(Counters, InterfacesHaveThoseOfTheirType) {
   for (uint32_t number : {loopback, 127u}) EXPECT_EQ(counters_of(number), std::vector<uint32_t>()) << number;
 }
 
-/* The counter is checked first, then the interface, then whether the one has the other. */
+/* What is there is checked first, then whether the one has the other. */
 TEST_F(Counters, RefusalsNameTheirReason) {
   const struct {
     uint32_t interface, id;
     open_error_t result;
   } rows[] = {{cage, 63, OPEN_E_PARAM},       {cage, UINT32_MAX, OPEN_E_PARAM}, {227, 63, OPEN_E_PARAM},
-              {0, 1, OPEN_E_PARAM},           {354, 1, OPEN_E_PARAM},           {10, 1, OPEN_E_NOT_FOUND},
-              {227, 1, OPEN_E_NOT_FOUND},     {cage, 0, OPEN_E_NOT_FOUND},      {cage, 62, OPEN_E_NOT_FOUND},
+              {0, 1, OPEN_E_PARAM},           {354, 1, OPEN_E_PARAM},           {10, 1, OPEN_E_PARAM},
+              {227, 1, OPEN_E_PARAM},         {cage, 0, OPEN_E_NOT_FOUND},      {cage, 62, OPEN_E_NOT_FOUND},
               {cage, 34, OPEN_E_NOT_FOUND},   {lag, 2, OPEN_E_NOT_FOUND},       {cpu, 14, OPEN_E_NOT_FOUND},
               {loopback, 1, OPEN_E_NOT_FOUND}};
   for (const auto &row : rows) {
@@ -149,7 +149,7 @@ TEST_F(Counters, RefusalsNameTheirReason) {
     EXPECT_EQ(counter_run(model, row.interface, row.id, 1, 0), row.result);
   }
   EXPECT_EQ(counters_clear(model, 0, 0), OPEN_E_PARAM);
-  EXPECT_EQ(counters_clear(model, 10, 0), OPEN_E_NOT_FOUND);
+  EXPECT_EQ(counters_clear(model, 10, 0), OPEN_E_PARAM);
   EXPECT_EQ(counters_clear(model, loopback, 0), OPEN_E_NONE);
   EXPECT_TRUE(model.counters->of.empty());
 }
@@ -277,7 +277,7 @@ TEST_F(Counters, NewVlanRoutingInterfaceHasNothingOfTheOneBefore) {
   uint32_t number;
   ASSERT_EQ(counter_run(model, vlan_routing, bytes_in, 1000, 0), OPEN_E_NONE);
   ASSERT_EQ(interface_remove_vlan_routing(model, 1), OPEN_E_NONE);
-  EXPECT_EQ(counter_check(model, vlan_routing, bytes_in), OPEN_E_NOT_FOUND);
+  EXPECT_EQ(counter_check(model, vlan_routing, bytes_in), OPEN_E_PARAM);
   ASSERT_EQ(vlan_create(model, 10), OPEN_E_NONE);
   ASSERT_EQ(interface_make_vlan_routing(model, 10, &number), OPEN_E_NONE);
   ASSERT_EQ(number, vlan_routing);
