@@ -2,7 +2,6 @@
 #include "platform/softswitch/config/placeholders.h"
 
 #include <algorithm>
-#include <bitset>
 #include <charconv>
 
 namespace softswitch {
@@ -41,7 +40,7 @@ static bool read_vlan(const switch_model &, const token &from, argument *into, s
 
 /* --- Lists ---------------------------------------------------------------------------------------------- */
 
-static bool read_range(std::string_view text, std::bitset<vlan_id_max + 1> *ids, std::string *error) {
+static bool read_range(std::string_view text, vlan_set *ids, std::string *error) {
   size_t dash = text.find('-');
   uint32_t first, last;
   if (!read_vlan_id(text.substr(0, dash), &first, error)) return false;
@@ -58,19 +57,22 @@ static bool read_range(std::string_view text, std::bitset<vlan_id_max + 1> *ids,
   return true;
 }
 
-static bool read_vlan_list(const switch_model &, const token &from, argument *into, std::string *error) {
-  std::bitset<vlan_id_max + 1> ids;
-  std::string_view rest = from.text;
+bool read_vlan_list(std::string_view text, id_list *ids, std::string *error) {
+  vlan_set found;
   for (;;) {
-    size_t comma = rest.find(',');
-    if (!read_range(rest.substr(0, comma), &ids, error)) return false;
+    size_t comma = text.find(',');
+    if (!read_range(text.substr(0, comma), &found, error)) return false;
     if (comma == std::string_view::npos) break;
-    rest.remove_prefix(comma + 1);
+    text.remove_prefix(comma + 1);
   }
   for (uint32_t id = vlan_id_min; id <= vlan_id_max; id++) {
-    if (ids[id]) into->list.push_back(id);
+    if (found[id]) ids->push_back(id);
   }
   return true;
+}
+
+static bool read_list(const switch_model &, const token &from, argument *into, std::string *error) {
+  return read_vlan_list(from.text, &into->list, error);
 }
 
 /* The index of the last id of the range that begins at `first`. */
@@ -124,6 +126,16 @@ static std::string print_interface(const switch_model &model, const argument &fr
   return quote_token(interface_name(model, from.number));
 }
 
+static bool read_port_channel(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (!read_number(from.text, &into->number)) {
+    *error = "\"" + from.text + "\" is not a port-channel id";
+    return false;
+  }
+  if (lag_of_port_channel(into->number) != 0) return true;
+  *error = "port-channel id out of range 1.." + std::to_string(port_channel_max);
+  return false;
+}
+
 static bool read_text(const switch_model &, const token &from, argument *into, std::string *) {
   into->text = from.text;
   return true;
@@ -169,9 +181,10 @@ struct placeholder {
 
 static constexpr placeholder placeholders[] = {
     {"<vlan>", read_vlan, print_number},
-    {"<vlan-list>", read_vlan_list, print_list},
+    {"<vlan-list>", read_list, print_list},
     {"<interface>", read_interface, print_interface},
     {"<port>", read_port, print_interface},
+    {"<port-channel>", read_port_channel, print_number},
     {"<text>", read_text, print_text},
 };
 

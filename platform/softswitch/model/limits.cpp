@@ -11,6 +11,7 @@ struct limit_name {
 static constexpr limit_name limit_names[] = {
     {"vlans", &limits::vlans},
     {"vlan-routing-interfaces", &limits::vlan_routing_interfaces},
+    {"lag-members", &limits::lag_members},
     {"equal-cost-routes", &limits::equal_cost_routes},
     {"settle-milliseconds", &limits::settle_milliseconds},
     {"journal-bytes", &limits::journal_bytes},
