@@ -91,11 +91,12 @@ open_error_t vlan_create(switch_model &model, uint32_t id) {
   if (!vlan_id_valid(id)) return OPEN_E_PARAM;
   if (vlan_exists(model, id)) return OPEN_E_EXISTS;
   if (table_is_full(model)) return OPEN_E_FULL;
-  vlan_entry *vlan = insert_vlan(model, id);
+  const vlan_entry *vlan = insert_vlan(model, id);
   /* Trunks with the VLAN in their list are members from the start. */
-  each_switching_interface(model, [&](uint32_t interface) {
-    if (vlan_has_member(model, *vlan, interface)) interface_edit(model, interface);
-  });
+  for (uint32_t interface = port_first; interface <= lag_last; interface++) {
+    bool may_be_trunk = model.interfaces->at[interface].switchport.trunk_vlans != nullptr;
+    if (may_be_trunk && vlan_has_member(model, *vlan, interface)) interface_edit(model, interface);
+  }
   return OPEN_E_NONE;
 }
 
