@@ -60,11 +60,6 @@ inline Answers expected_pending(const std::vector<pending_vlan> &vlans) {
 
 class VlanTest : public PlatformTest {
 protected:
-  ~VlanTest() override {
-    bent_vlan_name_size.reset();
-    bent_participation_mode.reset();
-  }
-
   void create(uint32_t vid) const { EXPECT_EQ(rpcclt_openapiVlanCreate(handle, vid), OPEN_E_NONE) << vid; }
   void include(uint32_t vid, uint32_t ifNum) const {
     EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(handle, vid, ifNum, OPEN_VLAN_PARTICIPATION_MODE_INCLUDE),
