@@ -38,8 +38,9 @@ open_error_t rpcclt_openapiPmlIntfStaticEntryDelete(openapiClientHandle_t *handl
 
 /* Walks over the locked addresses of an interface, by address and then by VLAN. For GetNext `mac` and
  * `vlanId` go in as the entry after which to go on (it need not be there) and come out as the next one; the
- * size of `mac` going in is that of its buffer. OPEN_E_PARAM   also: the buffer is too small OPEN_E_FAIL
- * there is none: the walk is over */
+ * size of `mac` going in is that of its buffer.
+ * OPEN_E_PARAM   also: the buffer is too small
+ * OPEN_E_FAIL    there is none: the walk is over */
 open_error_t rpcclt_openapiPmlIntfStaticEntryGetFirst(openapiClientHandle_t *handle, uint32_t ifNum,
                                                       open_buffdesc *mac, uint32_t *vlanId, uint32_t *sticky);
 open_error_t rpcclt_openapiPmlIntfStaticEntryGetNext(openapiClientHandle_t *handle, uint32_t ifNum,

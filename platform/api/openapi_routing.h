@@ -17,7 +17,8 @@ typedef struct {
 
 /* Reads an interface's addresses of one family.
  *   family  OPEN_AF_INET: the primary address, whatever `prefix` holds. OPEN_AF_INET6: the address after the
- *           one in `prefix`, in ascending order; the first one when `prefix` is all zero
+ *           one in `prefix`, which need not be there, in ascending order; the first one when `prefix` is
+ *           all zero or holds an IPv4 address
  *   prefix  comes out as the address; untouched unless the call returns OPEN_E_NONE
  * OPEN_E_PARAM   unknown family, or an interface number outside every range
  * OPEN_E_NOT_FOUND  no such interface, or it has no IPv4 address

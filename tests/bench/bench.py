@@ -40,7 +40,11 @@ class Case:
 
 CASES = [
     Case("GET /login", "/login?sessionkey={key}"),
-    Case("GET /vlans/1", "/vlans/1?sessionkey={key}"),
+    Case("GET /vlans/1, 54 ports, XML", "/vlans/1?sessionkey={key}"),
+    Case("GET /vlans/1, 54 ports, JSON", "/vlans/1?format=json&sessionkey={key}"),
+    Case("GET /if/1", "/if/1?sessionkey={key}"),
+    Case("GET /if/1/counters, XML", "/if/1/counters?sessionkey={key}"),
+    Case("GET /if/1/counters, JSON", "/if/1/counters?format=json&sessionkey={key}"),
     Case("GET /vlans, 4094 VLANs, XML", "/vlans?sessionkey={key}", slow=True),
     Case("GET /vlans, 4094 VLANs, JSON", "/vlans?format=json&sessionkey={key}", slow=True),
     Case("unauthorised", "/login?sessionkey=0123456789abcdef0123456789abcdef"),
@@ -178,6 +182,17 @@ def fill_vlans(server, key):
             sys.exit(f"VLAN {vlan}: {body}")
 
 
+def fill_counters(root):
+    """Gives every counter of port 1 a value that takes both of its halves."""
+    with socket.socket(socket.AF_UNIX) as lab:
+        lab.connect(str(root / "state" / "lab.sock"))
+        with lab.makefile("rw", encoding="ascii") as lines:
+            for counter in range(63):
+                lines.write(f"counter set 0/1 {counter} {(counter << 40) + 123456789}\n")
+                lines.flush()
+                lines.readline()  # "ok", or an error for a counter that the port does not have
+
+
 def connection_cost(server, transport, path, count=800):
     """Bytes of resident memory for each connection that made one request and then stays idle."""
     context = ssl.create_default_context()
@@ -255,6 +270,7 @@ def main():
                 print(f"An idle {transport} connection after one request: {cost:.0f} bytes resident")
             print(flush=True)
             fill_vlans(daemon, key)
+            fill_counters(root)
             bodies = [request(daemon, "GET", case.path.format(key=key)) for case in CASES]
             nginx = start_nginx(root, bodies)
             run_cases(daemon, nginx, key, cases, options.seconds)

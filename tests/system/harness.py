@@ -119,7 +119,7 @@ class Daemon:
         self.session_file = os.path.join(self.root, "sessions")
         self.port, self.tls_port = free_ports(2)
         self.limits = limits or {}
-        self.extra_environment = environment or {}
+        self.extra_environment = dict(environment or {})
         self.user = user
         self.process = None
         self.collector = threading.Thread()  # of standard error; joined when the process has ended
@@ -129,6 +129,13 @@ class Daemon:
         self.complaints = []
         with open(os.path.join(self.root, "ssl.pem"), "w", encoding="ascii") as file:
             file.write(certificate())
+
+    def use_profile(self, text):
+        """Gives the switch another chassis from its next start on."""
+        path = os.path.join(self.root, "profile.json")
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+        self.extra_environment["KESTREL_PROFILE"] = path
 
     def environment(self):
         # The certificate's name must be short, so it is given relative to the root, where the daemon runs.

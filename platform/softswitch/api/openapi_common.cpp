@@ -4,7 +4,6 @@
 #include "platform/softswitch/api/call.h"
 #include "platform/softswitch/services/faults.h"
 
-#include <arpa/inet.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -38,21 +37,10 @@ open_error_t rpcclt_openapiConnectivityCheck(openapiClientHandle_t *handle) {
   return api_call(__func__, handle, {}, [](switch_model &) { return OPEN_E_NONE; });
 }
 
-static open_error_t parse_address(const std::string &text, open_inet_addr_t *addr) {
-  in_addr ipv4;
-  memset(addr, 0, sizeof *addr);
-  if (inet_pton(AF_INET, text.c_str(), &ipv4) == 1) {
-    addr->family = OPEN_AF_INET;
-    addr->addr.ipv4 = ntohl(ipv4.s_addr);
-    return OPEN_E_NONE;
-  }
-  if (inet_pton(AF_INET6, text.c_str(), addr->addr.ipv6.addr8) != 1) return OPEN_E_FAIL;
-  addr->family = OPEN_AF_INET6;
-  return OPEN_E_NONE;
-}
-
 open_error_t rpcclt_openapiInetAddrGet(openapiClientHandle_t *handle, open_buffdesc *text,
                                        open_inet_addr_t *addr) {
-  return api_call_unlocked(__func__, handle, {text_in(text), output(addr)},
-                           [&] { return parse_address(std::string(text_of(*text)), addr); });
+  return api_call_unlocked(__func__, handle, {text_in(text), output(addr)}, [&] {
+    bool good = inet_address_read(std::string(text_of(*text)), addr);
+    return good ? OPEN_E_NONE : OPEN_E_FAIL;
+  });
 }

@@ -1,6 +1,8 @@
 /* The table of the configuration language: every line that there is. Its order is the order in which the
  * configuration is printed, so what others refer to comes before them. */
+#include "platform/softswitch/config/address_lines.h"
 #include "platform/softswitch/config/language.h"
+#include "platform/softswitch/config/mac_locking_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
 
 namespace softswitch {
@@ -20,6 +22,19 @@ static constexpr command table[] = {
     {"no interface <port> pvid", apply_no_pvid, nullptr},
     {"interface <port> accept-frames all|tagged|untagged", apply_accept_frames, print_accept_frames},
     {"no interface <port> accept-frames", apply_no_accept_frames, nullptr},
+
+    {"interface <port> mac-locking sticky", apply_sticky_mode, print_sticky_modes},
+    {"no interface <port> mac-locking sticky", apply_no_sticky_mode, nullptr},
+    {"interface <port> mac-locking address <mac> vlan <vlan> static|sticky", apply_mac_lock, print_mac_locks},
+    {"no interface <port> mac-locking address <mac> vlan <vlan>", apply_no_mac_lock, nullptr},
+
+    {"interface <interface> ip address <ip-prefix>", apply_primary_address, print_primary_addresses},
+    {"no interface <interface> ip address", apply_no_primary_address, nullptr},
+    {"interface <interface> ip secondary-address <ip-prefix>", apply_secondary_address,
+     print_secondary_addresses},
+    {"no interface <interface> ip secondary-address <ip-prefix>", apply_no_secondary_address, nullptr},
+    {"interface <interface> ipv6 address <ipv6-prefix>", apply_ipv6_address, print_ipv6_addresses},
+    {"no interface <interface> ipv6 address <ipv6-prefix>", apply_no_ipv6_address, nullptr},
 };
 
 std::span<const command> commands() {

@@ -133,6 +133,47 @@ static std::string print_text(const switch_model &, const argument &from) {
   return quote_token(from.text);
 }
 
+/* --- Addresses ------------------------------------------------------------------------------------------ */
+
+static bool read_mac(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (station_mac_read(from.text, &into->mac)) return true;
+  *error = "\"" + from.text + "\" is not the MAC address of a station";
+  return false;
+}
+
+static std::string print_mac(const switch_model &, const argument &from) {
+  return mac_text(from.mac);
+}
+
+/* Reads an address of a family with a prefix of 1 to `bits` bits. */
+static bool read_prefix(const std::string &text, OPEN_AF_t family, uint32_t bits, open_inet_pfx_t *prefix,
+                        std::string *error) {
+  size_t slash = text.find('/');
+  bool good = slash != std::string::npos && inet_address_read(text.substr(0, slash), &prefix->ipAddr) &&
+              prefix->ipAddr.family == family &&
+              read_number(std::string_view(text).substr(slash + 1), &prefix->pfxLen);
+  if (!good) {
+    const char *kind = family == OPEN_AF_INET ? "IPv4" : "IPv6";
+    *error = "\"" + text + "\" is not an " + kind + " address with a prefix length";
+    return false;
+  }
+  if (prefix->pfxLen >= 1 && prefix->pfxLen <= bits) return true;
+  *error = "prefix length out of range 1.." + std::to_string(bits);
+  return false;
+}
+
+static bool read_ip_prefix(const switch_model &, const token &from, argument *into, std::string *error) {
+  return read_prefix(from.text, OPEN_AF_INET, ipv4_bits, &into->prefix, error);
+}
+
+static bool read_ipv6_prefix(const switch_model &, const token &from, argument *into, std::string *error) {
+  return read_prefix(from.text, OPEN_AF_INET6, ipv6_bits, &into->prefix, error);
+}
+
+static std::string print_prefix(const switch_model &, const argument &from) {
+  return inet_prefix_text(from.prefix);
+}
+
 /* --- One of several words ------------------------------------------------------------------------------- */
 
 /* Takes the next word off the front of "a|b|c". */
@@ -172,6 +213,9 @@ static constexpr placeholder placeholders[] = {
     {"<vlan-list>", read_vlan_list, print_list},
     {"<interface>", read_interface, print_interface},
     {"<port>", read_port, print_interface},
+    {"<mac>", read_mac, print_mac},
+    {"<ip-prefix>", read_ip_prefix, print_prefix},
+    {"<ipv6-prefix>", read_ipv6_prefix, print_prefix},
     {"<text>", read_text, print_text},
 };
 

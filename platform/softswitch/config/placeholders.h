@@ -1,5 +1,5 @@
-/* What may stand in a line of the configuration language besides keywords: VLAN ids, lists, ports, texts, one
- * of several words. Each kind is one row that reads it and prints it. */
+/* What may stand in a line of the configuration language besides keywords: VLAN ids, lists, ports, addresses,
+ * texts, one of several words. Each kind is one row that reads it and prints it. */
 #ifndef KESTREL_SOFTSWITCH_CONFIG_PLACEHOLDERS_H
 #define KESTREL_SOFTSWITCH_CONFIG_PLACEHOLDERS_H
 
@@ -20,6 +20,8 @@ using id_list = std::vector<uint32_t>;
  *   <vlan-list>   list; for printing a single VLAN may be given as number
  *   <interface>   number
  *   <port>        number: a port or LAG
+ *   <mac>         mac
+ *   <ip-prefix>, <ipv6-prefix>  prefix, of the family
  *   <text>        text
  *   a|b|c         number: 0 for a, 1 for b, ... */
 struct argument {
@@ -27,10 +29,14 @@ struct argument {
   argument(uint32_t value) : number(value) {}
   argument(std::string_view value) : text(value) {}
   argument(id_list value) : list(std::move(value)) {}
+  argument(const mac_address &value) : mac(value) {}
+  argument(const open_inet_pfx_t &value) : prefix(value) {}
 
   uint32_t number = 0;
   std::string text;
   id_list list;
+  mac_address mac = {};
+  open_inet_pfx_t prefix = {};
 };
 
 /* Says whether a word of a pattern is a placeholder and not a keyword. */

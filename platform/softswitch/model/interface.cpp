@@ -170,6 +170,7 @@ open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uin
 open_error_t interface_remove_vlan_routing(switch_model &model, uint32_t vlan) {
   uint32_t number = interface_of_vlan(model, vlan);
   if (number == 0) return OPEN_E_NOT_FOUND;
+  addresses_forget(model, number);
   interface_entry *entry = interface_edit(model, number);
   uint64_t change = entry->changed;
   *entry = interface_entry();

@@ -78,7 +78,7 @@ void interface_set_link(switch_model &model, uint32_t number, bool up);
 /* Makes the routing interface of a VLAN, with the lowest free number.
  * OPEN_E_NOT_FOUND: no such VLAN. OPEN_E_EXISTS: it has one. OPEN_E_FULL: no room for another. */
 open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uint32_t *number);
-/* Removes it. OPEN_E_NOT_FOUND: the VLAN has none. */
+/* Removes it with its addresses. OPEN_E_NOT_FOUND: the VLAN has none. */
 open_error_t interface_remove_vlan_routing(switch_model &model, uint32_t vlan);
 /* The routing interface of a VLAN; 0 when it has none. */
 uint32_t interface_of_vlan(const switch_model &model, uint32_t vlan);

@@ -11,6 +11,9 @@ struct limit_name {
 static constexpr limit_name limit_names[] = {
     {"vlans", &limits::vlans},
     {"vlan-routing-interfaces", &limits::vlan_routing_interfaces},
+    {"static-macs", &limits::static_macs},
+    {"secondary-addresses", &limits::secondary_addresses},
+    {"ipv6-addresses", &limits::ipv6_addresses},
     {"equal-cost-routes", &limits::equal_cost_routes},
     {"settle-milliseconds", &limits::settle_milliseconds},
     {"journal-bytes", &limits::journal_bytes},

@@ -34,6 +34,9 @@ inline constexpr uint32_t vlan_name_size = 32 + 1; /* bytes of a buffer for a na
 struct limits {
   uint32_t vlans = 4094;
   uint32_t vlan_routing_interfaces = 128;
+  uint32_t static_macs = 20;           /* locked on one port or LAG */
+  uint32_t secondary_addresses = 31;   /* IPv4, of one interface */
+  uint32_t ipv6_addresses = 32;        /* of one interface */
   uint32_t equal_cost_routes = 32;     /* to one destination */
   uint32_t settle_milliseconds = 250;  /* how long a change may be followed by others before it is taken */
   uint32_t journal_bytes = 256 * 1024; /* the journal is compacted when it exceeds this */

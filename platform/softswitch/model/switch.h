@@ -7,8 +7,10 @@
 #define KESTREL_SOFTSWITCH_MODEL_SWITCH_H
 
 #include "platform/api/openapi_common.h"
+#include "platform/softswitch/model/addresses.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/limits.h"
+#include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/shared_table.h"
 #include "platform/softswitch/model/vlan.h"
 #include "platform/softswitch/services/profile.h"
@@ -29,6 +31,8 @@ struct switch_model {
 
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
+  shared_table<mac_locking_table> mac_locking;
+  shared_table<address_table> addresses;
 };
 
 /* A switch of this make in factory state, ports cabled as the profile says. */

@@ -115,6 +115,7 @@ open_error_t vlan_delete(switch_model &model, uint32_t id) {
   vlan_entry *vlan = edit_vlan(model, id);
   vlan->exists = false;
   release_interfaces(model, *vlan);
+  mac_locks_release_vlan(model, id);
   return OPEN_E_NONE;
 }
 

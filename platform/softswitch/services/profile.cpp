@@ -2,17 +2,16 @@
  * new member is a row in one of them, and a reading function where its kind is new. */
 #include "platform/softswitch/services/profile.h"
 
+#include "platform/softswitch/model/mac_address.h"
 #include "platform/softswitch/services/files.h"
 #include "platform/softswitch/services/json_lines.h"
 
 #include <algorithm>
-#include <ctype.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <json-c/json.h>
 #include <memory>
 #include <span>
-#include <stdlib.h>
 #include <string.h>
 
 namespace softswitch {
@@ -93,24 +92,13 @@ static bool read_text(profile_reader &reader, const profile_value &value, std::s
   return true;
 }
 
-/* A MAC address that one station may bear: not all zero, not a group address (IEEE 802 section 8.2). */
-static bool is_station_mac(const std::string &text) {
-  if (text.size() != 17) return false;
-  for (size_t i = 0; i < text.size(); i++) {
-    bool good = i % 3 == 2 ? text[i] == ':' : isxdigit(static_cast<unsigned char>(text[i])) != 0;
-    if (!good) return false;
-  }
-  bool group = strtoul(text.substr(0, 2).c_str(), nullptr, 16) & 1;
-  return !group && text != "00:00:00:00:00:00";
-}
-
 static bool read_mac(profile_reader &reader, const profile_value &value, std::string *target) {
   std::string text;
+  mac_address mac;
   if (!read_text(reader, value, &text)) return false;
-  if (!is_station_mac(text))
+  if (!station_mac_read(text, &mac))
     return mistake(reader, value.path, "must be a station's MAC address like \"02:00:5E:10:00:01\"");
-  for (char &c : text) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
-  *target = text;
+  *target = mac_text(mac);
   return true;
 }
 

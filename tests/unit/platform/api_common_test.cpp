@@ -1,6 +1,8 @@
 /* Tests of what holds for every function of the C interface, and of registration, addresses, system,
  * interface and user functions. */
 #include "platform/api/openapi_if.h"
+#include "platform/api/openapi_pml.h"
+#include "platform/api/openapi_routing.h"
 #include "platform/api/openapi_system.h"
 #include "platform/api/openapi_user.h"
 #include "tests/unit/platform/softswitch_test_support.h"
@@ -22,6 +24,7 @@ uint32_t number, number2;
 char buffer[256];
 open_buffdesc text;
 open_inet_addr_t address;
+open_inet_pfx_t prefix;
 open_revision_data_t revision;
 OPEN_LOGIN_ACCESS_LEVELS_t level;
 
@@ -30,6 +33,12 @@ open_buffdesc *with(const char *content = nullptr) {
   memset(buffer, 0, sizeof buffer);
   if (content) strcpy(buffer, content);
   text = {content ? static_cast<uint32_t>(strlen(content)) : static_cast<uint32_t>(sizeof buffer), buffer};
+  return &text;
+}
+
+/* A locked address to walk on from, in a buffer with room for the next. */
+open_buffdesc *after(const char *mac) {
+  with(mac)->size = sizeof buffer;
   return &text;
 }
 
@@ -56,6 +65,28 @@ const std::vector<good_call> &good_calls() {
       {"openapiSystemReadyStateGet", [](auto *h) { return openapiSystemReadyStateGet(h, &number); }},
       {"rpcclt_openapiOspfEqualCostRoutesMax",
        [](auto *h) { return rpcclt_openapiOspfEqualCostRoutesMax(h, &number); }},
+      {"rpcclt_openapiPmlIntfStickyModeGet",
+       [](auto *h) { return rpcclt_openapiPmlIntfStickyModeGet(h, 1, &number); }},
+      {"rpcclt_openapiPmlIntfStickyModeSet",
+       [](auto *h) { return rpcclt_openapiPmlIntfStickyModeSet(h, 1, 1); }},
+      {"rpcclt_openapiPmlIntfStaticEntryAdd",
+       [](auto *h) { return rpcclt_openapiPmlIntfStaticEntryAdd(h, 1, with("00:00:00:00:00:02"), 1, 1); }},
+      {"rpcclt_openapiPmlIntfStaticEntryGetFirst",
+       [](auto *h) { return rpcclt_openapiPmlIntfStaticEntryGetFirst(h, 1, with(), &number, &number2); }},
+      {"rpcclt_openapiPmlIntfStaticEntryGetNext",
+       [](auto *h) {
+         number = 1;
+         return rpcclt_openapiPmlIntfStaticEntryGetNext(h, 1, after("00:00:00:00:00:01"), &number, &number2);
+       }},
+      {"rpcclt_openapiPmlIntfStaticEntryDelete",
+       [](auto *h) { return rpcclt_openapiPmlIntfStaticEntryDelete(h, 1, with("00:00:00:00:00:02"), 1); }},
+      {"rpcclt_openapiRtrIntfIpAddrGet",
+       [](auto *h) { return rpcclt_openapiRtrIntfIpAddrGet(h, OPEN_AF_INET, 1, &prefix); }},
+      {"rpcclt_openapiRtrIntfSecIpAddrGet",
+       [](auto *h) {
+         number = 0;
+         return rpcclt_openapiRtrIntfSecIpAddrGet(h, OPEN_AF_INET, 1, &prefix, &number);
+       }},
       {"openapiMaxInterfaceCountGet", [](auto *h) { return openapiMaxInterfaceCountGet(h, &number); }},
       {"rpcclt_openapiCpuIntfGet", [](auto *h) { return rpcclt_openapiCpuIntfGet(h, &number); }},
       {"rpcclt_openapiIfFirstGet", [](auto *h) { return rpcclt_openapiIfFirstGet(h, 0, 4, &number); }},
@@ -90,6 +121,9 @@ const std::vector<good_call> &good_calls() {
 
 TEST_F(Api, EveryFunctionSucceedsWithGoodArguments) {
   softswitch::hold_apply(true);
+  /* What can be read before there is a function that sets it. */
+  ASSERT_EQ(commit("interface 0/1 ip address 10.0.0.1/24"), OPEN_E_NONE);
+  ASSERT_EQ(commit("interface 0/1 ip secondary-address 10.0.0.2/24"), OPEN_E_NONE);
   for (const good_call &row : good_calls()) EXPECT_EQ(row.call(&handle), OPEN_E_NONE) << row.name;
 }
 
@@ -137,6 +171,22 @@ TEST_F(Api, NullPointersAreRefused) {
       rpcclt_openapiApiVersionGet(h, nullptr),
       openapiSystemReadyStateGet(h, nullptr),
       rpcclt_openapiOspfEqualCostRoutesMax(h, nullptr),
+      rpcclt_openapiPmlIntfStickyModeGet(h, 1, nullptr),
+      rpcclt_openapiPmlIntfStaticEntryAdd(h, 1, nullptr, 1, 0),
+      rpcclt_openapiPmlIntfStaticEntryAdd(h, 1, &nowhere, 1, 0),
+      rpcclt_openapiPmlIntfStaticEntryDelete(h, 1, nullptr, 1),
+      rpcclt_openapiPmlIntfStaticEntryDelete(h, 1, &nowhere, 1),
+      rpcclt_openapiPmlIntfStaticEntryGetFirst(h, 1, nullptr, &number, &number2),
+      rpcclt_openapiPmlIntfStaticEntryGetFirst(h, 1, &nowhere, &number, &number2),
+      rpcclt_openapiPmlIntfStaticEntryGetFirst(h, 1, with(), nullptr, &number2),
+      rpcclt_openapiPmlIntfStaticEntryGetFirst(h, 1, with(), &number, nullptr),
+      rpcclt_openapiPmlIntfStaticEntryGetNext(h, 1, nullptr, &number, &number2),
+      rpcclt_openapiPmlIntfStaticEntryGetNext(h, 1, &nowhere, &number, &number2),
+      rpcclt_openapiPmlIntfStaticEntryGetNext(h, 1, after("00:00:00:00:00:01"), nullptr, &number2),
+      rpcclt_openapiPmlIntfStaticEntryGetNext(h, 1, after("00:00:00:00:00:01"), &number, nullptr),
+      rpcclt_openapiRtrIntfIpAddrGet(h, OPEN_AF_INET, 1, nullptr),
+      rpcclt_openapiRtrIntfSecIpAddrGet(h, OPEN_AF_INET, 1, nullptr, &number),
+      rpcclt_openapiRtrIntfSecIpAddrGet(h, OPEN_AF_INET, 1, &prefix, nullptr),
       openapiMaxInterfaceCountGet(h, nullptr),
       rpcclt_openapiCpuIntfGet(h, nullptr),
       rpcclt_openapiIfFirstGet(h, 0, 4, nullptr),

@@ -1,10 +1,10 @@
 /* Tests of what survives: kills at any moment, full disks, compaction while changes go on, saving and
  * reloading. */
+#include "tests/unit/platform/full_disk.h"
 #include "tests/unit/platform/softswitch_test_support.h"
 
 #include <random>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -113,27 +113,6 @@ TEST_F(Killed, EveryAcknowledgedChangeIsThereAfterwards) {
 }
 
 /* --- Full disk ------------------------------------------------------------------------------------------ */
-
-/* No file of this process can grow beyond a size while this lives. */
-class full_disk {
-public:
-  explicit full_disk(rlim_t size) {
-    getrlimit(RLIMIT_FSIZE, &before);
-    before_handler = signal(SIGXFSZ, SIG_IGN);
-    rlimit limited = {size, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limited);
-  }
-  ~full_disk() {
-    setrlimit(RLIMIT_FSIZE, &before);
-    signal(SIGXFSZ, before_handler);
-  }
-  full_disk(const full_disk &) = delete;
-  full_disk &operator=(const full_disk &) = delete;
-
-private:
-  rlimit before;
-  void (*before_handler)(int);
-};
 
 class Persistence : public SoftSwitch {
 protected:

@@ -1,0 +1,41 @@
+/* IPv4 and IPv6 addresses and prefixes as text, and how prefixes compare. */
+#ifndef KESTREL_SOFTSWITCH_MODEL_INET_ADDRESS_H
+#define KESTREL_SOFTSWITCH_MODEL_INET_ADDRESS_H
+
+#include "platform/api/openapi_routing.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace softswitch {
+
+inline constexpr uint32_t ipv4_bits = 32;
+inline constexpr uint32_t ipv6_bits = 128;
+
+/* An address in network order, IPv4 in the first four bytes. */
+std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address);
+
+/* Reads four decimal numbers without leading zeros, or IPv6 text (RFC 4291 section 2.2); no blanks, no zone.
+ * False, with `address` cleared, for anything else. */
+bool inet_address_read(const std::string &text, open_inet_addr_t *address);
+
+/* The text of an address; that of an IPv6 address as RFC 5952 has it. */
+std::string inet_address_text(const open_inet_addr_t &address);
+/* The same with "/" and the prefix length. */
+std::string inet_prefix_text(const open_inet_pfx_t &prefix);
+
+bool inet_same_address(const open_inet_pfx_t &one, const open_inet_pfx_t &other);
+/* Whether one prefix holds the other. Prefixes of different families do not. */
+bool inet_overlap(const open_inet_pfx_t &one, const open_inet_pfx_t &other);
+/* Whether an IPv6 address is a link-local one (RFC 4291 section 2.5.6). */
+bool inet_link_local(const open_inet_addr_t &address);
+
+/* Whether a host can have this address with a prefix of this length: no unspecified, loopback, multicast or
+ * reserved address and, in IPv4, not the first or last address of a prefix shorter than 31 bits (RFC 3021).
+ * False also for a length outside 1..32 or 1..128, and an unknown family. */
+bool inet_is_host(const open_inet_pfx_t &prefix);
+
+} // namespace softswitch
+
+#endif

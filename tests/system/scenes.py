@@ -1,0 +1,58 @@
+"""Scenes: what a client of the API does, played once for each form of answer and over both ports."""
+
+import harness
+from harness import DaemonTest
+from wire import Client, rest_reply
+
+FORMS = ("xml", "json")
+
+
+class UriTest(DaemonTest):
+    """Runs a scene once for each form and port. The tests of a class share one daemon for each of these
+    ways, which every scene finds as new: one VLAN, nothing pending, no session but the one in use."""
+
+    profile = None  # of the chassis, as JSON text; the built-in one unless a class says otherwise
+
+    def setUp(self):
+        self.form = self.tls = self.daemon = self.session_in_use = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.daemons = {(form, tls): harness.Daemon() for form in FORMS for tls in (False, True)}
+        for daemon in cls.daemons.values():
+            cls.addClassCleanup(cls.finish_one, daemon)
+            if cls.profile is not None:
+                daemon.use_profile(cls.profile)
+            daemon.start()
+            daemon.lab("limit", "settle-milliseconds", "1")  # no scene has to wait for pending changes
+
+    @classmethod
+    def finish_one(cls, daemon):
+        complaints = daemon.finish()
+        if complaints:
+            raise AssertionError(complaints)
+
+    def each_way(self, scene):
+        for (self.form, self.tls), self.daemon in self.daemons.items():
+            with self.subTest(tls=self.tls, form=self.form):
+                self.session_in_use = self.session(self.daemon, tls=self.tls)
+                try:
+                    scene()
+                finally:
+                    self.tidy_up()
+
+    def tidy_up(self):
+        """Leaves the daemon as it was when it was new."""
+        self.daemon.lab("release")
+        self.daemon.lab("reload")  # nothing was ever saved, so that is factory state
+        self.daemon.lab("wait")
+        with Client(self.daemon) as client:
+            for line in harness.read_text(self.daemon.session_file).splitlines():
+                client.ask("DELETE", f"/login?sessionkey={line.split(';')[1]}")
+        self.assertEqual(harness.read_text(self.daemon.session_file), "")
+
+    def check(self, method, uri, outcome, data=None, variables=(), body=None):
+        """One request with the session's key; all bytes of the reply are compared."""
+        reply = self.session_in_use.ask(method, uri, f"format={self.form}", *variables, body=body)
+        self.assertEqual(reply.raw, rest_reply(*outcome, data, self.form),
+                         f"{method} {uri} {variables} {body}")
