@@ -2,6 +2,8 @@
  * test_pml_failures.cpp. */
 #include "tests/unit/modules/pml_fixture.h"
 
+#include "platform/api/openapi_lag.h"
+
 /* --- Sticky mode -----------------------------------------------------------------------------------------
  */
 
@@ -238,6 +240,15 @@ TEST_F(PmlTest, DeletedVlanReleasesItsEntries) {
   lock(5, ADDRESS, 10);
   ASSERT_EQ(rpcclt_openapiVlanDelete(handle, 10), OPEN_E_NONE);
   EXPECT_EQ(get("/pml/if/5/mac"), expected_macs({{ADDRESS, 1, "disable"}}));
+}
+
+TEST_F(PmlTest, DeletedLagReleasesItsEntries) {
+  lock(56, ADDRESS, 1);
+  ASSERT_EQ(rpcclt_openapiLagDeleteZYL(handle, 56), OPEN_E_NONE);
+  EXPECT_EQ(get("/pml/if/56/mac"), expected_platform_error(OPEN_E_NOT_FOUND));
+  lock(5, ADDRESS, 1);
+  ASSERT_EQ(rpcclt_openapiLagCreateZYL(handle, 56), OPEN_E_NONE);
+  EXPECT_EQ(get("/pml/if/56/mac"), expected_platform_error(OPEN_E_FAIL));
 }
 
 /* --- Routes ----------------------------------------------------------------------------------------------
