@@ -5,9 +5,11 @@
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/dataplane/apply.h"
 #include "platform/softswitch/services/accounts.h"
+#include "platform/softswitch/services/clock.h"
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/log.h"
 
+#include <charconv>
 #include <chrono>
 
 namespace softswitch {
@@ -243,6 +245,57 @@ bool set_cabled(std::string_view interface_name, bool cabled) {
   uint32_t number = interface_by_name(*sw, interface_name);
   if (interface_set_cabled(*sw, number, cabled) != OPEN_E_NONE) return false;
   report_links(&*sw);
+  return true;
+}
+
+bool set_far_end(std::string_view interface_name, bool up) {
+  locked_switch sw;
+  uint32_t number = interface_by_name(*sw, interface_name);
+  if (interface_set_far_end(*sw, number, up) != OPEN_E_NONE) return false;
+  report_links(&*sw);
+  return true;
+}
+
+static std::string no_interface(std::string_view name) {
+  return "there is no interface \"" + std::string(name) + "\"";
+}
+
+/* The id of a counter that is given by id or name. */
+static bool counter_from_text(std::string_view text, uint32_t *id) {
+  auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), *id);
+  bool number = failure == std::errc() && end == text.data() + text.size();
+  return number ? *id < OPEN_STAT_COUNTERS : counter_by_name(text, id);
+}
+
+bool change_counter(std::string_view interface_name, std::string_view counter, counter_change change,
+                    uint64_t amount, std::string *error) {
+  locked_switch sw;
+  uint32_t number = interface_by_name(*sw, interface_name), id;
+  if (number == 0) {
+    *error = no_interface(interface_name);
+    return false;
+  }
+  if (!counter_from_text(counter, &id)) {
+    *error = "there is no counter \"" + std::string(counter) + "\"; \"counter names\" lists them";
+    return false;
+  }
+  if (change(*sw, number, id, amount, monotonic_ms()) == OPEN_E_NONE) return true;
+  *error = std::string(interface_name) + " has no counter " + std::string(counter_name(id));
+  return false;
+}
+
+bool read_counters(std::string_view interface_name, std::map<uint32_t, counter> *counters,
+                   std::string *error) {
+  locked_switch sw;
+  uint32_t number = interface_by_name(*sw, interface_name);
+  if (number == 0) {
+    *error = no_interface(interface_name);
+    return false;
+  }
+  for (uint32_t id = 0; id < OPEN_STAT_COUNTERS; id++) {
+    if (counter_check(*sw, number, id) == OPEN_E_NONE)
+      (*counters)[id] = counter_at(*sw, number, id, monotonic_ms());
+  }
   return true;
 }
 

@@ -9,6 +9,7 @@
 #include "platform/softswitch/config/placeholders.h"
 #include "platform/softswitch/model/switch.h"
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -64,6 +65,17 @@ void hold_apply(bool hold);
 bool wait_applied(int milliseconds);
 /* Pulls the cable out of a port or plugs it in. False when there is no such port. */
 bool set_cabled(std::string_view interface_name, bool cabled);
+/* Takes the far end of a port's cable up or down. False when there is no such port. */
+bool set_far_end(std::string_view interface_name, bool up);
+/* Changes a counter by one of the functions of model/counters.h. `counter` is an id or a name. False with the
+ * reason when there is no such interface or counter. */
+using counter_change = open_error_t (*)(switch_model &, uint32_t interface, uint32_t id, uint64_t amount,
+                                        int64_t now);
+bool change_counter(std::string_view interface_name, std::string_view counter, counter_change change,
+                    uint64_t amount, std::string *error);
+/* Reads all counters that an interface has, by id. False with the reason when there is no such interface. */
+bool read_counters(std::string_view interface_name, std::map<uint32_t, counter> *counters,
+                   std::string *error);
 /* What openapiSystemReadyStateGet answers. */
 void set_ready(bool ready);
 /* Overrides a limit by name (see model/limits.h). False for an unknown name or a value above the built-in. */

@@ -11,8 +11,17 @@
 
 using namespace softswitch;
 
+/* The built-in switch, its first two ports of copper, so that every line applies somewhere. */
+static switch_model make_factory() {
+  chassis_profile profile = built_in_profile();
+  profile.ports[0].copper = true;
+  profile.ports[1].copper = true;
+  profile.ports[1].speed_mbps = 1000;
+  return make_switch(profile);
+}
+
 static const switch_model &factory() {
-  static const switch_model model = make_switch(built_in_profile());
+  static const switch_model model = make_factory();
   return model;
 }
 

@@ -1,6 +1,7 @@
 /* The table of the configuration language: every line that there is. Its order is the order in which the
  * configuration is printed, so what others refer to comes before them. */
 #include "platform/softswitch/config/address_lines.h"
+#include "platform/softswitch/config/interface_lines.h"
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/config/mac_locking_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
@@ -22,6 +23,19 @@ static constexpr command table[] = {
     {"no interface <port> pvid", apply_no_pvid, nullptr},
     {"interface <port> accept-frames all|tagged|untagged", apply_accept_frames, print_accept_frames},
     {"no interface <port> accept-frames", apply_no_accept_frames, nullptr},
+
+    {"interface <interface> shutdown", apply_shutdown, print_shutdown},
+    {"no interface <interface> shutdown", apply_no_shutdown, nullptr},
+    {"interface <interface> soft-shutdown", apply_soft_shutdown, print_soft_shutdown},
+    {"no interface <interface> soft-shutdown", apply_no_soft_shutdown, nullptr},
+    {"interface <interface> description <text>", apply_description, print_descriptions},
+    {"no interface <interface> description", apply_no_description, nullptr},
+    {"interface <interface> mtu <number>", apply_mtu, print_mtus},
+    {"no interface <interface> mtu", apply_no_mtu, nullptr},
+    {"interface <interface> speed <speed>", apply_speed, print_speeds},
+    {"no interface <interface> speed", apply_no_speed, nullptr},
+    {"interface <interface> auto-negotiation on|off", apply_auto_negotiation, print_auto_negotiation},
+    {"no interface <interface> auto-negotiation", apply_no_auto_negotiation, nullptr},
 
     {"interface <port> mac-locking sticky", apply_sticky_mode, print_sticky_modes},
     {"no interface <port> mac-locking sticky", apply_no_sticky_mode, nullptr},

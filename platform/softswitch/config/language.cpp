@@ -57,14 +57,29 @@ static match match_pattern(const switch_model &model, std::string_view pattern,
 
 /* --- Applying ------------------------------------------------------------------------------------------- */
 
-/* The row that the tokens fit, or nullptr with the reason of the row that they fit longest. */
+/* Whether a line has a pattern's number of words, and its keywords in their places. */
+static bool has_shape(std::string_view pattern, const std::vector<token> &tokens) {
+  for (const token &found : tokens) {
+    std::string_view word = take_word(&pattern);
+    if (word.empty()) return false;
+    if (!is_placeholder(word) && (found.quoted || found.text != word)) return false;
+  }
+  return pattern.empty();
+}
+
+/* The row that the tokens fit, or nullptr with a reason: that of the row whose shape they have, else of the
+ * row that they fit longest. */
 static const command *find_command(const switch_model &model, const std::vector<token> &tokens, match *best) {
+  for (const command &row : commands()) {
+    if (!has_shape(row.pattern, tokens)) continue;
+    *best = match_pattern(model, row.pattern, tokens);
+    if (best->complete) return &row;
+  }
+  if (!best->error.empty()) return nullptr;
   best->error = "unknown command \"" + tokens[0].text + "\"";
   for (const command &row : commands()) {
     match found = match_pattern(model, row.pattern, tokens);
-    bool better = found.complete || found.tokens > best->tokens;
-    if (better) *best = std::move(found);
-    if (best->complete) return &row;
+    if (found.tokens > best->tokens) *best = std::move(found);
   }
   return nullptr;
 }

@@ -1,6 +1,8 @@
 /* Placeholders of the configuration language; see placeholders.h. */
 #include "platform/softswitch/config/placeholders.h"
 
+#include "platform/softswitch/model/interface_settings.h"
+
 #include <algorithm>
 #include <bitset>
 #include <charconv>
@@ -37,6 +39,13 @@ static std::string print_number(const switch_model &, const argument &from) {
 
 static bool read_vlan(const switch_model &, const token &from, argument *into, std::string *error) {
   return read_vlan_id(from.text, &into->number, error);
+}
+
+/* Any number; which are good is for the setting to say. */
+static bool read_plain_number(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (read_number(from.text, &into->number)) return true;
+  *error = "\"" + from.text + "\" is not a number";
+  return false;
 }
 
 /* --- Lists ---------------------------------------------------------------------------------------------- */
@@ -174,6 +183,25 @@ static std::string print_prefix(const switch_model &, const argument &from) {
   return inet_prefix_text(from.prefix);
 }
 
+/* --- Speeds --------------------------------------------------------------------------------------------- */
+
+static bool read_speed(const switch_model &, const token &from, argument *into, std::string *error) {
+  const port_speed *speed = port_speed_by_word(from.text);
+  if (speed) {
+    into->number = speed->code;
+    return true;
+  }
+  *error = "\"" + from.text + "\" is no speed; there are";
+  for (const port_speed &known : port_speeds()) *error += " " + std::string(known.word);
+  return false;
+}
+
+/* Empty for a code that is no speed of ports. */
+static std::string print_speed(const switch_model &, const argument &from) {
+  const port_speed *speed = port_speed_by_code(from.number);
+  return speed ? std::string(speed->word) : "";
+}
+
 /* --- One of several words ------------------------------------------------------------------------------- */
 
 /* Takes the next word off the front of "a|b|c". */
@@ -217,6 +245,8 @@ static constexpr placeholder placeholders[] = {
     {"<ip-prefix>", read_ip_prefix, print_prefix},
     {"<ipv6-prefix>", read_ipv6_prefix, print_prefix},
     {"<text>", read_text, print_text},
+    {"<number>", read_plain_number, print_number},
+    {"<speed>", read_speed, print_speed},
 };
 
 static const placeholder *find_placeholder(std::string_view word) {

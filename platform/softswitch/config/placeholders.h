@@ -23,6 +23,8 @@ using id_list = std::vector<uint32_t>;
  *   <mac>         mac
  *   <ip-prefix>, <ipv6-prefix>  prefix, of the family
  *   <text>        text
+ *   <number>      number
+ *   <speed>       number: OPEN_IF_SPEED_t
  *   a|b|c         number: 0 for a, 1 for b, ... */
 struct argument {
   argument() = default;

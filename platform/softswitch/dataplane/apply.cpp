@@ -15,7 +15,8 @@ static const dataplane_driver &driver = none_driver;
 void report_links(switch_model *model) {
   for (uint32_t port = port_first; port <= port_last; port++) {
     if (!interface_is_port(*model, port)) continue;
-    interface_set_link(*model, port, driver.link_up(port, model->interfaces->at[port].cabled));
+    const interface_entry &entry = model->interfaces->at[port];
+    interface_set_link(*model, port, driver.link_up(port, entry.cabled && entry.far_end_up));
   }
 }
 

@@ -11,7 +11,7 @@ std::unique_ptr<const wanted_state> compile_wanted(const switch_model &model) {
   for (uint32_t number = port_first; number <= lag_last; number++) {
     if (!interface_switches(model, number)) continue;
     const interface_entry &entry = model.interfaces->at[number];
-    wanted->ports[number] = {entry.enabled, entry.pvid, entry.accept_frames};
+    wanted->ports[number] = {entry.enabled && !entry.soft_shutdown, entry.pvid, entry.accept_frames};
   }
   return wanted;
 }

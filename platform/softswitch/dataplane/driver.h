@@ -12,7 +12,7 @@
 namespace softswitch {
 
 struct wanted_port {
-  bool enabled = false; /* false also where there is no port or LAG */
+  bool enabled = false; /* false also in soft shutdown, and where there is no port or LAG */
   uint16_t pvid = 1;
   uint8_t accept_frames = OPEN_DOT1Q_ADMIT_ALL; /* OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t */
 };
@@ -37,12 +37,12 @@ struct dataplane_driver {
   /* Takes a state over in the place of the one before. May last; called without the switch's lock, by one
    * thread at a time. */
   void (*take)(std::unique_ptr<const wanted_state>);
-  /* Whether a port's link is up. `cabled` is what the lab says, for drivers without cables of their own. Must
-   * not last; may be called while take() runs. */
-  bool (*link_up)(uint32_t port, bool cabled);
+  /* Whether a port's link is up. `connected` is what the lab says: a cable is in and the far end alive; for
+   * drivers without cables of their own. Must not last; may be called while take() runs. */
+  bool (*link_up)(uint32_t port, bool connected);
 };
 
-/* Moves no packets. A link is up when its port is enabled and cabled. */
+/* Moves no packets. A link is up when its port is enabled and connected. */
 extern const dataplane_driver none_driver;
 
 } // namespace softswitch

@@ -21,9 +21,9 @@ static void take(std::unique_ptr<const wanted_state> wanted) {
   tables().taken = std::move(wanted);
 }
 
-static bool link_up(uint32_t port, bool cabled) {
+static bool link_up(uint32_t port, bool connected) {
   std::lock_guard guard(tables().lock);
-  return cabled && tables().taken && tables().taken->ports[port].enabled;
+  return connected && tables().taken && tables().taken->ports[port].enabled;
 }
 
 const dataplane_driver none_driver = {"none", take, link_up};

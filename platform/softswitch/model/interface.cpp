@@ -1,6 +1,8 @@
 /* Interfaces; see interface.h. */
 #include "platform/softswitch/model/interface.h"
 
+#include "platform/softswitch/model/counters.h"
+#include "platform/softswitch/model/interface_settings.h"
 #include "platform/softswitch/model/switch.h"
 
 namespace softswitch {
@@ -28,20 +30,26 @@ void interfaces_make(switch_model &model) {
   uint32_t number = port_first;
   for (const port_profile &port : model.profile->ports) {
     if (number > port_last) break;
-    table->at[number].cabled = port.cabled;
-    table->at[number++].exists = true;
+    interface_entry &entry = table->at[number++];
+    entry.exists = true;
+    entry.cabled = port.cabled;
+    port_factory_settings(port, &entry);
   }
   table->at[cpu_interface].exists = true;
   for (number = lag_first; number <= lag_last; number++) table->at[number].exists = true;
   for (number = loopback_first; number <= loopback_last; number++) table->at[number].exists = true;
 }
 
-/* An interface in factory state in the place of this one. */
-static interface_entry factory_interface(const interface_entry &entry, bool on_demand) {
+/* An interface in factory state in the place of an existing one. What comes from outside stays. */
+static interface_entry factory_interface(const switch_model &model, uint32_t number) {
+  const interface_entry &entry = model.interfaces->at[number];
   interface_entry factory;
-  factory.exists = entry.exists && !on_demand;
+  factory.exists = interface_type(number) != OPEN_INTF_TYPE_VLAN_RTR;
   factory.cabled = entry.cabled;
+  factory.far_end_up = entry.far_end_up;
   factory.link_up = entry.link_up;
+  if (interface_is_port(model, number))
+    port_factory_settings(model.profile->ports[number - port_first], &factory);
   return factory;
 }
 
@@ -51,13 +59,19 @@ void interfaces_reset(switch_model &model) {
   for (uint32_t number = port_first; number <= interface_last; number++) {
     interface_entry &entry = table->at[number];
     if (!entry.exists) continue;
-    entry = factory_interface(entry, in_range(number, OPEN_INTF_TYPE_VLAN_RTR));
+    entry = factory_interface(model, number);
     entry.changed = change;
   }
 }
 
 bool interface_exists(const switch_model &model, uint32_t number) {
   return number <= interface_last && model.interfaces->at[number].exists;
+}
+
+OPEN_INTF_TYPE_t interface_type(uint32_t number) {
+  uint32_t type = OPEN_INTF_TYPE_PHY;
+  while (!in_range(number, static_cast<OPEN_INTF_TYPE_t>(type))) type++;
+  return static_cast<OPEN_INTF_TYPE_t>(type);
 }
 
 bool interface_is_port(const switch_model &model, uint32_t number) {
@@ -139,6 +153,12 @@ open_error_t interface_set_cabled(switch_model &model, uint32_t number, bool cab
   return OPEN_E_NONE;
 }
 
+open_error_t interface_set_far_end(switch_model &model, uint32_t number, bool up) {
+  if (!interface_is_port(model, number)) return OPEN_E_NOT_FOUND;
+  model.interfaces.edit()->at[number].far_end_up = up;
+  return OPEN_E_NONE;
+}
+
 void interface_set_link(switch_model &model, uint32_t number, bool up) {
   if (model.interfaces->at[number].link_up != up) model.interfaces.edit()->at[number].link_up = up;
 }
@@ -163,6 +183,7 @@ open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uin
   interface_entry *entry = interface_edit(model, free);
   entry->exists = true;
   entry->routed_vlan = static_cast<uint16_t>(vlan);
+  counters_forget(model, free);
   *number = free;
   return OPEN_E_NONE;
 }

@@ -1,5 +1,6 @@
 /* Interfaces: the one number space that ports, the CPU interface, LAGs, loopbacks and VLAN routing interfaces
- * share (limits.h has the ranges), their names, and what each of them is by itself. */
+ * share (limits.h has the ranges), and their names. Settings are interface_settings.h, counters counters.h.
+ */
 #ifndef KESTREL_SOFTSWITCH_MODEL_INTERFACE_H
 #define KESTREL_SOFTSWITCH_MODEL_INTERFACE_H
 
@@ -18,7 +19,13 @@ struct switch_model;
 struct interface_entry {
   bool exists = false;
   bool enabled = true;                          /* administratively */
-  bool cabled = false;                          /* ports: a cable is in, and the other end is alive */
+  bool soft_shutdown = false;                   /* ports: no link, whatever the administrative state */
+  bool auto_negotiation = false;                /* copper ports */
+  uint8_t speed = 0;                            /* ports: the fixed speed, OPEN_IF_SPEED_t */
+  uint16_t mtu = mtu_min;                       /* ports and LAGs */
+  std::string description;                      /* ports, LAGs and loopbacks */
+  bool cabled = false;                          /* ports: a cable is in */
+  bool far_end_up = true;                       /* ports: the other end of the cable is alive */
   bool link_up = false;                         /* ports: as the data plane reports */
   uint16_t pvid = 1;                            /* ports and LAGs: VLAN of frames that come in untagged */
   uint8_t accept_frames = OPEN_DOT1Q_ADMIT_ALL; /* ports and LAGs: OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t */
@@ -42,6 +49,8 @@ bool interface_exists(const switch_model &model, uint32_t number);
 /* The same as a result: OPEN_E_NONE, OPEN_E_PARAM for a number outside every range of limits.h,
  * OPEN_E_NOT_FOUND for any other. */
 open_error_t interface_check(const switch_model &model, uint32_t number);
+/* The type of an interface that exists. */
+OPEN_INTF_TYPE_t interface_type(uint32_t number);
 /* Ports and LAGs that exist: what can be a member of VLANs. */
 bool interface_switches(const switch_model &model, uint32_t number);
 /* The same as a result, with the codes of interface_check(). */
@@ -70,6 +79,8 @@ open_error_t interface_next_changed(const switch_model &model, uint32_t after, u
 /* Pulls or plugs a port's cable: no configuration, so nothing becomes pending. OPEN_E_NOT_FOUND: no such
  * port. */
 open_error_t interface_set_cabled(switch_model &model, uint32_t number, bool cabled);
+/* Wakes or silences what is at the other end of a port's cable, likewise. */
+open_error_t interface_set_far_end(switch_model &model, uint32_t number, bool up);
 /* Takes over what the data plane says of a port's link. */
 void interface_set_link(switch_model &model, uint32_t number, bool up);
 

@@ -8,6 +8,7 @@
 
 #include "platform/api/openapi_common.h"
 #include "platform/softswitch/model/addresses.h"
+#include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/limits.h"
 #include "platform/softswitch/model/mac_locking.h"
@@ -33,13 +34,14 @@ struct switch_model {
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
   shared_table<address_table> addresses;
+  shared_table<counter_table> counters;
 };
 
 /* A switch of this make in factory state, ports cabled as the profile says. */
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, readiness. */
+ * cables, counters, readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */

@@ -2,6 +2,7 @@
 #include "platform/softswitch/model/vlan.h"
 
 #include "platform/softswitch/model/switch.h"
+#include "platform/softswitch/model/text.h"
 
 #include <algorithm>
 #include <string.h>
@@ -152,16 +153,12 @@ std::string_view vlan_factory_name(uint32_t id) {
   return id == 1 ? "default" : "";
 }
 
-static bool is_control(char byte) {
-  return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
-}
-
 open_error_t vlan_set_name(switch_model &model, uint32_t id, std::string_view name) {
   open_error_t rc = vlan_check(model, id);
   if (rc != OPEN_E_NONE) return rc;
   const vlan_entry *vlan = vlan_find(model, id);
   if (name.size() >= sizeof vlan->name) return OPEN_E_PARAM;
-  if (std::any_of(name.begin(), name.end(), is_control)) return OPEN_E_PARAM;
+  if (has_control_character(name)) return OPEN_E_PARAM;
   if (name == vlan->name) return OPEN_E_NONE;
   vlan_entry *changed = edit_vlan(model, id);
   memset(changed->name, 0, sizeof changed->name);

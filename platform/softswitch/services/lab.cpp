@@ -48,7 +48,7 @@ static lab_outcome misused(const command_row &row) {
 }
 
 /* A decimal number of at most `max`; false for anything else. */
-static bool number_from_text(std::string_view text, unsigned max, unsigned *number) {
+template <typename Number> static bool number_from_text(std::string_view text, Number max, Number *number) {
   auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), *number);
   return failure == std::errc() && end == text.data() + text.size() && *number <= max;
 }
@@ -108,6 +108,54 @@ static lab_outcome move_cable(const command_row &row, const arguments &given) {
   return set_cabled(given[1], in) ? done() : refused("no such port");
 }
 
+static lab_outcome change_link(const command_row &row, const arguments &given) {
+  bool up;
+  if (!choice_from_text(given[0], "up", "down", &up)) return misused(row);
+  return set_far_end(given[1], up) ? done() : refused("no such port");
+}
+
+static lab_outcome change_counter_by(counter_change change, const command_row &row, const arguments &given) {
+  uint64_t amount;
+  std::string error;
+  if (!number_from_text(given[2], UINT64_MAX, &amount)) return misused(row);
+  return change_counter(given[0], given[1], change, amount, &error) ? done() : refused(error);
+}
+
+static lab_outcome set_counter(const command_row &row, const arguments &given) {
+  return change_counter_by(counter_set, row, given);
+}
+
+static lab_outcome add_to_counter(const command_row &row, const arguments &given) {
+  return change_counter_by(counter_add, row, given);
+}
+
+static lab_outcome run_counter(const command_row &row, const arguments &given) {
+  return change_counter_by(counter_run, row, given);
+}
+
+/* "13 CTR_RX_UCAST_FRAMES" */
+static std::string counter_title(uint32_t id) {
+  return std::to_string(id) + " " + std::string(counter_name(id));
+}
+
+static lab_outcome list_counters(const command_row &, const arguments &given) {
+  std::map<uint32_t, counter> counters;
+  std::string error, text;
+  if (!read_counters(given[0], &counters, &error)) return refused(error);
+  for (const auto &[id, read] : counters) {
+    text += counter_title(id) + " " + std::to_string(read.value);
+    if (read.per_second > 0) text += " " + std::to_string(read.per_second);
+    text += "\n";
+  }
+  return done(std::move(text));
+}
+
+static lab_outcome name_counters(const command_row &, const arguments &) {
+  std::string text;
+  for (uint32_t id = 0; id < OPEN_STAT_COUNTERS; id++) text += counter_title(id) + "\n";
+  return done(std::move(text));
+}
+
 static lab_outcome change_ready(const command_row &row, const arguments &given) {
   bool ready;
   if (!choice_from_text(given[0], "yes", "no", &ready)) return misused(row);
@@ -155,6 +203,13 @@ static const command_row commands[] = {
     {"fault", "FUNCTION CODE [COUNT [SKIP]]", 2, 4,
      "let the next COUNT (1) calls of a platform function, after SKIP (0) more, answer CODE", order_fault},
     {"cable", "in|out PORT", 2, 2, "plug a port's cable in or pull it out", move_cable},
+    {"link", "up|down PORT", 2, 2, "take the far end of a port's cable up or down", change_link},
+    {"counter set", "INTERFACE COUNTER VALUE", 3, 3, "set a counter", set_counter},
+    {"counter add", "INTERFACE COUNTER AMOUNT", 3, 3, "count a counter up", add_to_counter},
+    {"counter run", "INTERFACE COUNTER PER-SECOND", 3, 3, "let a counter run; 0 stops it", run_counter},
+    {"counter list", "INTERFACE", 1, 1,
+     "list an interface's counters: id, name, value, per second when running", list_counters},
+    {"counter names", "", 0, 0, "list all counters: id, name", name_counters},
     {"ready", "yes|no", 1, 1, "whether the switch says that it has come up", change_ready},
     {"limit", "NAME VALUE", 2, 2, "lower a limit of the switch, to see its table full", change_limit},
     {"log", "LEVEL", 1, 1, "lines this severe go to the console: emergency ... debug, or 0 to 7", change_log},
@@ -167,7 +222,7 @@ static lab_outcome show_help(const command_row &, const arguments &) {
   std::string text;
   for (const command_row &row : commands) {
     std::string line = command_line(row);
-    line.resize(std::max<size_t>(line.size() + 1, 36), ' ');
+    line.resize(std::max<size_t>(line.size() + 1, 42), ' ');
     text += line + row.purpose + "\n";
   }
   return done(std::move(text));

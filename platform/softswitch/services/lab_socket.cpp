@@ -1,6 +1,7 @@
 /* Lab control's Unix socket: one thread with poll(2) serves all clients. A client that sends nothing, sends
  * without end or never reads holds up nobody: its buffers are bounded, its next command is looked at only
  * when its last reply is gone, and `wait` is answered when its time comes. The commands are lab.cpp. */
+#include "platform/softswitch/services/clock.h"
 #include "platform/softswitch/services/files.h"
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/lab_commands.h"
@@ -17,7 +18,6 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <time.h>
 #include <unistd.h>
 #include <vector>
 
@@ -54,12 +54,6 @@ struct lab_server {
  * run. */
 static lab_server *server = nullptr;
 
-static int64_t now_ms() {
-  struct timespec now;
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
-
 /* --- One client ----------------------------------------------------------------------------------------- */
 
 static void reply(lab_client &client, const lab_outcome &outcome) {
@@ -70,7 +64,7 @@ static void run_line(lab_client &client, std::string_view line) {
   lab_outcome outcome = lab_run(line);
   client.waiting = outcome.kind == lab_outcome::waiting;
   if (client.waiting)
-    client.wait_until = now_ms() + outcome.milliseconds;
+    client.wait_until = monotonic_ms() + outcome.milliseconds;
   else
     reply(client, outcome);
 }
@@ -89,7 +83,7 @@ static bool run_next_line(lab_client &client) {
 
 static void end_wait_when_over(lab_client &client) {
   bool applied = wait_applied(0);
-  if (!applied && now_ms() < client.wait_until) return;
+  if (!applied && monotonic_ms() < client.wait_until) return;
   client.waiting = false;
   reply(client, lab_wait_outcome(applied));
 }
@@ -110,7 +104,7 @@ static void receive(lab_client &client) {
   size_t room = line_size_max - client.in.size();
   ssize_t size = recv(client.socket.fd, block, room, MSG_DONTWAIT);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
-  client.last_heard = now_ms();
+  client.last_heard = monotonic_ms();
   if (size <= 0)
     client.ended = true;
   else
@@ -157,7 +151,7 @@ static void accept_client(lab_server &lab) {
   }
   make_room(lab);
   lab.clients.push_back(std::make_unique<lab_client>(fd));
-  lab.clients.back()->last_heard = now_ms();
+  lab.clients.back()->last_heard = monotonic_ms();
 }
 
 static short events_of(const lab_client &client) {

@@ -52,7 +52,7 @@ TEST(MacLockingLines, NearMissesNameTheirReason) {
       {"interface 0/1 mac-locking", OPEN_E_PARAM, "the line ends too early: sticky is missing"},
       {"interface 0/1 mac-locking sticky on", OPEN_E_PARAM, "\"on\" is not expected here"},
       {"interface 0/99 mac-locking sticky", OPEN_E_PARAM, "there is no port or LAG \"0/99\""},
-      {"interface cpu mac-locking sticky", OPEN_E_PARAM, "\"mac-locking\" is not expected here"},
+      {"interface cpu mac-locking sticky", OPEN_E_PARAM, "there is no port or LAG \"cpu\""},
       {"interface 0/1 mac-locking address", OPEN_E_PARAM, "the line ends too early: <mac> is missing"},
       {"interface 0/1 mac-locking address 00:11:22:AA:BB vlan 10 static", OPEN_E_PARAM,
        "\"00:11:22:AA:BB\" is not the MAC address of a station"},

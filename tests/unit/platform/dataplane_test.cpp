@@ -32,7 +32,17 @@ TEST(WantedState, HoldsWhatMovesPacketsAndNothingElse) {
   EXPECT_FALSE(wanted->ports[55].enabled);
 }
 
-TEST(NoneDriver, LinkIsUpWhenPortIsEnabledAndCabled) {
+TEST(WantedState, PortsInSoftShutdownAreNotEnabled) {
+  switch_model model = make_switch(built_in_profile());
+  std::string error;
+  ASSERT_TRUE(apply_text(model, "interface 0/2 soft-shutdown\ninterface 3/1 shutdown\n", &error)) << error;
+  std::unique_ptr<const wanted_state> wanted = compile_wanted(model);
+  EXPECT_TRUE(wanted->ports[1].enabled);
+  EXPECT_FALSE(wanted->ports[2].enabled);
+  EXPECT_FALSE(wanted->ports[56].enabled);
+}
+
+TEST(NoneDriver, LinkIsUpWhenPortIsEnabledAndConnected) {
   switch_model model = make_switch(built_in_profile());
   interface_edit(model, 2)->enabled = false;
   none_driver.take(compile_wanted(model));
@@ -72,10 +82,7 @@ TEST_F(Links, OnlyPortsHaveCables) {
 
 TEST_F(Links, DisabledPortGoesDownWhenTheDataPlaneHasTakenTheChange) {
   hold_apply(true);
-  {
-    locked_switch model;
-    interface_edit(*model, 9)->enabled = false;
-  }
+  ASSERT_EQ(commit("interface 0/9 shutdown"), OPEN_E_NONE);
   EXPECT_TRUE(link_up(9));
   hold_apply(false);
   ASSERT_TRUE(wait_applied(patience_ms));
