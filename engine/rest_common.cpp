@@ -209,6 +209,10 @@ RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr)
   return copy_text_by_enum(control_words, controlEnum, out_controlStr);
 }
 
+node_t *append_tree_word(node_t *n1_ptr, const char *name, std::span<const enum_text> words, uint32_t value) {
+  return append_tree_string(n1_ptr, name, name, find_text_by_enum(words, static_cast<int32_t>(value)));
+}
+
 /* --- How operations end --------------------------------------------------------------------------------- */
 
 static void send_formatted(mg_connection *conn, uint16_t result_code, node_t *tree, const char *format,

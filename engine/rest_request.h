@@ -13,8 +13,16 @@ struct request_variable {
 
 request_variable read_variable(const mg_connection *conn, const char *name);
 
-/* Describes a text for the platform, its terminator counted. The platform only reads it. */
+/* Reads a variable that must be there with a value. When it is missing, empty or longer than 255 characters
+ * the request is answered (OPEN_E_PARAM) and the result is false. */
+bool variable_or_reply(mg_connection *conn, const char *name, request_variable *variable);
+/* The same for a number as text_to_int() reads it. */
+bool number_or_reply(mg_connection *conn, const char *name, int32_t *number);
+
+/* Describe a text for the platform, its terminator counted or not: each platform call says which. The
+ * platform only reads it. */
 open_buffdesc describe_text(const char *text);
+open_buffdesc describe_characters(const char *text);
 
 /* A zero-filled heap buffer for a text whose size the platform tells, freed at the end of its scope. */
 class platform_text {

@@ -41,14 +41,17 @@ int handle_by_routes(std::span<const rest_route> routes, openapiClientHandle_t *
   return 0;
 }
 
-bool uri_numbers_or_reply(mg_connection *conn, const char *pattern,
-                          std::initializer_list<uint32_t *> numbers) {
+bool uri_numbers(const mg_connection *conn, const char *pattern, std::initializer_list<uint32_t *> numbers) {
   uri_fields_t fields;
-  if (scan_uri(conn->uri, pattern, fields) < static_cast<int>(numbers.size())) {
-    send_bad_request(conn, nullptr);
-    return false;
-  }
+  if (scan_uri(conn->uri, pattern, fields) < static_cast<int>(numbers.size())) return false;
   size_t i = 0;
   for (uint32_t *number : numbers) *number = static_cast<uint32_t>(text_to_int(fields[i++]));
   return true;
+}
+
+bool uri_numbers_or_reply(mg_connection *conn, const char *pattern,
+                          std::initializer_list<uint32_t *> numbers) {
+  if (uri_numbers(conn, pattern, numbers)) return true;
+  send_bad_request(conn, nullptr);
+  return false;
 }

@@ -37,9 +37,10 @@ enum { MAX_URI_FIELDS = 8 };
 typedef char uri_fields_t[MAX_URI_FIELDS][REQUEST_URI_SIZE];
 int scan_uri(const char *uri, const char *pattern, uri_fields_t fields);
 
-/* Takes the numbers out of the URI by a pattern whose fields are all numbers ("/vlans/%[0-9]"). When the URI
- * does not hold them all the request is answered (902) and the result is false. Numbers beyond 2147483647 are
- * 2147483647. */
+/* Takes the numbers out of the URI by a pattern whose fields are all numbers ("/vlans/%[0-9]"). False when
+ * the URI does not hold them all. Numbers beyond 2147483647 are 2147483647. */
+bool uri_numbers(const mg_connection *conn, const char *pattern, std::initializer_list<uint32_t *> numbers);
+/* The same, and when the URI does not hold them the request is answered (902). */
 bool uri_numbers_or_reply(mg_connection *conn, const char *pattern,
                           std::initializer_list<uint32_t *> numbers);
 

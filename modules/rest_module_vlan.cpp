@@ -3,16 +3,17 @@
 
 #include "engine/rest_request.h"
 #include "engine/rest_route.h"
-#include "platform/api/openapi_if.h"
+#include "modules/rest_interface_walk.h"
 #include "platform/api/openapi_vlan.h"
 
 static const int VLAN_NAME_LENGTH_MAX = 32;
 
-static const enum_text participation_modes[] = {
+static const enum_text participation_words[] = {
     {OPEN_VLAN_PARTICIPATION_MODE_INCLUDE, "Include"},
     {OPEN_VLAN_PARTICIPATION_MODE_AUTO, "Autodetect"},
     {OPEN_VLAN_PARTICIPATION_MODE_EXCLUDE, "Exclude"},
 };
+const std::span<const enum_text> participation_modes = participation_words;
 
 /* --- Helpers ------------------------------------------------------------------------------------------- */
 
@@ -29,6 +30,11 @@ uint32_t get_vlan_num_max(openapiClientHandle_t *client_handle) {
 open_error_t get_interface_num_max(openapiClientHandle_t *client_handle, uint32_t *max) {
   *max = 0;
   return openapiMaxInterfaceCountGet(client_handle, max);
+}
+
+void append_pending_type(node_t *entry, uint32_t delete_pending) {
+  append_tree_string(entry, "pending_type", "pending_type",
+                     delete_pending == 1 ? "pending deletion" : "pending change");
 }
 
 static bool vlan_id_or_reply(mg_connection *conn, uint32_t *vid) {
@@ -73,31 +79,22 @@ static open_error_t append_member(openapiClientHandle_t *client_handle, uint32_t
   if (rc == OPEN_E_NONE) rc = openapiVlanIfTaggingGet(client_handle, ifNum, vid, &tagging);
   if (rc != OPEN_E_NONE) return rc;
 
-  const char *mode_text = find_text_by_enum(participation_modes, static_cast<int32_t>(mode));
   node_t *entry = append_entry(interfaces, position, "interface");
   append_tree_int(entry, "ifNum", "ifNum", static_cast<int>(ifNum));
-  append_tree_string(entry, "participationMode", "participationMode", mode_text);
+  append_tree_word(entry, "participationMode", participation_modes, mode);
   append_tree_int(entry, "isTagging", "isTagging", static_cast<int>(tagging));
   return OPEN_E_NONE;
 }
 
 /* Every interface visited counts, so the positions of the members have gaps. */
 static open_error_t append_members(openapiClientHandle_t *client_handle, uint32_t vid, node_t *interfaces) {
-  uint32_t ifNum = 0;
-  open_error_t rc = rpcclt_openapiIfFirstGet(client_handle, OPEN_INTF_TYPE_PHY, OPEN_INTF_STATE_ANY, &ifNum);
-  for (uint32_t position = 1; rc == OPEN_E_NONE; position++) {
-    uint32_t is_participating = 0, next = 0;
-    rc = openapiVlanIfParticipationStatusGet(client_handle, vid, ifNum, &is_participating);
+  return each_interface(client_handle, OPEN_INTF_TYPE_PHY, [&](uint32_t ifNum, uint32_t position) {
+    uint32_t is_participating = 0;
+    open_error_t rc = openapiVlanIfParticipationStatusGet(client_handle, vid, ifNum, &is_participating);
     if (rc == OPEN_E_NONE && is_participating == 1)
       rc = append_member(client_handle, vid, ifNum, position, interfaces);
-    if (rc != OPEN_E_NONE) return rc;
-
-    open_error_t walk =
-        rpcclt_openapiIfNextGet(client_handle, OPEN_INTF_TYPE_PHY, OPEN_INTF_STATE_ANY, ifNum, &next);
-    if (walk == OPEN_E_FAIL) return OPEN_E_NONE; /* the last one was visited; no other answer ends the walk */
-    ifNum = next;
-  }
-  return rc;
+    return rc;
+  });
 }
 
 static open_error_t append_vlan(openapiClientHandle_t *client_handle, uint32_t vid, node_t *tree) {
@@ -146,8 +143,7 @@ int api_vlan_get_list_pending(openapiClientHandle_t *client_handle, mg_connectio
        openapiVlanNextChangedGet(client_handle, vid, &vid, &delete_pending) == OPEN_E_NONE; position++) {
     node_t *entry = append_entry(vlans, position, "vlan");
     append_tree_int(entry, "id", "id", static_cast<int>(vid));
-    append_tree_string(entry, "pending_type", "pending_type",
-                       delete_pending == 1 ? "pending deletion" : "pending change");
+    append_pending_type(entry, delete_pending);
   }
   return succeed(conn, tree, "Get data successfully.");
 }

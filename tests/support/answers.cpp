@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <json-c/json.h>
 
-static std::string json_text(const std::string &text) {
+std::string json_text(const std::string &text) {
   json_object *object = json_object_new_string(text.c_str());
   std::string printed = json_object_to_json_string(object);
   json_object_put(object);

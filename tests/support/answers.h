@@ -21,6 +21,8 @@ struct Answers {
  * of rlt_data: "<id>1</id>" and "\"id\": 1". */
 Answers expected_answers(int code, const std::string &message, const std::string &xml_data = "",
                          const std::string &json_data = "");
+/* A text as a JSON string, quotes included. */
+std::string json_text(const std::string &text);
 /* The answer to a platform failure. */
 Answers expected_platform_error(open_error_t rc);
 /* 902. */

@@ -7,14 +7,27 @@
 
 #include <sstream>
 #include <stdlib.h>
+#include <unistd.h>
 
 extern "C" int kestrel_lab_command(const char *line, char *reply, size_t size);
 
-/* What TEST_SERIAL and the others of platform_fixture.h say; the ports are the built-in ones. */
-static const std::string CHASSIS_PROFILE =
-    std::string("{ \"model\": \"") + TEST_MODEL + "\", \"serial\": \"" + TEST_SERIAL + "\", \"mac\": \"" +
-    TEST_MAC + "\", \"description\": \"" + TEST_DESCRIPTION + "\", \"os_version\": \"" + TEST_OS_VERSION +
-    "\", \"storage\": \"" + TEST_STORAGE + "\" }\n";
+/* Ports 0/47 and 0/48 are copper, of 10 Gbit/s and 1 Gbit/s; the others are the built-in ones. */
+static std::string port_profile(int port) {
+  std::string name = "{ \"name\": \"0/" + std::to_string(port) + "\"";
+  if (port == 47) return name + ", \"copper\": true }";
+  if (port == 48) return name + ", \"copper\": true, \"speed_mbps\": 1000 }";
+  return name + (port > 48 ? ", \"speed_mbps\": 40000 }" : " }");
+}
+
+/* What TEST_SERIAL and the others of platform_fixture.h say. */
+static std::string chassis_profile() {
+  std::string text = std::string("{ \"model\": \"") + TEST_MODEL + "\", \"serial\": \"" + TEST_SERIAL +
+                     "\", \"mac\": \"" + TEST_MAC + "\", \"description\": \"" + TEST_DESCRIPTION +
+                     "\", \"os_version\": \"" + TEST_OS_VERSION + "\", \"storage\": \"" + TEST_STORAGE +
+                     "\", \"ports\": [ " + port_profile(1);
+  for (int port = 2; port <= 54; port++) text += ",\n" + port_profile(port);
+  return text + " ] }\n";
+}
 
 static std::string state_dir_in_use;
 
@@ -25,7 +38,7 @@ openapiClientHandle_t *start_platform(const std::string &state_dir) {
   setenv("KESTREL_ADMIN_PASSWORD", ADMIN_PASSWORD, 1);
   setenv("KESTREL_SESSION_FILE", (state_dir + "/sessions").c_str(), 1);
   setenv("KESTREL_PROFILE", (state_dir + "/profile.json").c_str(), 1);
-  overwrite_file(state_dir + "/profile.json", CHASSIS_PROFILE);
+  overwrite_file(state_dir + "/profile.json", chassis_profile());
   reload_rest_settings();
   if (openapiClientRegister("restful_api_engine", &handle) != OPEN_E_NONE) abort();
   state_dir_in_use = state_dir;
@@ -39,6 +52,14 @@ std::string lab(const std::string &line) {
   std::string text = reply;
   size_t end = text.rfind("ok");
   return end == std::string::npos ? text : text.substr(0, end);
+}
+
+void configure(const std::string &lines) {
+  std::string path = state_dir_in_use + "/startup-config";
+  overwrite_file(path, lines);
+  lab("reload");
+  unlink(path.c_str());
+  wait_applied();
 }
 
 void fault(const std::string &function, open_error_t code, unsigned count, unsigned skip) {

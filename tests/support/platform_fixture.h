@@ -12,7 +12,8 @@
 
 /* Password of the account "admin" of a switch that a test has started. */
 inline constexpr char ADMIN_PASSWORD[] = "correct horse";
-/* The identity of that switch. */
+/* The identity of that switch. It has 54 ports: 0/1 to 0/46 for 10 Gbit/s, 0/47 (10 Gbit/s) and 0/48
+ * (1 Gbit/s) with copper connectors, 0/49 to 0/54 for 40 Gbit/s. */
 inline constexpr char TEST_MODEL[] = "Test-54";
 inline constexpr char TEST_SERIAL[] = "T0042";
 inline constexpr char TEST_MAC[] = "02:00:5E:00:00:42";
@@ -31,6 +32,8 @@ openapiClientHandle_t *start_platform(const std::string &state_dir);
 /* Carries out a command of lab control; reports a failure when it is refused. Returns what it printed before
  * "ok". */
 std::string lab(const std::string &line);
+/* Makes these lines of the configuration language the switch's whole configuration. */
+void configure(const std::string &lines);
 /* The next `count` calls of a platform function, after `skip` that are carried out, answer `code`. */
 void fault(const std::string &function, open_error_t code, unsigned count = 1, unsigned skip = 0);
 void hold_changes();

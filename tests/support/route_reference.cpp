@@ -46,7 +46,6 @@ const std::vector<rest_route> &all_api_routes() {
       row("/if/%[0-9]/%11[description]%s", 2, "description"),
       row("/if/%[0-9]/%14[switchportMode]%s", 2, "switchportMode"),
       row("/if/%[0-9]/%15[acceptFrameType]%s", 2, "acceptFrameType"),
-      row("/if/%[0-9]/%17[softShutdownState]%s", 2, "softShutdownState"),
       row("/if/%[0-9]/%4[pvid]%s", 2, "pvid"),
       row("/if/%[0-9]/%4[vlan]%s", 2, "vlan"),
       row("/if/%[0-9]/%5[speed]%s", 2, "speed"),

@@ -72,6 +72,25 @@ TEST(SendResponse, DataIsNoFormat) {
   EXPECT_EQ(respond("", 0, "ok", tree), expected_answers(0, "ok", "<s>100%s%n%</s>", "").xml);
 }
 
+TEST(TreeWord, IsTheTablesOrEmpty) {
+  static const enum_text words[] = {{0, "up"}, {1, "down"}, {-1, "all"}};
+  struct {
+    uint32_t value;
+    const char *word;
+  } rows[] = {{0, "up"}, {1, "down"}, {4294967295u, "all"}, {2, ""}, {2147483648u, ""}};
+  for (const auto &row : rows) {
+    node_t *tree = new_tree();
+    node_t *leaf = append_tree_word(tree, "linkState", words, row.value);
+    ASSERT_NE(leaf, nullptr);
+    EXPECT_EQ(get_node_val_type(leaf), VAL_TYPE_STRING);
+    std::string word = row.word;
+    EXPECT_EQ(respond("", 0, "ok", tree),
+              expected_answers(0, "ok", "<linkState>" + word + "</linkState>").xml)
+        << row.value;
+  }
+  EXPECT_EQ(append_tree_word(nullptr, "linkState", words, 0), nullptr);
+}
+
 TEST(SendResponse, WithoutARequestTheTreeIsFreedAllTheSame) {
   node_t *tree = new_tree();
   append_tree_int(append_branch(tree, "vlan"), "id", "id", 10);

@@ -2,7 +2,7 @@
 #include "engine/rest_common.h"
 #include "engine/rest_request.h"
 #include "engine/rest_settings.h"
-#include "tests/support/fake_request.h"
+#include "tests/support/answers.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -159,6 +159,100 @@ TEST(RequestVariable, TellsAbsentEmptyAndTooLongApart) {
     EXPECT_EQ(value.length, row.length) << row.query << " " << row.body;
     EXPECT_EQ(std::string(value.text), row.text) << row.query << " " << row.body;
   }
+}
+
+TEST(RequestVariable, ThatMustBeThereIsTakenAndNothingIsAnswered) {
+  std::string longest(255, 'v');
+  struct {
+    std::string query, body, text;
+  } rows[] = {
+      {"value=x", "", "x"}, {"value=a+b%26c", "", "a b&c"}, {"value=" + longest, "", longest},
+      {"", "value=b", "b"}, {"value=q", "value=b", "q"},    {"value=" + longest + "v", "value=b", "b"},
+  };
+  for (const auto &row : rows) {
+    FakeRequest request("GET", "/", row.query, row.body);
+    request_variable value;
+    EXPECT_TRUE(variable_or_reply(request.conn(), "value", &value)) << row.query;
+    EXPECT_EQ(std::string(value.text), row.text);
+    EXPECT_EQ(value.length, static_cast<int>(row.text.size()));
+    EXPECT_EQ(request.bytes(), "");
+  }
+}
+
+/* Queries and bodies without a usable variable "value". */
+static const struct {
+  std::string query, body;
+} UNUSABLE[] = {
+    {"", ""},
+    {"value=", ""},
+    {"value", ""},
+    {"values=1", ""},
+    {"value=&value=1", ""},
+    {"", "value="},
+    {"value=" + std::string(256, '1'), ""},
+    {"value=" + std::string(5000, '1'), ""},
+    {"", "value=" + std::string(256, '1')},
+};
+
+TEST(RequestVariable, MissingEmptyOrTooLongIsAnsweredAsAWrongParameter) {
+  for (const auto &row : UNUSABLE) {
+    FakeRequest request("GET", "/", row.query, row.body);
+    request_variable value;
+    EXPECT_FALSE(variable_or_reply(request.conn(), "value", &value)) << row.query << " " << row.body;
+    EXPECT_EQ(answer_body(request, "xml"), expected_platform_error(OPEN_E_PARAM).xml);
+    FakeRequest json("GET", "/", with_format(row.query, "json"), row.body);
+    EXPECT_FALSE(variable_or_reply(json.conn(), "value", &value));
+    EXPECT_EQ(answer_body(json, "json"), expected_platform_error(OPEN_E_PARAM).json);
+  }
+}
+
+TEST(RequestNumber, IsReadAsFarAsItGoes) {
+  struct {
+    const char *query;
+    int32_t number;
+  } rows[] = {
+      {"value=3", 3},
+      {"value=-1", -1},
+      {"value=007", 7},
+      {"value=%2B7", 7},
+      {"value=+7", 7}, /* a blank */
+      {"value=12abc", 12},
+      {"value=10-20,30", 10},
+      {"value=1.9", 1},
+      {"value=0x10", 0},
+      {"value=abc", 0},
+      {"value=-", 0},
+      {"value=2147483647", INT32_MAX},
+      {"value=2147483648", INT32_MAX},
+      {"value=4294967297", INT32_MAX},
+      {"value=99999999999999999999", INT32_MAX},
+      {"value=-2147483648", INT32_MIN},
+      {"value=-99999999999999999999", INT32_MIN},
+  };
+  for (const auto &row : rows) {
+    FakeRequest request("GET", "/", row.query);
+    int32_t number = 4711;
+    EXPECT_TRUE(number_or_reply(request.conn(), "value", &number)) << row.query;
+    EXPECT_EQ(number, row.number) << row.query;
+    EXPECT_EQ(request.bytes(), "");
+  }
+}
+
+TEST(RequestNumber, MissingEmptyOrTooLongIsAnsweredAsAWrongParameter) {
+  for (const auto &row : UNUSABLE) {
+    FakeRequest request("GET", "/", row.query, row.body);
+    int32_t number = 4711;
+    EXPECT_FALSE(number_or_reply(request.conn(), "value", &number)) << row.query << " " << row.body;
+    EXPECT_EQ(number, 4711);
+    EXPECT_EQ(answer_body(request, "xml"), expected_platform_error(OPEN_E_PARAM).xml);
+  }
+}
+
+TEST(PlatformTexts, MayLeaveTheTerminatorOut) {
+  open_buffdesc desc = describe_characters("name");
+  EXPECT_EQ(desc.size, 4u);
+  EXPECT_STREQ(static_cast<char *>(desc.pstart), "name");
+  EXPECT_EQ(describe_characters("").size, 0u);
 }
 
 TEST(PlatformTexts, CountTheTerminator) {

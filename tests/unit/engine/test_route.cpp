@@ -243,6 +243,35 @@ TEST(UriNumbers, MissingOnesAreABadRequest) {
   EXPECT_EQ(answer, expected_bad_request().xml);
 }
 
+TEST(UriNumbers, MayBeTakenWithoutAnAnswer) {
+  uint32_t first = 47, second = 11;
+  FakeRequest whole("GET", "/if/3/vlan/0010/taggingMode");
+  EXPECT_TRUE(uri_numbers(whole.conn(), "/if/%[0-9]/vlan/%[0-9]", {&first, &second}));
+  EXPECT_EQ(first, 3u);
+  EXPECT_EQ(second, 10u);
+  EXPECT_EQ(whole.bytes(), "");
+  first = 47;
+  second = 11;
+  std::string too_long = "/if/3/vlan/" + std::string(245, '1');
+  for (const std::string &uri : {std::string("/if/3/vlan/"), std::string("/if/3"), std::string("/if//vlan/1"),
+                                 std::string("/if/x/vlan/1"), std::string(), too_long}) {
+    FakeRequest request("GET", uri);
+    EXPECT_FALSE(uri_numbers(request.conn(), "/if/%[0-9]/vlan/%[0-9]", {&first, &second})) << uri;
+    EXPECT_EQ(first, 47u) << uri;
+    EXPECT_EQ(second, 11u) << uri;
+    EXPECT_EQ(request.bytes(), "") << uri;
+  }
+}
+
+TEST(UriNumbers, DigitsMayBeLimited) {
+  uint32_t ifNum = 0, sticky = 47;
+  FakeRequest one("GET", "/pml/if/5/sticky/1/mac");
+  EXPECT_TRUE(uri_numbers(one.conn(), "/pml/if/%[0-9]/sticky/%[0-1]", {&ifNum, &sticky}));
+  EXPECT_EQ(sticky, 1u);
+  FakeRequest two("GET", "/pml/if/5/sticky/2/mac");
+  EXPECT_FALSE(uri_numbers(two.conn(), "/pml/if/%[0-9]/sticky/%[0-1]", {&ifNum, &sticky}));
+}
+
 TEST(UriNumbers, UriOf256CharactersHoldsNone) {
   uint32_t vid = 0;
   std::string answer;

@@ -1,30 +1,158 @@
 /* Platform functions with bent outputs: see bent_platform.h. */
 #include "tests/unit/modules/bent_platform.h"
 
+#include "platform/api/openapi_if.h"
+#include "platform/api/openapi_lag.h"
+#include "platform/api/openapi_pml.h"
+#include "platform/api/openapi_routing.h"
 #include "platform/api/openapi_vlan.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <sys/resource.h>
 
-std::optional<uint32_t> bent_vlan_name_size;
-std::optional<uint32_t> bent_participation_mode;
+struct bent_number {
+  uint32_t value;
+  bool used;
+};
+
+static std::map<std::string, bent_number> bent_numbers;
+
+bent_output::bent_output(const char *function, uint32_t value) : function_(function) {
+  bent_numbers[function_] = {value, false};
+}
+
+bent_output::~bent_output() {
+  EXPECT_TRUE(bent_numbers[function_].used) << function_;
+  bent_numbers.erase(function_);
+}
+
+/* Calls the library's function and then bends `output`, which is among its arguments or within one. */
+template <typename... Arguments>
+static open_error_t call_library(const char *function, uint32_t *output, Arguments... arguments) {
+  typedef open_error_t (*library_function)(Arguments...);
+  open_error_t rc = reinterpret_cast<library_function>(dlsym(RTLD_NEXT, function))(arguments...);
+  auto bent = bent_numbers.find(function);
+  if (bent == bent_numbers.end()) return rc;
+  *output = bent->second.value;
+  bent->second.used = true;
+  return rc;
+}
+
+/* The number that can be bent is the first one given to call_library(). */
 
 open_error_t rpcclt_openapiVlanNameLenGet(openapiClientHandle_t *handle, uint32_t *size) {
-  typedef open_error_t (*function)(openapiClientHandle_t *, uint32_t *);
-  static const function library_function = reinterpret_cast<function>(dlsym(RTLD_NEXT, __func__));
-  open_error_t rc = library_function(handle, size);
-  if (bent_vlan_name_size) *size = *bent_vlan_name_size;
-  return rc;
+  return call_library(__func__, size, handle, size);
+}
+
+open_error_t rpcclt_openapiDot1VlanMaxGet(openapiClientHandle_t *handle, uint32_t *max) {
+  return call_library(__func__, max, handle, max);
 }
 
 open_error_t rpcclt_openapiVlanIfParticipationGet(openapiClientHandle_t *handle, uint32_t vlanId,
                                                   uint32_t ifNum, uint32_t *mode) {
-  typedef open_error_t (*function)(openapiClientHandle_t *, uint32_t, uint32_t, uint32_t *);
-  static const function library_function = reinterpret_cast<function>(dlsym(RTLD_NEXT, __func__));
-  open_error_t rc = library_function(handle, vlanId, ifNum, mode);
-  if (bent_participation_mode) *mode = *bent_participation_mode;
-  return rc;
+  return call_library(__func__, mode, handle, vlanId, ifNum, mode);
+}
+
+open_error_t openapiVlanIfParticipationStatusGet(openapiClientHandle_t *handle, uint32_t vlanId,
+                                                 uint32_t ifNum, uint32_t *isMember) {
+  return call_library(__func__, isMember, handle, vlanId, ifNum, isMember);
+}
+
+open_error_t openapiVlanIfTaggingGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t vlanId,
+                                     uint32_t *tagging) {
+  return call_library(__func__, tagging, handle, ifNum, vlanId, tagging);
+}
+
+open_error_t openapiVlanIfPvidGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *vlanId) {
+  return call_library(__func__, vlanId, handle, ifNum, vlanId);
+}
+
+open_error_t rpcclt_openapiVlanIfAcceptFrameTypeGet(openapiClientHandle_t *handle, uint32_t ifNum,
+                                                    uint32_t *type) {
+  return call_library(__func__, type, handle, ifNum, type);
+}
+
+open_error_t openapiIfAdminStateGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *state) {
+  return call_library(__func__, state, handle, ifNum, state);
+}
+
+open_error_t openapiIfAutoNegGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *mode) {
+  return call_library(__func__, mode, handle, ifNum, mode);
+}
+
+open_error_t openapiIfDuplexModeGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *mode) {
+  return call_library(__func__, mode, handle, ifNum, mode);
+}
+
+open_error_t openapiIfLinkStateGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *state) {
+  return call_library(__func__, state, handle, ifNum, state);
+}
+
+open_error_t openapiIfMtuSizeGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *size) {
+  return call_library(__func__, size, handle, ifNum, size);
+}
+
+open_error_t openapiIfSpeedGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *speed) {
+  return call_library(__func__, speed, handle, ifNum, speed);
+}
+
+open_error_t rpcclt_openapiIfDescrSizeGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *max) {
+  return call_library(__func__, max, handle, ifNum, max);
+}
+
+open_error_t rpcclt_openapiIfDescrGet(openapiClientHandle_t *handle, uint32_t ifNum, open_buffdesc *text) {
+  return call_library(__func__, &text->size, handle, ifNum, text);
+}
+
+open_error_t rpcclt_openapiIfSwitchportModeGet(openapiClientHandle_t *handle, uint32_t ifNum,
+                                               uint32_t *mode) {
+  return call_library(__func__, mode, handle, ifNum, mode);
+}
+
+open_error_t openapiIfNextChangedGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *nextIfNum,
+                                     uint32_t *deletePending) {
+  return call_library(__func__, deletePending, handle, ifNum, nextIfNum, deletePending);
+}
+
+open_error_t rpcclt_openapiRtrIntfIpAddrGet(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
+                                            open_inet_pfx_t *prefix) {
+  return call_library(__func__, &prefix->pfxLen, handle, family, ifNum, prefix);
+}
+
+open_error_t rpcclt_openapiLagPortChannelIdToIfNumZYL(openapiClientHandle_t *handle, uint32_t portChannelId,
+                                                      uint32_t *ifNum) {
+  return call_library(__func__, ifNum, handle, portChannelId, ifNum);
+}
+
+open_error_t rpcclt_openapiLagIfNumToPortChannelIdZYL(openapiClientHandle_t *handle, uint32_t ifNum,
+                                                      uint32_t *portChannelId) {
+  return call_library(__func__, portChannelId, handle, ifNum, portChannelId);
+}
+
+open_error_t rpcclt_openapiLagNameMaxLengthGet(openapiClientHandle_t *handle, uint32_t *size) {
+  return call_library(__func__, size, handle, size);
+}
+
+open_error_t rpcclt_openapiLagMaxMemberCountGet(openapiClientHandle_t *handle, uint32_t *max) {
+  return call_library(__func__, max, handle, max);
+}
+
+open_error_t rpcclt_openapiLagMembersGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *count,
+                                         uint32_t *ports) {
+  return call_library(__func__, count, handle, ifNum, count, ports);
+}
+
+open_error_t rpcclt_openapiPmlIntfStickyModeGet(openapiClientHandle_t *handle, uint32_t ifNum,
+                                                uint32_t *mode) {
+  return call_library(__func__, mode, handle, ifNum, mode);
+}
+
+open_error_t rpcclt_openapiPmlIntfStaticEntryGetFirst(openapiClientHandle_t *handle, uint32_t ifNum,
+                                                      open_buffdesc *mac, uint32_t *vlanId,
+                                                      uint32_t *sticky) {
+  return call_library(__func__, sticky, handle, ifNum, mac, vlanId, sticky);
 }
 
 #if defined(__SANITIZE_ADDRESS__)

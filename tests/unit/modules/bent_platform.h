@@ -3,13 +3,21 @@
 #ifndef KESTREL_TESTS_MODULES_BENT_PLATFORM_H
 #define KESTREL_TESTS_MODULES_BENT_PLATFORM_H
 
-#include <optional>
 #include <stdint.h>
+#include <string>
 
-/* While set: rpcclt_openapiVlanNameLenGet answers this size. */
-extern std::optional<uint32_t> bent_vlan_name_size;
-/* While set: rpcclt_openapiVlanIfParticipationGet answers this mode. */
-extern std::optional<uint32_t> bent_participation_mode;
+/* While it lives, a number that a platform function puts out is `value`: which one says the list in
+ * bent_platform.cpp. Reports a failure when the function was never called. */
+class bent_output {
+public:
+  bent_output(const char *function, uint32_t value);
+  ~bent_output();
+  bent_output(const bent_output &) = delete;
+  bent_output &operator=(const bent_output &) = delete;
+
+private:
+  std::string function_;
+};
 
 /* Makes a block of 3 GiB or more impossible to allocate, for its lifetime. (Builds with AddressSanitizer
  * always refuse such blocks; see bent_platform.cpp.) */

@@ -60,6 +60,26 @@ TEST_F(RequestTest, WholeScenarioIsServedAndAudited) {
             }));
 }
 
+TEST_F(RequestTest, ChangesOfInterfacesLagsAndLocksAreAudited) {
+  std::string key = "sessionkey=" + log_in();
+  serve("PUT", "/if/3/mtuSize", key, "value=9000");
+  serve("PUT", "/if/3/adminState", key + "&value=2");
+  serve("POST", "/lag/1/port/5", key);
+  serve("DELETE", "/pml/if/5/vlan/1/mac", key);
+  std::string refused =
+      "Operation failed. It was possibly caused by non-existent resource id in URI, invalid "
+      "parameters, or the operation is not supported on the platform. (99)";
+  std::vector<std::string> lines = new_lines();
+  lines.erase(lines.begin()); /* the login */
+  EXPECT_EQ(lines,
+            (std::vector<std::string>{
+                AUDIT + "[PUT /if/3/mtuSize?" + key + "]: Update MTU size of Interface 3 successfully. (0)",
+                AUDIT + "[PUT /if/3/adminState?" + key + "&value=2]: " + refused,
+                AUDIT + "[POST /lag/1/port/5?" + key + "]: Configure port 5 to LAG 1 successfully. (0)",
+                AUDIT + "[DELETE /pml/if/5/vlan/1/mac?" + key + "]: " + refused,
+            }));
+}
+
 TEST_F(RequestTest, PasswordNeverReachesTheLog) {
   serve("POST", "/login", "user=admin&password=correct+horse");
   serve("GET", "/login", "method=post&user=admin&password=correct+horse");
@@ -92,8 +112,8 @@ TEST_F(RequestTest, LongRequestsAreLoggedInOneLine) {
 TEST_F(RequestTest, ReadingIsNeverLogged) {
   std::string key = log_in();
   size_t before = new_lines().size();
-  for (const char *uri :
-       {"/vlans", "/base", "/base/idname", "/login", "/login/RESTSessions", "/nothing", "/vlans/"}) {
+  for (const char *uri : {"/vlans", "/base", "/base/idname", "/login", "/login/RESTSessions", "/nothing",
+                          "/vlans/", "/if", "/if/3", "/if/3/counters", "/lag", "/lag/1", "/pml/if/3/mac"}) {
     serve("GET", uri, "sessionkey=" + key);
     serve("GET", uri);
   }
@@ -103,7 +123,7 @@ TEST_F(RequestTest, ReadingIsNeverLogged) {
 TEST_F(RequestTest, EveryModuleIsReachedByItsName) {
   std::string key = log_in();
   EXPECT_EQ(serve("GET", "/vlans", "sessionkey=" + key), expected_list({1}).xml);
-  for (const char *uri : {"/base/", "/vlans/", "/login/"}) {
+  for (const char *uri : {"/base/", "/vlans/", "/login/", "/if/", "/lag/", "/pml/"}) {
     EXPECT_EQ(serve("GET", uri, "sessionkey=" + key), expected_bad_request().xml) << uri;
   }
 }

@@ -2,6 +2,9 @@
  * this program anew), which ends without any farewell. */
 #include "engine/rest_engine_session_hdr.h"
 #include "tests/support/temporary_dir.h"
+#include "tests/unit/modules/interface_fixture.h"
+#include "tests/unit/modules/lag_fixture.h"
+#include "tests/unit/modules/pml_fixture.h"
 #include "tests/unit/modules/vlan_fixture.h"
 
 #include <memory>
@@ -29,6 +32,17 @@ protected:
   static void call_once(const char *method, const std::string &uri, const std::string &query = "") {
     FakeRequest request(method, uri, query);
     EXPECT_EQ(vlan_api_handler(start(), request.conn()), 1) << uri;
+  }
+  /* Requests of any module by their first segment; each must succeed. */
+  static std::string serve(const char *method, const std::string &uri, const std::string &query = "") {
+    FakeRequest request(method, uri, query);
+    EXPECT_EQ(module_of(uri)(start(), request.conn()), 1) << method << " " << uri;
+    return answer_body(request, "xml");
+  }
+  static rest_handler_t module_of(const std::string &uri) {
+    if (uri.compare(0, 4, "/if/") == 0) return interface_api_handler;
+    if (uri.compare(0, 4, "/lag") == 0) return lag_api_handler;
+    return uri.compare(0, 4, "/pml") == 0 ? pml_api_handler : vlan_api_handler;
   }
   static std::string status_file() { return read_file(std::string(getenv(VARIABLE)) + "/sessions"); }
   [[noreturn]] static void die() { _exit(HasFailure() ? 1 : 0); }
@@ -74,6 +88,101 @@ TEST_F(RestartTest, ChangesHeldBackFromTheDataPlaneSurviveAndAreTakenThen) {
         wait_applied();
         EXPECT_EQ(call("GET", "/vlans"), expected_list({1, 10}));
         EXPECT_EQ(call("GET", "/vlans/pendingChanges"), expected_pending({}));
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+static const struct {
+  const char *method, *uri, *query;
+} CHANGES[] = {
+    {"POST", "/vlans/10", ""},
+    {"POST", "/vlans/20", ""},
+    {"PUT", "/vlans/20/name", "value=servers"},
+    {"POST", "/if/3/vlan/10", ""},
+    {"PUT", "/if/3/vlan/10/taggingMode", "value=1"},
+    {"PUT", "/if/3/pvid", "value=10"},
+    {"DELETE", "/if/3/vlan/1", ""},
+    {"PUT", "/if/3/acceptFrameType", "value=3"},
+    {"PUT", "/if/3/description", "value=up%20%22link%22%20%5C%20%3C1%3E"},
+    {"PUT", "/if/3/mtuSize", "value=9216"},
+    {"PUT", "/if/3/speed", "value=7"},
+    {"PUT", "/if/4/adminState", "value=0"},
+    {"PUT", "/if/48/autoNegMode", "value=0"},
+    {"PUT", "/if/47/speed", "value=5"},
+    {"PUT", "/if/56/description", "value=to+the+roof"},
+    {"PUT", "/if/120/description", "value=router"},
+    {"PUT", "/if/8/access/vlan", "value=20"},
+    {"PUT", "/if/8/switchportMode", "value=2"},
+    {"PUT", "/if/9/trunk/vlan", "value=10-30"},
+    {"POST", "/if/9/trunk/vlan", "value=40,50"},
+    {"DELETE", "/if/9/trunk/vlan", "value=10"},
+    {"PUT", "/if/9/trunk/pvid", "value=10"},
+    {"PUT", "/if/9/switchportMode", "value=3"},
+    {"PUT", "/if/10/trunk/vlan", "value=20"}, /* kept while the mode is general */
+    {"POST", "/lag/1/port/5", ""},
+    {"POST", "/lag/1/port/7", ""},
+    {"POST", "/lag/64/port/6", ""},
+    {"DELETE", "/lag/1/port/7", ""},
+    {"PUT", "/pml/if/5/sticky", "value=1"},
+    {"POST", "/pml/if/5/vlan/10/sticky/1/mac", "value=02:00:00:00:00:0a"},
+    {"POST", "/pml/if/5/vlan/1/sticky/0/mac", "value=02:00:00:00:00:0b"},
+};
+
+/* What the switch answers about everything that was changed. */
+static std::string all_answers(std::string (*serve)(const char *, const std::string &, const std::string &)) {
+  std::string answers;
+  for (int ifNum : {3, 4, 5, 6, 7, 8, 9, 10, 47, 48, 56, 119, 120})
+    answers += serve("GET", "/if/" + std::to_string(ifNum), "");
+  for (int ifNum : {3, 5, 7, 8, 9, 10, 56}) {
+    std::string uri = "/if/" + std::to_string(ifNum);
+    answers += serve("GET", uri + "/vlan", "") + serve("GET", uri + "/switchportMode", "");
+    for (const char *vlan : {"/vlan/1", "/vlan/10", "/vlan/20"}) answers += serve("GET", uri + vlan, "");
+  }
+  for (const char *uri : {"/lag", "/lag/1", "/lag/64", "/pml/if/5/sticky", "/pml/if/6/sticky",
+                          "/pml/if/5/mac", "/vlans", "/vlans/1", "/vlans/10", "/vlans/20"})
+    answers += serve("GET", uri, "");
+  return answers;
+}
+
+TEST_F(RestartTest, EveryAnswerIsTheSameAfterwards) {
+  std::string file = std::string(getenv(VARIABLE)) + "/answers";
+  EXPECT_EXIT(
+      {
+        start();
+        std::string factory = serve("GET", "/if/3") + serve("GET", "/lag/1");
+        for (const auto &change : CHANGES) serve(change.method, change.uri, change.query);
+        wait_applied();
+        EXPECT_NE(serve("GET", "/if/3") + serve("GET", "/lag/1"), factory);
+        overwrite_file(file, all_answers(serve));
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        start();
+        wait_applied();
+        EXPECT_EQ(all_answers(serve), read_file(file));
+        serve("PUT", "/if/9/switchportMode", "value=1");
+        serve("PUT", "/if/10/switchportMode", "value=3");
+        EXPECT_EQ(serve("GET", "/if/10/vlan"), expected_participations({{0, 1}, {2, 20}}).xml);
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST_F(RestartTest, CountersBeginAnew) {
+  EXPECT_EXIT(
+      {
+        start();
+        lab("counter set 0/3 CTR_RX_64 7");
+        EXPECT_NE(serve("GET", "/if/3/counters"), serve("GET", "/if/4/counters"));
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        EXPECT_EQ(serve("GET", "/if/3/counters"), serve("GET", "/if/4/counters"));
         die();
       },
       testing::ExitedWithCode(0), "");

@@ -158,7 +158,7 @@ TEST_F(VlanTest, ParticipationModesHaveWords) {
     const char *word;
   } rows[] = {{0, "Include"}, {1, "Autodetect"}, {2, "Exclude"}, {3, ""}, {4294967295u, ""}};
   for (const auto &row : rows) {
-    bent_participation_mode = row.mode;
+    bent_output bent("rpcclt_openapiVlanIfParticipationGet", row.mode);
     EXPECT_EQ(call(vlan_api_handler, "GET", "/vlans/10"), expected_details(10, "", {{3, 3, row.word, 0}}))
         << row.mode;
   }
@@ -169,10 +169,10 @@ TEST_F(VlanTest, NameMayFillTheBufferToTheLastByte) {
   std::string name(32, 'n');
   call(vlan_api_handler, "PUT", "/vlans/10/name", "value=" + name);
   for (uint32_t size : {33u, 34u, 5000u}) {
-    bent_vlan_name_size = size;
+    bent_output bent("rpcclt_openapiVlanNameLenGet", size);
     EXPECT_EQ(call(vlan_api_handler, "GET", "/vlans/10"), expected_details(10, name, {}));
   }
-  bent_vlan_name_size = 32; /* the platform refuses a buffer that is too small */
+  bent_output bent("rpcclt_openapiVlanNameLenGet", 32); /* the platform refuses a buffer that is too small */
   EXPECT_EQ(call(vlan_api_handler, "GET", "/vlans/10"), expected_platform_error(OPEN_E_PARAM));
 }
 

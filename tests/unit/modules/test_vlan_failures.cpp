@@ -139,13 +139,13 @@ TEST_F(VlanFailureTest, WalkGoesOnAfterAnyOtherAnswerAndStillEnds) {
 }
 
 TEST_F(VlanFailureTest, NameBufferThatCannotBeAllocatedAnswers97) {
-  bent_vlan_name_size = 0xffffffffu;
+  bent_output bent("rpcclt_openapiVlanNameLenGet", 0xffffffffu);
   little_memory limit;
   EXPECT_EQ(call(vlan_api_handler, "GET", "/vlans/10"), expected_platform_error(OPEN_E_INTERNAL));
 }
 
 TEST_F(VlanFailureTest, NameBufferOfNoBytesIsThePlatformsRefusal) {
-  bent_vlan_name_size = 0;
+  bent_output bent("rpcclt_openapiVlanNameLenGet", 0);
   EXPECT_EQ(call(vlan_api_handler, "GET", "/vlans/10"), expected_platform_error(OPEN_E_PARAM));
 }
 

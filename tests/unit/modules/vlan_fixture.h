@@ -5,6 +5,7 @@
 #include "modules/rest_module_vlan.h"
 #include "platform/api/openapi_vlan.h"
 #include "tests/support/platform_fixture.h"
+#include "tests/support/result_data.h"
 #include "tests/unit/modules/bent_platform.h"
 
 struct vlan_member {
@@ -19,52 +20,35 @@ struct pending_vlan {
 };
 
 inline Answers expected_details(unsigned vid, const std::string &name,
-                                const std::vector<vlan_member> &members, const char *type = "static") {
-  std::string id = std::to_string(vid), xml, json;
+                                const std::vector<vlan_member> &members, const std::string &type = "static") {
+  std::vector<result_node> interfaces;
   for (const vlan_member &member : members) {
-    std::string ifNum = std::to_string(member.ifNum), tagging = std::to_string(member.tagging);
-    xml += "<interface><ifNum>" + ifNum + "</ifNum><participationMode>" + member.mode +
-           "</participationMode><isTagging>" + tagging + "</isTagging></interface>";
-    json += (json.empty() ? "\"" : ", \"") + std::to_string(member.position) + "\": { \"ifNum\": " + ifNum +
-            ", \"participationMode\": \"" + member.mode + "\", \"isTagging\": " + tagging + " }";
+    interfaces.push_back(entry(member.position, "interface",
+                               {number("ifNum", member.ifNum), text("participationMode", member.mode),
+                                number("isTagging", member.tagging)}));
   }
-  return expected_answers(0, "Get data successfully.",
-                          "<vlan><id>" + id + "</id><name>" + name + "</name><type>" + type +
-                              "</type><interfaces>" + xml + "</interfaces></vlan>",
-                          "\"vlan\": { \"id\": " + id + ", \"name\": \"" + name + "\", \"type\": \"" + type +
-                              "\", \"interfaces\": { " + json + (json.empty() ? "}" : " }") + " }");
+  return expected_data({branch("vlan", {number("id", vid), text("name", name), text("type", type),
+                                        branch("interfaces", interfaces)})});
 }
 
 inline Answers expected_list(const std::vector<unsigned> &vids) {
-  std::string xml, json;
-  for (size_t i = 0; i < vids.size(); i++) {
-    std::string id = std::to_string(vids[i]);
-    xml += "<vlan><id>" + id + "</id></vlan>";
-    json += (i == 0 ? "\"" : ", \"") + std::to_string(i + 1) + "\": { \"id\": " + id + " }";
-  }
-  return expected_answers(0, "Get data successfully.", "<vlans>" + xml + "</vlans>",
-                          "\"vlans\": { " + json + " }");
+  std::vector<result_node> vlans;
+  for (unsigned vid : vids)
+    vlans.push_back(entry(static_cast<unsigned>(vlans.size()) + 1, "vlan", {number("id", vid)}));
+  return expected_data({branch("vlans", vlans)});
 }
 
-inline Answers expected_pending(const std::vector<pending_vlan> &vlans) {
-  std::string xml, json;
-  for (size_t i = 0; i < vlans.size(); i++) {
-    std::string id = std::to_string(vlans[i].vid), type = vlans[i].type;
-    xml += "<vlan><id>" + id + "</id><pending_type>" + type + "</pending_type></vlan>";
-    json += (i == 0 ? "\"" : ", \"") + std::to_string(i + 1) + "\": { \"id\": " + id +
-            ", \"pending_type\": \"" + type + "\" }";
+inline Answers expected_pending(const std::vector<pending_vlan> &pending) {
+  std::vector<result_node> vlans;
+  for (const pending_vlan &vlan : pending) {
+    vlans.push_back(entry(static_cast<unsigned>(vlans.size()) + 1, "vlan",
+                          {number("id", vlan.vid), text("pending_type", vlan.type)}));
   }
-  return expected_answers(0, "Get data successfully.", "<pending_vlans>" + xml + "</pending_vlans>",
-                          "\"pending_vlans\": { " + json + (json.empty() ? "}" : " }"));
+  return expected_data({branch("pending_vlans", vlans)});
 }
 
 class VlanTest : public PlatformTest {
 protected:
-  ~VlanTest() override {
-    bent_vlan_name_size.reset();
-    bent_participation_mode.reset();
-  }
-
   void create(uint32_t vid) const { EXPECT_EQ(rpcclt_openapiVlanCreate(handle, vid), OPEN_E_NONE) << vid; }
   void include(uint32_t vid, uint32_t ifNum) const {
     EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(handle, vid, ifNum, OPEN_VLAN_PARTICIPATION_MODE_INCLUDE),

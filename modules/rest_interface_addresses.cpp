@@ -1,0 +1,56 @@
+#include "modules/rest_interface_addresses.h"
+
+#include "platform/api/openapi_routing.h"
+
+#include <stdio.h>
+
+/* The dotted mask of a prefix length of 0..32. */
+static void ipv4_mask_text(uint32_t prefix_length, char *out) {
+  uint32_t mask = prefix_length == 0 || prefix_length > 32 ? 0 : UINT32_MAX << (32 - prefix_length);
+  convert_ipv4_with_uint32_to_ip_string(mask, out);
+}
+
+static void append_ipv4(openapiClientHandle_t *client_handle, const open_inet_pfx_t &prefix, node_t *tree,
+                        const char *key, const char *tagname) {
+  char address[IP_TEXT_SIZE] = {}, mask[IP_TEXT_SIZE] = {}, text[2 * IP_TEXT_SIZE];
+  convert_inet_addr_to_ip_string(client_handle, &prefix.ipAddr, address);
+  ipv4_mask_text(prefix.pfxLen, mask);
+  snprintf(text, sizeof text, "%s/%s", address, mask);
+  append_tree_string(tree, key, tagname, text);
+}
+
+void append_primary_ipv4(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *tree,
+                         const char *key) {
+  open_inet_pfx_t prefix = {};
+  open_error_t rc = rpcclt_openapiRtrIntfIpAddrGet(client_handle, OPEN_AF_INET, ifNum, &prefix);
+  if (rc == OPEN_E_NONE) append_ipv4(client_handle, prefix, tree, key, key);
+}
+
+void append_secondary_ipv4(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *tree,
+                           const char *key) {
+  open_inet_pfx_t prefix = {};
+  uint32_t index = 0;
+  node_t *list = nullptr;
+  while (rpcclt_openapiRtrIntfSecIpAddrGet(client_handle, OPEN_AF_INET, ifNum, &prefix, &index) ==
+         OPEN_E_NONE) {
+    if (list == nullptr) list = append_branch(tree, key);
+    char position[16];
+    snprintf(position, sizeof position, "%u", index);
+    append_ipv4(client_handle, prefix, list, position, "secondary_ipv4_address");
+  }
+}
+
+void append_ipv6(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *tree) {
+  open_inet_pfx_t prefix = {};
+  node_t *list = nullptr;
+  for (uint32_t position = 1;
+       rpcclt_openapiRtrIntfIpAddrGet(client_handle, OPEN_AF_INET6, ifNum, &prefix) == OPEN_E_NONE;
+       position++) {
+    if (list == nullptr) list = append_branch(tree, "ipv6_addresses");
+    char key[16], address[IP_TEXT_SIZE] = {}, text[IP_TEXT_SIZE + 16];
+    snprintf(key, sizeof key, "%u", position);
+    convert_inet_addr_to_ip_string(client_handle, &prefix.ipAddr, address);
+    snprintf(text, sizeof text, "%s/%d", address, static_cast<int>(prefix.pfxLen));
+    append_tree_string(list, key, "prefix_and_prefix_length", text);
+  }
+}

@@ -1,0 +1,102 @@
+/* The route tables of the modules: every URI pattern of the API (route_reference.h) is served by its module,
+ * and every URI under its own methods only. Near misses stand in the tests of each module. */
+#include "modules/rest_module_base.h"
+#include "modules/rest_module_interface.h"
+#include "modules/rest_module_lag.h"
+#include "modules/rest_module_pml.h"
+#include "modules/rest_module_vlan.h"
+#include "tests/support/platform_fixture.h"
+#include "tests/support/route_reference.h"
+
+#include <string.h>
+
+class RouteTest : public PlatformTest {
+protected:
+  bool is_served(rest_handler_t handler, const std::string &method, const std::string &uri) const {
+    return call_xml(handler, method, uri) != expected_bad_request().xml;
+  }
+};
+
+static const struct {
+  const char *name;
+  rest_handler_t handler;
+} MODULES[] = {
+    {"base", base_api_handler}, {"if", interface_api_handler}, {"lag", lag_api_handler},
+    {"pml", pml_api_handler},   {"vlans", vlan_api_handler},
+};
+
+/* A URI that the pattern takes: 1 for each number, the keyword for the word. */
+static std::string uri_of(const rest_route &route) {
+  std::string uri;
+  for (const char *p = route.pattern; strcmp(p, "%s") != 0;) {
+    if (*p != '%') {
+      uri += *p++;
+      continue;
+    }
+    uri += p[1] == '[' ? "1" : route.keyword;
+    p = strchr(p, ']') + 1;
+  }
+  return uri;
+}
+
+static bool is_of_module(const rest_route &route, const std::string &name) {
+  std::string first = "/" + name, pattern = route.pattern;
+  return pattern.compare(0, first.size(), first) == 0 && strchr("/%", pattern[first.size()]) != nullptr;
+}
+
+TEST_F(RouteTest, EveryPatternOfTheApiIsServedByItsModule) {
+  for (const auto &module : MODULES) {
+    unsigned patterns = 0;
+    for (const rest_route &route : all_api_routes()) {
+      if (!is_of_module(route, module.name)) continue;
+      patterns++;
+      bool served = false;
+      for (const char *method : {"GET", "POST", "PUT", "DELETE"})
+        served = served || is_served(module.handler, method, uri_of(route));
+      EXPECT_TRUE(served) << route.pattern;
+    }
+    EXPECT_GT(patterns, 0u) << module.name;
+  }
+}
+
+/* The methods of each URI, all four of them tried. */
+TEST_F(RouteTest, EveryUriIsServedUnderItsMethodsOnly) {
+  struct {
+    rest_handler_t handler;
+    const char *uri, *methods;
+  } rows[] = {
+      {interface_api_handler, "/if", "GET"},
+      {interface_api_handler, "/if/pendingChanges", "GET"},
+      {interface_api_handler, "/if/1", "GET"},
+      {interface_api_handler, "/if/1/counters", "GET"},
+      {interface_api_handler, "/if/1/vlan", "GET"},
+      {interface_api_handler, "/if/1/vlan/1", "GET POST DELETE"},
+      {interface_api_handler, "/if/1/vlan/1/taggingMode", "PUT"},
+      {interface_api_handler, "/if/1/switchportMode", "GET PUT"},
+      {interface_api_handler, "/if/1/trunk/vlan", "POST PUT DELETE"},
+      {interface_api_handler, "/if/1/trunk/pvid", "PUT"},
+      {interface_api_handler, "/if/1/access/vlan", "PUT"},
+      {interface_api_handler, "/if/1/pvid", "PUT"},
+      {interface_api_handler, "/if/1/acceptFrameType", "PUT"},
+      {interface_api_handler, "/if/1/adminState", "PUT"},
+      {interface_api_handler, "/if/1/autoNegMode", "PUT"},
+      {interface_api_handler, "/if/1/description", "PUT"},
+      {interface_api_handler, "/if/1/mtuSize", "PUT"},
+      {interface_api_handler, "/if/1/speed", "PUT"},
+      {interface_api_handler, "/if/1/counters/reset", "PUT"},
+      {interface_api_handler, "/if/1/softShutdownState", ""},
+      {lag_api_handler, "/lag", "GET"},
+      {lag_api_handler, "/lag/1", "GET"},
+      {lag_api_handler, "/lag/1/port/1", "POST DELETE"},
+      {pml_api_handler, "/pml/if/1/sticky", "GET PUT"},
+      {pml_api_handler, "/pml/if/1/mac", "GET"},
+      {pml_api_handler, "/pml/if/1/vlan/1/mac", "DELETE"},
+      {pml_api_handler, "/pml/if/1/vlan/1/sticky/1/mac", "POST"},
+  };
+  for (const auto &row : rows) {
+    for (const char *method : {"GET", "POST", "PUT", "DELETE"}) {
+      EXPECT_EQ(is_served(row.handler, method, row.uri), strstr(row.methods, method) != nullptr)
+          << method << " " << row.uri;
+    }
+  }
+}
