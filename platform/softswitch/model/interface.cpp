@@ -59,7 +59,7 @@ void interfaces_reset(switch_model &model) {
   uint64_t change = next_change(model);
   for (uint32_t number = port_first; number <= interface_last; number++) {
     interface_entry &entry = table->at[number];
-    if (!entry.exists && interface_type(number) != OPEN_INTF_TYPE_LAG) continue;
+    if (!entry.exists && !in_range(number, OPEN_INTF_TYPE_LAG)) continue;
     entry = factory_interface(model, number);
     entry.changed = change;
   }
