@@ -31,9 +31,18 @@ open_buffdesc describe_characters(const char *text) {
   return {static_cast<uint32_t>(strlen(text)), const_cast<char *>(text)};
 }
 
-/* One byte more than the platform may fill, so that its text always ends. */
-platform_text::platform_text(uint32_t size) : desc_{size, calloc(size_t{size} + 1, 1)} {}
-
 platform_text::~platform_text() {
-  free(desc_.pstart);
+  free(text_);
+}
+
+open_error_t platform_text::read(openapiClientHandle_t *client_handle, text_size_getter_t size_of,
+                                 text_getter_t text_of, uint32_t id) {
+  uint32_t size = 0;
+  open_error_t rc = size_of(client_handle, &size);
+  if (rc != OPEN_E_NONE) return rc;
+  /* One byte more than the platform may fill, so that its text always ends. */
+  text_ = static_cast<char *>(calloc(size_t{size} + 1, 1));
+  if (text_ == nullptr) return OPEN_E_INTERNAL;
+  open_buffdesc desc = {size, text_};
+  return text_of(client_handle, id, &desc);
 }

@@ -24,23 +24,30 @@ bool number_or_reply(mg_connection *conn, const char *name, int32_t *number);
 open_buffdesc describe_text(const char *text);
 open_buffdesc describe_characters(const char *text);
 
-/* A zero-filled heap buffer for a text whose size the platform tells, freed at the end of its scope. */
+/* Calls of the platform that say how many bytes a text needs, and that read the text of an object. */
+typedef open_error_t (*text_size_getter_t)(openapiClientHandle_t *client_handle, uint32_t *size);
+typedef open_error_t (*text_getter_t)(openapiClientHandle_t *client_handle, uint32_t id, open_buffdesc *text);
+
+/* A text whose size the platform tells, in a zero-filled heap buffer that is freed at the end of its scope.
+ */
 class platform_text {
 public:
-  explicit platform_text(uint32_t size);
+  platform_text() = default;
   ~platform_text();
   platform_text(const platform_text &) = delete;
   platform_text &operator=(const platform_text &) = delete;
 
-  bool allocated() const { return desc_.pstart != nullptr; }
-  open_buffdesc *desc() { return &desc_; } /* size: the platform's */
-  const char *text() const { return static_cast<const char *>(desc_.pstart); }
+  /* Once: asks for the size, then for the text. The failure of either call, OPEN_E_INTERNAL when there is no
+   * memory. */
+  open_error_t read(openapiClientHandle_t *client_handle, text_size_getter_t size_of, text_getter_t text_of,
+                    uint32_t id);
+  const char *text() const { return text_; } /* after read() has succeeded */
 
 private:
-  open_buffdesc desc_;
+  char *text_ = nullptr;
 };
 
-/* The same for texts of at most 255 characters, on the stack. */
+/* A zero-filled buffer for a text of at most 255 characters, on the stack. */
 struct platform_text_256 {
   char text[256] = {};
   open_buffdesc desc = {sizeof text, text};

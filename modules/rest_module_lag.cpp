@@ -47,12 +47,9 @@ static open_error_t append_id(openapiClientHandle_t *client_handle, uint32_t ifN
 /* --- Reading -------------------------------------------------------------------------------------------- */
 
 static open_error_t append_name(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *lag) {
-  uint32_t size = 0;
-  open_error_t rc = rpcclt_openapiLagNameMaxLengthGet(client_handle, &size);
-  if (rc != OPEN_E_NONE) return rc;
-  platform_text name(size);
-  if (!name.allocated()) return OPEN_E_INTERNAL;
-  rc = rpcclt_openapiLagNameGet(client_handle, ifNum, name.desc());
+  platform_text name;
+  open_error_t rc =
+      name.read(client_handle, rpcclt_openapiLagNameMaxLengthGet, rpcclt_openapiLagNameGet, ifNum);
   if (rc == OPEN_E_NONE) rc = append_id(client_handle, ifNum, lag);
   if (rc == OPEN_E_NONE) append_tree_string(lag, "name", "name", name.text());
   return rc;

@@ -98,12 +98,8 @@ static open_error_t append_members(openapiClientHandle_t *client_handle, uint32_
 }
 
 static open_error_t append_vlan(openapiClientHandle_t *client_handle, uint32_t vid, node_t *tree) {
-  uint32_t vlan_name_len = 0;
-  open_error_t rc = rpcclt_openapiVlanNameLenGet(client_handle, &vlan_name_len);
-  if (rc != OPEN_E_NONE) return rc;
-  platform_text name(vlan_name_len);
-  if (!name.allocated()) return OPEN_E_INTERNAL;
-  rc = rpcclt_openapiVlanNameGet(client_handle, vid, name.desc());
+  platform_text name;
+  open_error_t rc = name.read(client_handle, rpcclt_openapiVlanNameLenGet, rpcclt_openapiVlanNameGet, vid);
   if (rc != OPEN_E_NONE) return rc;
 
   node_t *vlan = append_branch(tree, "vlan");

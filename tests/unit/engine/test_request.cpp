@@ -4,6 +4,7 @@
 #include "engine/rest_settings.h"
 #include "tests/support/answers.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <string.h>
@@ -262,18 +263,43 @@ TEST(PlatformTexts, CountTheTerminator) {
   EXPECT_EQ(describe_text("").size, 1u);
 }
 
+static uint32_t told_size;
+
+static open_error_t tell_size(openapiClientHandle_t *, uint32_t *size) {
+  *size = told_size;
+  return OPEN_E_NONE;
+}
+
+/* Fills the buffer to its last byte, after checking that it was all zero, and leaves no terminator. */
+static open_error_t fill_up(openapiClientHandle_t *, uint32_t id, open_buffdesc *text) {
+  EXPECT_EQ(id, 7u);
+  EXPECT_EQ(text->size, told_size);
+  char *bytes = static_cast<char *>(text->pstart);
+  EXPECT_TRUE(std::all_of(bytes, bytes + text->size, [](char byte) { return byte == 0; }));
+  memset(bytes, 'x', text->size);
+  return OPEN_E_NONE;
+}
+
 TEST(PlatformTexts, HeapBufferIsZeroFilledAndAlwaysEnds) {
+  openapiClientHandle_t handle;
   for (uint32_t size : {0u, 1u, 33u, 5000u}) {
-    platform_text text(size);
-    ASSERT_TRUE(text.allocated());
-    EXPECT_EQ(text.desc()->size, size);
-    EXPECT_STREQ(text.text(), "");
-    memset(text.desc()->pstart, 'x', size);
-    EXPECT_EQ(strlen(text.text()), size);
+    told_size = size;
+    platform_text text;
+    ASSERT_EQ(text.read(&handle, tell_size, fill_up, 7), OPEN_E_NONE);
+    EXPECT_EQ(text.text(), std::string(size, 'x'));
   }
   platform_text_256 text;
   EXPECT_EQ(text.desc.size, 256u);
   EXPECT_EQ(text.desc.pstart, text.text);
+}
+
+TEST(PlatformTexts, FailureOfEitherCallIsTheResult) {
+  openapiClientHandle_t handle;
+  auto no_size = [](openapiClientHandle_t *, uint32_t *) { return OPEN_E_TIMEOUT; };
+  auto no_text = [](openapiClientHandle_t *, uint32_t, open_buffdesc *) { return OPEN_E_NOT_FOUND; };
+  told_size = 5;
+  EXPECT_EQ(platform_text().read(&handle, no_size, fill_up, 7), OPEN_E_TIMEOUT);
+  EXPECT_EQ(platform_text().read(&handle, tell_size, no_text, 7), OPEN_E_NOT_FOUND);
 }
 
 TEST(Settings, AreTheShippedOnesUnlessTheEnvironmentSaysOtherwise) {
