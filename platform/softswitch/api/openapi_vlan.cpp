@@ -85,7 +85,7 @@ open_error_t openapiVlanIfParticipationStatusGet(openapiClientHandle_t *handle, 
                                                  uint32_t ifNum, uint32_t *isMember) {
   return api_call(__func__, handle, {vlanId, ifNum, isMember}, [&](switch_model &model) {
     open_error_t rc = vlan_and_interface_check(model, vlanId, ifNum);
-    if (rc == OPEN_E_NONE) *isMember = vlan_has_member(*vlan_find(model, vlanId), ifNum);
+    if (rc == OPEN_E_NONE) *isMember = vlan_has_member(model, *vlan_find(model, vlanId), ifNum);
     return rc;
   });
 }
@@ -94,7 +94,7 @@ open_error_t rpcclt_openapiVlanIfParticipationGet(openapiClientHandle_t *handle,
                                                   uint32_t ifNum, uint32_t *mode) {
   return api_call(__func__, handle, {vlanId, ifNum, mode}, [&](switch_model &model) {
     open_error_t rc = vlan_and_interface_check(model, vlanId, ifNum);
-    if (rc == OPEN_E_NONE) *mode = vlan_participation(*vlan_find(model, vlanId), ifNum);
+    if (rc == OPEN_E_NONE) *mode = vlan_participation_in_force(model, *vlan_find(model, vlanId), ifNum);
     return rc;
   });
 }
@@ -113,7 +113,7 @@ open_error_t openapiVlanIfTaggingGet(openapiClientHandle_t *handle, uint32_t ifN
                                      uint32_t *tagging) {
   return api_call(__func__, handle, {ifNum, vlanId, tagging}, [&](switch_model &model) {
     open_error_t rc = vlan_and_interface_check(model, vlanId, ifNum);
-    if (rc == OPEN_E_NONE) *tagging = vlan_find(model, vlanId)->tagged[ifNum];
+    if (rc == OPEN_E_NONE) *tagging = vlan_tagging_in_force(model, *vlan_find(model, vlanId), ifNum);
     return rc;
   });
 }
@@ -134,8 +134,8 @@ open_error_t rpcclt_openapiVlanIfTaggingSet(openapiClientHandle_t *handle, uint3
 
 open_error_t openapiVlanIfPvidGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *vlanId) {
   return api_call(__func__, handle, {ifNum, vlanId}, [&](switch_model &model) {
-    open_error_t rc = interface_switches_check(model, ifNum);
-    if (rc == OPEN_E_NONE) *vlanId = model.interfaces->at[ifNum].pvid;
+    open_error_t rc = interface_check(model, ifNum);
+    if (rc == OPEN_E_NONE) *vlanId = pvid_in_force(model, ifNum);
     return rc;
   });
 }
@@ -150,7 +150,8 @@ open_error_t rpcclt_openapiVlanIfPvidSet(openapiClientHandle_t *handle, uint32_t
 open_error_t rpcclt_openapiVlanIfAcceptFrameTypeGet(openapiClientHandle_t *handle, uint32_t ifNum,
                                                     uint32_t *type) {
   return api_call(__func__, handle, {ifNum, type}, [&](switch_model &model) {
-    open_error_t rc = interface_switches_check(model, ifNum);
+    open_error_t rc = interface_check(model, ifNum);
+    /* Interfaces that do not switch cannot be set and are in factory state: all. */
     if (rc == OPEN_E_NONE) *type = model.interfaces->at[ifNum].accept_frames;
     return rc;
   });

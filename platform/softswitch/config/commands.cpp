@@ -2,8 +2,10 @@
  * configuration is printed, so what others refer to comes before them. */
 #include "platform/softswitch/config/address_lines.h"
 #include "platform/softswitch/config/interface_lines.h"
+#include "platform/softswitch/config/lag_lines.h"
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/config/mac_locking_lines.h"
+#include "platform/softswitch/config/switchport_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
 
 namespace softswitch {
@@ -13,6 +15,10 @@ static constexpr command table[] = {
     {"no vlan <vlan-list>", apply_no_vlans, nullptr},
     {"vlan <vlan> name <text>", apply_vlan_name, print_vlan_names},
     {"no vlan <vlan> name", apply_no_vlan_name, nullptr},
+
+    /* In factory state all LAGs exist, so that it is the deleted ones that are printed. */
+    {"lag <port-channel>", apply_lag, nullptr},
+    {"no lag <port-channel>", apply_no_lag, print_deleted_lags},
 
     {"interface <port> vlan <vlan-list> participation include|auto|exclude", apply_participation,
      print_participation},
@@ -36,6 +42,19 @@ static constexpr command table[] = {
     {"no interface <interface> speed", apply_no_speed, nullptr},
     {"interface <interface> auto-negotiation on|off", apply_auto_negotiation, print_auto_negotiation},
     {"no interface <interface> auto-negotiation", apply_no_auto_negotiation, nullptr},
+
+    {"interface <port> switchport mode general|access|trunk", apply_switchport_mode, print_switchport_modes},
+    {"no interface <port> switchport mode", apply_no_switchport_mode, nullptr},
+    {"interface <port> switchport access vlan <vlan>", apply_access_vlan, print_access_vlans},
+    {"no interface <port> switchport access vlan", apply_no_access_vlan, nullptr},
+    {"interface <port> switchport trunk native vlan <vlan>", apply_native_vlan, print_native_vlans},
+    {"no interface <port> switchport trunk native vlan", apply_no_native_vlan, nullptr},
+    {"interface <port> switchport trunk vlans add|remove|only <vlan-list>", apply_trunk_vlans,
+     print_trunk_vlans},
+    {"no interface <port> switchport trunk vlans", apply_no_trunk_vlans, nullptr},
+
+    {"interface <port> lag <port-channel>", apply_lag_member, print_lag_members},
+    {"no interface <port> lag", apply_no_lag_member, nullptr},
 
     {"interface <port> mac-locking sticky", apply_sticky_mode, print_sticky_modes},
     {"no interface <port> mac-locking sticky", apply_no_sticky_mode, nullptr},

@@ -33,7 +33,7 @@ struct command {
   /* Makes the change that the line asks for. On failure gives the code and the reason in words; the model may
    * then be half changed (the callers work on a copy). */
   open_error_t (*apply)(switch_model &, std::span<const argument>, std::string *error);
-  /* Prints what differs from factory state; nullptr for lines that only undo. */
+  /* Prints what differs from factory state; nullptr for lines that only bring factory state back. */
   void (*print)(const config_printer &);
 };
 

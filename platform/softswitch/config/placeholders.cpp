@@ -4,7 +4,6 @@
 #include "platform/softswitch/model/interface_settings.h"
 
 #include <algorithm>
-#include <bitset>
 #include <charconv>
 
 namespace softswitch {
@@ -50,7 +49,7 @@ static bool read_plain_number(const switch_model &, const token &from, argument 
 
 /* --- Lists ---------------------------------------------------------------------------------------------- */
 
-static bool read_range(std::string_view text, std::bitset<vlan_id_max + 1> *ids, std::string *error) {
+static bool read_range(std::string_view text, vlan_set *ids, std::string *error) {
   size_t dash = text.find('-');
   uint32_t first, last;
   if (!read_vlan_id(text.substr(0, dash), &first, error)) return false;
@@ -67,19 +66,22 @@ static bool read_range(std::string_view text, std::bitset<vlan_id_max + 1> *ids,
   return true;
 }
 
-static bool read_vlan_list(const switch_model &, const token &from, argument *into, std::string *error) {
-  std::bitset<vlan_id_max + 1> ids;
-  std::string_view rest = from.text;
+bool read_vlan_list(std::string_view text, id_list *ids, std::string *error) {
+  vlan_set found;
   for (;;) {
-    size_t comma = rest.find(',');
-    if (!read_range(rest.substr(0, comma), &ids, error)) return false;
+    size_t comma = text.find(',');
+    if (!read_range(text.substr(0, comma), &found, error)) return false;
     if (comma == std::string_view::npos) break;
-    rest.remove_prefix(comma + 1);
+    text.remove_prefix(comma + 1);
   }
   for (uint32_t id = vlan_id_min; id <= vlan_id_max; id++) {
-    if (ids[id]) into->list.push_back(id);
+    if (found[id]) ids->push_back(id);
   }
   return true;
+}
+
+static bool read_list(const switch_model &, const token &from, argument *into, std::string *error) {
+  return read_vlan_list(from.text, &into->list, error);
 }
 
 /* The index of the last id of the range that begins at `first`. */
@@ -131,6 +133,16 @@ static bool read_port(const switch_model &model, const token &from, argument *in
 
 static std::string print_interface(const switch_model &model, const argument &from) {
   return quote_token(interface_name(model, from.number));
+}
+
+static bool read_port_channel(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (!read_number(from.text, &into->number)) {
+    *error = "\"" + from.text + "\" is not a port-channel id";
+    return false;
+  }
+  if (lag_of_port_channel(into->number) != 0) return true;
+  *error = "port-channel id out of range 1.." + std::to_string(port_channel_max);
+  return false;
 }
 
 static bool read_text(const switch_model &, const token &from, argument *into, std::string *) {
@@ -238,9 +250,10 @@ struct placeholder {
 
 static constexpr placeholder placeholders[] = {
     {"<vlan>", read_vlan, print_number},
-    {"<vlan-list>", read_vlan_list, print_list},
+    {"<vlan-list>", read_list, print_list},
     {"<interface>", read_interface, print_interface},
     {"<port>", read_port, print_interface},
+    {"<port-channel>", read_port_channel, print_number},
     {"<mac>", read_mac, print_mac},
     {"<ip-prefix>", read_ip_prefix, print_prefix},
     {"<ipv6-prefix>", read_ipv6_prefix, print_prefix},

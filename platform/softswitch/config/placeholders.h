@@ -20,6 +20,7 @@ using id_list = std::vector<uint32_t>;
  *   <vlan-list>   list; for printing a single VLAN may be given as number
  *   <interface>   number
  *   <port>        number: a port or LAG
+ *   <port-channel> number: a port-channel id; its LAG need not exist
  *   <mac>         mac
  *   <ip-prefix>, <ipv6-prefix>  prefix, of the family
  *   <text>        text
@@ -40,6 +41,9 @@ struct argument {
   mac_address mac = {};
   open_inet_pfx_t prefix = {};
 };
+
+/* Reads VLAN ids as they stand for <vlan-list>; false with the reason for any other text. */
+bool read_vlan_list(std::string_view text, id_list *ids, std::string *error);
 
 /* Says whether a word of a pattern is a placeholder and not a keyword. */
 bool is_placeholder(std::string_view word);

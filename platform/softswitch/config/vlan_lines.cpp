@@ -8,8 +8,8 @@ static std::string vlan_words(uint32_t id) {
   return "VLAN " + std::to_string(id);
 }
 
-/* Says why a setting of a VLAN was refused; passes the code on. Ports exist: the line was read. */
-static open_error_t explain(open_error_t rc, uint32_t id, std::string *error) {
+/* Ports exist: the line was read. */
+open_error_t explain_vlan(open_error_t rc, uint32_t id, std::string *error) {
   if (rc == OPEN_E_NOT_FOUND) *error = vlan_words(id) + " does not exist";
   return rc;
 }
@@ -23,13 +23,6 @@ template <typename Wanted> static id_list vlans_where(const switch_model &model,
   return ids;
 }
 
-/* Calls `print` with the number of each port and LAG. */
-template <typename Print> static void each_interface(const switch_model &model, Print print) {
-  for (uint32_t number = port_first; number <= lag_last; number++) {
-    if (interface_switches(model, number)) print(number);
-  }
-}
-
 /* Calls `print` with the number of each port and LAG whose part in any VLAN is not that of factory state.
  * That is few of them, and only for those each VLAN must be looked at. */
 template <typename Print> static void each_member(const switch_model &model, Print print) {
@@ -38,7 +31,7 @@ template <typename Print> static void each_member(const switch_model &model, Pri
     if (vlan.exists)
       configured |= (vlan.id == 1 ? ~vlan.included : vlan.included) | vlan.excluded | vlan.tagged;
   }
-  each_interface(model, [&](uint32_t number) {
+  each_switching_interface(model, [&](uint32_t number) {
     if (configured[number]) print(number);
   });
 }
@@ -62,7 +55,7 @@ open_error_t apply_no_vlans(switch_model &model, std::span<const argument> argum
     if (rc == OPEN_E_NONE) continue;
     if (rc == OPEN_E_FAIL)
       *error = vlan_words(id) + (id == 1 ? " cannot be deleted" : " has a routing interface");
-    return explain(rc, id, error);
+    return explain_vlan(rc, id, error);
   }
   return OPEN_E_NONE;
 }
@@ -77,13 +70,13 @@ void print_vlans(const config_printer &print) {
 open_error_t apply_vlan_name(switch_model &model, std::span<const argument> arguments, std::string *error) {
   open_error_t rc = vlan_set_name(model, arguments[0].number, arguments[1].text);
   if (rc == OPEN_E_PARAM) *error = "the name is longer than 32 bytes";
-  return explain(rc, arguments[0].number, error);
+  return explain_vlan(rc, arguments[0].number, error);
 }
 
 open_error_t apply_no_vlan_name(switch_model &model, std::span<const argument> arguments,
                                 std::string *error) {
   uint32_t id = arguments[0].number;
-  return explain(vlan_set_name(model, id, vlan_factory_name(id)), id, error);
+  return explain_vlan(vlan_set_name(model, id, vlan_factory_name(id)), id, error);
 }
 
 void print_vlan_names(const config_printer &print) {
@@ -99,7 +92,7 @@ open_error_t apply_participation(switch_model &model, std::span<const argument> 
                                  std::string *error) {
   for (uint32_t id : arguments[1].list) {
     open_error_t rc = vlan_set_participation(model, id, arguments[0].number, arguments[2].number);
-    if (rc != OPEN_E_NONE) return explain(rc, id, error);
+    if (rc != OPEN_E_NONE) return explain_vlan(rc, id, error);
   }
   return OPEN_E_NONE;
 }
@@ -108,7 +101,7 @@ open_error_t apply_no_participation(switch_model &model, std::span<const argumen
                                     std::string *error) {
   for (uint32_t id : arguments[1].list) {
     open_error_t rc = vlan_set_participation(model, id, arguments[0].number, vlan_factory_participation(id));
-    if (rc != OPEN_E_NONE) return explain(rc, id, error);
+    if (rc != OPEN_E_NONE) return explain_vlan(rc, id, error);
   }
   return OPEN_E_NONE;
 }
@@ -134,7 +127,7 @@ static open_error_t set_tagging(switch_model &model, std::span<const argument> a
                                 std::string *error) {
   for (uint32_t id : arguments[1].list) {
     open_error_t rc = vlan_set_tagging(model, id, arguments[0].number, tagging);
-    if (rc != OPEN_E_NONE) return explain(rc, id, error);
+    if (rc != OPEN_E_NONE) return explain_vlan(rc, id, error);
   }
   return OPEN_E_NONE;
 }
@@ -158,7 +151,7 @@ void print_tagging(const config_printer &print) {
 
 open_error_t apply_pvid(switch_model &model, std::span<const argument> arguments, std::string *error) {
   uint32_t id = arguments[1].number;
-  return explain(vlan_set_pvid(model, arguments[0].number, id), id, error);
+  return explain_vlan(vlan_set_pvid(model, arguments[0].number, id), id, error);
 }
 
 open_error_t apply_no_pvid(switch_model &model, std::span<const argument> arguments, std::string *) {
@@ -166,7 +159,7 @@ open_error_t apply_no_pvid(switch_model &model, std::span<const argument> argume
 }
 
 void print_pvids(const config_printer &print) {
-  each_interface(print.model, [&](uint32_t interface) {
+  each_switching_interface(print.model, [&](uint32_t interface) {
     uint32_t pvid = print.model.interfaces->at[interface].pvid;
     if (pvid != 1) print.line({interface, pvid});
   });
@@ -184,7 +177,7 @@ open_error_t apply_no_accept_frames(switch_model &model, std::span<const argumen
 }
 
 void print_accept_frames(const config_printer &print) {
-  each_interface(print.model, [&](uint32_t interface) {
+  each_switching_interface(print.model, [&](uint32_t interface) {
     uint32_t type = print.model.interfaces->at[interface].accept_frames;
     if (type != OPEN_DOT1Q_ADMIT_ALL) print.line({interface, type - OPEN_DOT1Q_ADMIT_ALL});
   });

@@ -7,6 +7,10 @@
 
 namespace softswitch {
 
+/* Says why something was refused for its VLAN, which does not exist; passes the code on. For lines of other
+ * families that name a VLAN, too. */
+open_error_t explain_vlan(open_error_t rc, uint32_t id, std::string *error);
+
 open_error_t apply_vlans(switch_model &, std::span<const argument>, std::string *error);
 open_error_t apply_no_vlans(switch_model &, std::span<const argument>, std::string *error);
 void print_vlans(const config_printer &);

@@ -15,6 +15,7 @@ struct wanted_port {
   bool enabled = false; /* false also in soft shutdown, and where there is no port or LAG */
   uint16_t pvid = 1;
   uint8_t accept_frames = OPEN_DOT1Q_ADMIT_ALL; /* OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t */
+  uint16_t lag = 0;                             /* number of the LAG that the port is a member of, or 0 */
 };
 
 struct wanted_vlan {

@@ -40,7 +40,8 @@ void interfaces_make(switch_model &model) {
   for (number = loopback_first; number <= loopback_last; number++) table->at[number].exists = true;
 }
 
-/* An interface in factory state in the place of an existing one. What comes from outside stays. */
+/* An interface in factory state in the place of this one, which exists or is a deleted LAG. What comes from
+ * outside stays. */
 static interface_entry factory_interface(const switch_model &model, uint32_t number) {
   const interface_entry &entry = model.interfaces->at[number];
   interface_entry factory;
@@ -58,7 +59,7 @@ void interfaces_reset(switch_model &model) {
   uint64_t change = next_change(model);
   for (uint32_t number = port_first; number <= interface_last; number++) {
     interface_entry &entry = table->at[number];
-    if (!entry.exists) continue;
+    if (!entry.exists && interface_type(number) != OPEN_INTF_TYPE_LAG) continue;
     entry = factory_interface(model, number);
     entry.changed = change;
   }
@@ -83,8 +84,7 @@ bool interface_switches(const switch_model &model, uint32_t number) {
   return switching && interface_exists(model, number);
 }
 
-/* What a number that means no fitting interface is refused with. */
-static open_error_t refusal(uint32_t number) {
+open_error_t interface_refusal(uint32_t number) {
   for (const number_range &range : ranges) {
     if (number >= range.first && number <= range.last) return OPEN_E_NOT_FOUND;
   }
@@ -92,11 +92,11 @@ static open_error_t refusal(uint32_t number) {
 }
 
 open_error_t interface_check(const switch_model &model, uint32_t number) {
-  return interface_exists(model, number) ? OPEN_E_NONE : refusal(number);
+  return interface_exists(model, number) ? OPEN_E_NONE : interface_refusal(number);
 }
 
 open_error_t interface_switches_check(const switch_model &model, uint32_t number) {
-  return interface_switches(model, number) ? OPEN_E_NONE : refusal(number);
+  return interface_switches(model, number) ? OPEN_E_NONE : interface_refusal(number);
 }
 
 std::string interface_name(const switch_model &model, uint32_t number) {
@@ -133,6 +133,17 @@ interface_entry *interface_edit(switch_model &model, uint32_t number) {
   interface_entry *entry = &model.interfaces.edit()->at[number];
   entry->changed = next_change(model);
   return entry;
+}
+
+void interface_remove(switch_model &model, uint32_t number) {
+  vlans_forget_interface(model, number);
+  mac_locks_forget(model, number);
+  addresses_forget(model, number);
+  counters_forget(model, number);
+  interface_entry *entry = interface_edit(model, number);
+  uint64_t change = entry->changed;
+  *entry = interface_entry();
+  entry->changed = change;
 }
 
 open_error_t interface_next_changed(const switch_model &model, uint32_t after, uint32_t *next,
@@ -183,7 +194,6 @@ open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uin
   interface_entry *entry = interface_edit(model, free);
   entry->exists = true;
   entry->routed_vlan = static_cast<uint16_t>(vlan);
-  counters_forget(model, free);
   *number = free;
   return OPEN_E_NONE;
 }
@@ -191,11 +201,7 @@ open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uin
 open_error_t interface_remove_vlan_routing(switch_model &model, uint32_t vlan) {
   uint32_t number = interface_of_vlan(model, vlan);
   if (number == 0) return OPEN_E_NOT_FOUND;
-  addresses_forget(model, number);
-  interface_entry *entry = interface_edit(model, number);
-  uint64_t change = entry->changed;
-  *entry = interface_entry();
-  entry->changed = change;
+  interface_remove(model, number);
   return OPEN_E_NONE;
 }
 

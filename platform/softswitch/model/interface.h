@@ -7,6 +7,7 @@
 #include "platform/api/openapi_if.h"
 #include "platform/api/openapi_vlan.h"
 #include "platform/softswitch/model/limits.h"
+#include "platform/softswitch/model/switchport.h"
 
 #include <cstdint>
 #include <string>
@@ -27,8 +28,9 @@ struct interface_entry {
   bool cabled = false;                          /* ports: a cable is in */
   bool far_end_up = true;                       /* ports: the other end of the cable is alive */
   bool link_up = false;                         /* ports: as the data plane reports */
-  uint16_t pvid = 1;                            /* ports and LAGs: VLAN of frames that come in untagged */
+  uint16_t pvid = 1;                            /* ports and LAGs: as set for switchport mode general */
   uint8_t accept_frames = OPEN_DOT1Q_ADMIT_ALL; /* ports and LAGs: OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t */
+  switchport_settings switchport;               /* ports and LAGs */
   uint16_t lag = 0;                             /* ports: number of the LAG that it is a member of, or 0 */
   uint16_t routed_vlan = 0;                     /* VLAN routing interfaces: the VLAN */
   uint64_t changed = 0;                         /* number of its latest change, its removal included */
@@ -46,8 +48,10 @@ void interfaces_make(switch_model &model);
 void interfaces_reset(switch_model &model);
 
 bool interface_exists(const switch_model &model, uint32_t number);
-/* The same as a result: OPEN_E_NONE, OPEN_E_PARAM for a number outside every range of limits.h,
- * OPEN_E_NOT_FOUND for any other. */
+/* What a number that means no fitting interface is refused with: OPEN_E_PARAM when it is outside every range
+ * of limits.h, otherwise OPEN_E_NOT_FOUND. */
+open_error_t interface_refusal(uint32_t number);
+/* Whether it exists, as a result: OPEN_E_NONE or that refusal. */
 open_error_t interface_check(const switch_model &model, uint32_t number);
 /* The type of an interface that exists. */
 OPEN_INTF_TYPE_t interface_type(uint32_t number);
@@ -56,6 +60,12 @@ bool interface_switches(const switch_model &model, uint32_t number);
 /* The same as a result, with the codes of interface_check(). */
 open_error_t interface_switches_check(const switch_model &model, uint32_t number);
 bool interface_is_port(const switch_model &model, uint32_t number);
+/* Calls `use` with the number of each port and LAG that exists. */
+template <typename Use> void each_switching_interface(const switch_model &model, Use use) {
+  for (uint32_t number = port_first; number <= lag_last; number++) {
+    if (interface_switches(model, number)) use(number);
+  }
+}
 /* Name of an interface: as the profile says for ports, "3/1".. for LAGs, "cpu", "loopback0".., "vlan10" for
  * the routing interface of VLAN 10. Empty when there is no such interface. */
 std::string interface_name(const switch_model &model, uint32_t number);
@@ -71,6 +81,9 @@ open_error_t interface_next(const switch_model &model, uint32_t type, uint32_t s
 
 /* An interface for changing, its change noted. The caller has checked that it exists. */
 interface_entry *interface_edit(switch_model &model, uint32_t number);
+/* Removes an interface with all that any family keeps about it. The caller has checked that it exists and
+ * that nothing else refers to it. */
+void interface_remove(switch_model &model, uint32_t number);
 
 /* The first interface above `after` with a pending change. OPEN_E_FAIL when there is none. */
 open_error_t interface_next_changed(const switch_model &model, uint32_t after, uint32_t *next,

@@ -64,7 +64,7 @@ static bool vlan_has_link(const switch_model &model, uint32_t id) {
   const vlan_entry *vlan = vlan_find(model, id);
   if (!vlan) return false;
   for (uint32_t number = port_first; number <= lag_last; number++) {
-    bool member = interface_switches(model, number) && vlan_has_member(*vlan, number);
+    bool member = interface_switches(model, number) && vlan_has_member(model, *vlan, number);
     if (member && interface_has_link(model, number)) return true;
   }
   return false;

@@ -11,6 +11,7 @@ struct limit_name {
 static constexpr limit_name limit_names[] = {
     {"vlans", &limits::vlans},
     {"vlan-routing-interfaces", &limits::vlan_routing_interfaces},
+    {"lag-members", &limits::lag_members},
     {"static-macs", &limits::static_macs},
     {"secondary-addresses", &limits::secondary_addresses},
     {"ipv6-addresses", &limits::ipv6_addresses},

@@ -37,6 +37,7 @@ inline constexpr uint32_t description_max = 64; /* bytes of an interface's descr
 struct limits {
   uint32_t vlans = 4094;
   uint32_t vlan_routing_interfaces = 128;
+  uint32_t lag_members = 32;           /* of one LAG */
   uint32_t static_macs = 20;           /* locked on one port or LAG */
   uint32_t secondary_addresses = 31;   /* IPv4, of one interface */
   uint32_t ipv6_addresses = 32;        /* of one interface */

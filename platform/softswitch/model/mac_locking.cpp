@@ -34,6 +34,7 @@ void mac_locking_reset(switch_model &model) {
 }
 
 void mac_locks_forget(switch_model &model, uint32_t interface) {
+  if (interface > lag_last) return; /* neither port nor LAG: nothing was ever locked */
   bool locked = mac_lock_next(model, interface, mac_address{}, 0) != nullptr;
   if (!locked && !model.mac_locking->sticky_mode[interface]) return;
   mac_locking_table *table = model.mac_locking.edit();

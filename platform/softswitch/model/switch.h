@@ -1,5 +1,5 @@
 /* The switch's state: what is configured, and what the outside world has made of it. Plain values; the rules
- * stand with the nouns (interface.h, vlan.h). A copy is cheap (shared_table.h).
+ * stand with the nouns (interface.h, lag.h, switchport.h, vlan.h). A copy is cheap (shared_table.h).
  *
  * Operations of the nouns take the model first and return an open_error_t of the platform interface. One that
  * fails may leave the model half changed: callers work on a copy and take it over when all went well. */
@@ -10,9 +10,11 @@
 #include "platform/softswitch/model/addresses.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
+#include "platform/softswitch/model/lag.h"
 #include "platform/softswitch/model/limits.h"
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/shared_table.h"
+#include "platform/softswitch/model/switchport.h"
 #include "platform/softswitch/model/vlan.h"
 #include "platform/softswitch/services/profile.h"
 

@@ -23,8 +23,7 @@ const vlan_entry *vlan_find(const switch_model &model, uint32_t id) {
   return found ? &*place : nullptr;
 }
 
-/* An existing VLAN for changing, its change noted. */
-static vlan_entry *edit_vlan(switch_model &model, uint32_t id) {
+vlan_entry *vlan_edit(switch_model &model, uint32_t id) {
   vlan_entry *vlan = &*place_of(model.vlans.edit()->entries, id);
   vlan->changed = next_change(model);
   return vlan;
@@ -32,8 +31,7 @@ static vlan_entry *edit_vlan(switch_model &model, uint32_t id) {
 
 static member_set all_members(const switch_model &model) {
   member_set members;
-  for (uint32_t number = 0; number < members.size(); number++)
-    members[number] = interface_switches(model, number);
+  each_switching_interface(model, [&](uint32_t number) { members.set(number); });
   return members;
 }
 
@@ -94,30 +92,55 @@ open_error_t vlan_create(switch_model &model, uint32_t id) {
   if (!vlan_id_valid(id)) return OPEN_E_PARAM;
   if (vlan_exists(model, id)) return OPEN_E_EXISTS;
   if (table_is_full(model)) return OPEN_E_FULL;
-  insert_vlan(model, id);
+  const vlan_entry *vlan = insert_vlan(model, id);
+  /* Trunks with the VLAN in their list are members from the start. */
+  for (uint32_t interface = port_first; interface <= lag_last; interface++) {
+    bool may_be_trunk = model.interfaces->at[interface].switchport.trunk_vlans != nullptr;
+    if (may_be_trunk && vlan_has_member(model, *vlan, interface)) interface_edit(model, interface);
+  }
   return OPEN_E_NONE;
 }
 
-/* An interface is touched by the deletion of a VLAN when it had any setting in it. */
+/* An interface is touched by the deletion of a VLAN when it had any setting in it or was a member. */
 static void release_interfaces(switch_model &model, const vlan_entry &vlan) {
   member_set configured = vlan.included | vlan.excluded | vlan.tagged;
-  for (uint32_t number = 0; number < configured.size(); number++) {
-    bool pvid = model.interfaces->at[number].pvid == vlan.id;
-    if (!configured[number] && !pvid) continue;
-    interface_entry *entry = interface_edit(model, number);
-    if (pvid) entry->pvid = 1;
-  }
+  each_switching_interface(model, [&](uint32_t interface) {
+    bool touched = configured[interface] || vlan_has_member(model, vlan, interface);
+    if (touched) interface_edit(model, interface);
+    if (model.interfaces->at[interface].pvid == vlan.id) interface_edit(model, interface)->pvid = 1;
+    switchport_release_vlan(model, interface, vlan.id);
+  });
 }
 
 open_error_t vlan_delete(switch_model &model, uint32_t id) {
   open_error_t rc = vlan_check(model, id);
   if (rc != OPEN_E_NONE) return rc;
   if (id == 1 || interface_of_vlan(model, id) != 0) return OPEN_E_FAIL;
-  vlan_entry *vlan = edit_vlan(model, id);
+  vlan_entry *vlan = vlan_edit(model, id);
   vlan->exists = false;
   release_interfaces(model, *vlan);
   mac_locks_release_vlan(model, id);
   return OPEN_E_NONE;
+}
+
+void vlans_welcome_interface(switch_model &model, uint32_t interface) {
+  vlan_edit(model, 1)->included.set(interface);
+}
+
+void vlans_forget_interface(switch_model &model, uint32_t interface) {
+  if (!interface_switches(model, interface)) return;
+  vlan_set touched;
+  for (const vlan_entry &vlan : model.vlans->entries) {
+    bool configured = vlan.included[interface] || vlan.excluded[interface] || vlan.tagged[interface];
+    touched[vlan.id] = vlan.exists && (configured || vlan_has_member(model, vlan, interface));
+  }
+  for (uint32_t id = vlan_id_min; id <= vlan_id_max; id++) {
+    if (!touched[id]) continue;
+    vlan_entry *vlan = vlan_edit(model, id);
+    vlan->included.reset(interface);
+    vlan->excluded.reset(interface);
+    vlan->tagged.reset(interface);
+  }
 }
 
 open_error_t vlan_next(const switch_model &model, uint32_t after, uint32_t *next) {
@@ -160,7 +183,7 @@ open_error_t vlan_set_name(switch_model &model, uint32_t id, std::string_view na
   if (name.size() >= sizeof vlan->name) return OPEN_E_PARAM;
   if (has_control_character(name)) return OPEN_E_PARAM;
   if (name == vlan->name) return OPEN_E_NONE;
-  vlan_entry *changed = edit_vlan(model, id);
+  vlan_entry *changed = vlan_edit(model, id);
   memset(changed->name, 0, sizeof changed->name);
   memcpy(changed->name, name.data(), name.size());
   return OPEN_E_NONE;
@@ -182,14 +205,10 @@ open_error_t vlan_set_participation(switch_model &model, uint32_t id, uint32_t i
   if (mode > OPEN_VLAN_PARTICIPATION_MODE_EXCLUDE) return OPEN_E_PARAM;
   if (vlan_participation(*vlan_find(model, id), interface) == mode) return OPEN_E_NONE;
   interface_edit(model, interface);
-  vlan_entry *vlan = edit_vlan(model, id);
+  vlan_entry *vlan = vlan_edit(model, id);
   vlan->included[interface] = mode == OPEN_VLAN_PARTICIPATION_MODE_INCLUDE;
   vlan->excluded[interface] = mode == OPEN_VLAN_PARTICIPATION_MODE_EXCLUDE;
   return OPEN_E_NONE;
-}
-
-bool vlan_has_member(const vlan_entry &vlan, uint32_t interface) {
-  return vlan.included[interface];
 }
 
 open_error_t vlan_set_tagging(switch_model &model, uint32_t id, uint32_t interface, uint32_t tagged) {
@@ -198,7 +217,7 @@ open_error_t vlan_set_tagging(switch_model &model, uint32_t id, uint32_t interfa
   if (tagged > OPEN_ENABLE) return OPEN_E_PARAM;
   if (vlan_find(model, id)->tagged[interface] == (tagged == OPEN_ENABLE)) return OPEN_E_NONE;
   interface_edit(model, interface);
-  edit_vlan(model, id)->tagged[interface] = tagged == OPEN_ENABLE;
+  vlan_edit(model, id)->tagged[interface] = tagged == OPEN_ENABLE;
   return OPEN_E_NONE;
 }
 

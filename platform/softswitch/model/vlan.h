@@ -1,6 +1,7 @@
 /* VLANs (IEEE 802.1Q): which exist, their names, who takes part in them and how, and the port VLAN ids.
- * Members are ports and LAGs. The rules of the whole family stand here; vlan lines of the configuration
- * language and the C interface only translate.
+ * Members are ports and LAGs. What is set here of an interface is in force while its mode is general;
+ * switchport.h says who is a member. The rules of the whole family stand here; vlan lines of the
+ * configuration language and the C interface only translate.
  *
  * Unless a function says otherwise: OPEN_E_PARAM for a VLAN id or interface number outside every range,
  * OPEN_E_NOT_FOUND when there is no such VLAN, port or LAG. An operation
@@ -27,10 +28,11 @@ struct vlan_entry {
   uint16_t id = 0;
   bool exists = false;             /* false: deleted, kept until the data plane has taken the deletion */
   char name[vlan_name_size] = {0}; /* empty when it has none */
-  member_set included;             /* configured as members; in neither set: autodetect */
-  member_set excluded;             /* configured never to be members */
-  member_set tagged;               /* frames leave with a tag */
-  uint64_t changed = 0;            /* number of its latest change, its deletion included */
+  /* As set for switchport mode general: */
+  member_set included;  /* members; in neither set: autodetect */
+  member_set excluded;  /* never members */
+  member_set tagged;    /* frames leave with a tag */
+  uint64_t changed = 0; /* number of its latest change, its deletion included */
 };
 
 struct vlan_table {
@@ -53,10 +55,19 @@ open_error_t vlan_check(const switch_model &model, uint32_t id);
 
 /* OPEN_E_PARAM: outside 1..4094. OPEN_E_EXISTS: exists already. OPEN_E_FULL: no room for another. */
 open_error_t vlan_create(switch_model &model, uint32_t id);
-/* Deletes a VLAN. Interfaces whose port VLAN id it was fall back to VLAN 1; MAC addresses locked in it are
- * released.
+/* Deletes a VLAN. Interfaces whose port VLAN id, access VLAN or native VLAN it was fall back to VLAN 1; MAC
+ * addresses locked in it are released.
  * OPEN_E_PARAM: outside 1..4094. OPEN_E_FAIL: VLAN 1, or a VLAN with a routing interface. */
 open_error_t vlan_delete(switch_model &model, uint32_t id);
+
+/* An existing VLAN for changing, its change noted. */
+vlan_entry *vlan_edit(switch_model &model, uint32_t id);
+
+/* Gives a new LAG what it has of VLANs in factory state: it is in VLAN 1. */
+void vlans_welcome_interface(switch_model &model, uint32_t interface);
+/* Forgets what was set of an interface in any VLAN. Noted as changed are the VLANs in which there was
+ * anything, and those in which it was a member. */
+void vlans_forget_interface(switch_model &model, uint32_t interface);
 
 /* The first VLAN above `after` (0..4094), and the first with a pending change (`delete_pending` 1 when that
  * is its deletion). OPEN_E_PARAM: `after` above 4094. OPEN_E_FAIL: there is none. */
@@ -73,13 +84,10 @@ open_error_t vlan_set_name(switch_model &model, uint32_t id, std::string_view na
 
 /* Participation of an interface that nobody has configured: include in VLAN 1, autodetect in others. */
 uint32_t vlan_factory_participation(uint32_t id);
-/* OPEN_VLAN_PARTICIPATION_MODE_t of a port or LAG in a VLAN. */
+/* OPEN_VLAN_PARTICIPATION_MODE_t that was set for a port or LAG in a VLAN. */
 uint32_t vlan_participation(const vlan_entry &vlan, uint32_t interface);
 /* OPEN_E_PARAM: unknown mode. */
 open_error_t vlan_set_participation(switch_model &model, uint32_t id, uint32_t interface, uint32_t mode);
-/* Whether a port or LAG is a member right now. Nothing is learnt dynamically so far, so that is whether it is
- * included. */
-bool vlan_has_member(const vlan_entry &vlan, uint32_t interface);
 
 /* OPEN_E_PARAM: neither 0 nor 1. */
 open_error_t vlan_set_tagging(switch_model &model, uint32_t id, uint32_t interface, uint32_t tagged);

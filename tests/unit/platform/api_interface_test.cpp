@@ -415,12 +415,9 @@ TEST_F(Interface, LinkNeedsCableFarEndAndAPortThatIsNotShut) {
 }
 
 TEST_F(Interface, LagIsUpWhenItIsEnabledAndAMemberHasLink) {
-  {
-    softswitch::locked_switch model;
-    softswitch::interface_edit(*model, 6)->lag = lag;
-    softswitch::interface_edit(*model, 9)->lag = lag; /* without a cable */
-    softswitch::interface_edit(*model, 7)->lag = 57;
-  }
+  ASSERT_EQ(commit("interface 0/6 lag 1"), OPEN_E_NONE);
+  ASSERT_EQ(commit("interface 0/9 lag 1"), OPEN_E_NONE); /* without a cable */
+  ASSERT_EQ(commit("interface 0/7 lag 2"), OPEN_E_NONE);
   EXPECT_TRUE(up(lag));
   EXPECT_TRUE(up(57));
   EXPECT_FALSE(up(58));
@@ -439,8 +436,8 @@ TEST_F(Interface, VlanRoutingInterfaceIsUpWhenAMemberOfItsVlanHasLink) {
   {
     softswitch::locked_switch model;
     ASSERT_EQ(softswitch::interface_make_vlan_routing(*model, 10, &number), OPEN_E_NONE);
-    softswitch::interface_edit(*model, 7)->lag = lag;
   }
+  ASSERT_EQ(commit("interface 0/7 lag 1"), OPEN_E_NONE);
   EXPECT_FALSE(up(number)) << "no member";
   ASSERT_EQ(commit("interface 0/9 vlan 10 participation include"), OPEN_E_NONE);
   EXPECT_FALSE(up(number)) << "the member has no link";

@@ -304,10 +304,32 @@ TEST_F(Vlans, MembershipOfWhatDoesNotExistIsNotFound) {
     EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(&handle, 1, interface, 0), result) << interface;
     EXPECT_EQ(openapiVlanIfTaggingGet(&handle, interface, 1, &value), result) << interface;
     EXPECT_EQ(rpcclt_openapiVlanIfTaggingSet(&handle, interface, 1, 1), result) << interface;
-    EXPECT_EQ(openapiVlanIfPvidGet(&handle, interface, &value), result) << interface;
     EXPECT_EQ(rpcclt_openapiVlanIfPvidSet(&handle, interface, 1), result) << interface;
-    EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeGet(&handle, interface, &value), result) << interface;
     EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeSet(&handle, interface, 1), result) << interface;
+  }
+}
+
+TEST_F(Vlans, InterfacesThatDoNotSwitchReadAsWithoutPortVlanIdAndLettingAllFramesIn) {
+  ASSERT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeSet(&handle, 1, 2), OPEN_E_NONE);
+  {
+    softswitch::locked_switch model;
+    ASSERT_EQ(interface_make_vlan_routing(*model, 1, &value), OPEN_E_NONE);
+  }
+  for (uint32_t interface : {55u, 120u, 127u, 226u}) {
+    EXPECT_EQ(pvid(interface), 0u) << interface;
+    EXPECT_EQ(accept_frames(interface), OPEN_DOT1Q_ADMIT_ALL) << interface;
+  }
+  softswitch::locked_switch model;
+  ASSERT_EQ(interface_remove_vlan_routing(*model, 1), OPEN_E_NONE);
+}
+
+TEST_F(Vlans, PortVlanIdAndAcceptedFramesOfNoInterfaceAreNotFound) {
+  const refused_number no_interfaces[] = {{226, OPEN_E_NOT_FOUND}, {353, OPEN_E_NOT_FOUND},
+                                          {0, OPEN_E_PARAM},       {128, OPEN_E_PARAM},
+                                          {354, OPEN_E_PARAM},     {UINT32_MAX, OPEN_E_PARAM}};
+  for (const auto &[interface, result] : no_interfaces) {
+    EXPECT_EQ(openapiVlanIfPvidGet(&handle, interface, &value), result) << interface;
+    EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeGet(&handle, interface, &value), result) << interface;
   }
 }
 

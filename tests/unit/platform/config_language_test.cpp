@@ -142,6 +142,26 @@ TEST(Language, GoodLinesGiveTheirConfiguration) {
       {"interface 0/9 accept-frames untagged", vlans + "interface 0/9 accept-frames untagged\n"},
       {"interface 0/9 accept-frames all", vlans},
       {"no interface 0/9 accept-frames", vlans},
+      {"lag 1", vlans},
+      {"no lag 64", vlans + "no lag 64\n"},
+      {"interface 0/1 lag 64", vlans + "interface 0/1 lag 64\n"},
+      {"no interface 0/1 lag", vlans},
+      {"interface 0/1 switchport mode trunk", vlans + "interface 0/1 switchport mode trunk\n"},
+      {"interface 3/1 switchport mode access", vlans + "interface 3/1 switchport mode access\n"},
+      {"interface 0/1 switchport mode general", vlans},
+      {"no interface 0/1 switchport mode", vlans},
+      {"interface 0/1 switchport access vlan 10", vlans + "interface 0/1 switchport access vlan 10\n"},
+      {"interface 0/1 switchport access vlan 1", vlans},
+      {"no interface 0/1 switchport access vlan", vlans},
+      {"interface 0/1 switchport trunk native vlan 10",
+       vlans + "interface 0/1 switchport trunk native vlan 10\n"},
+      {"no interface 0/1 switchport trunk native vlan", vlans},
+      {"interface 0/1 switchport trunk vlans add 4094,1-3,2",
+       vlans + "interface 0/1 switchport trunk vlans add 1-3,4094\n"},
+      {"interface 3/64 switchport trunk vlans only 40",
+       vlans + "interface 3/64 switchport trunk vlans add 40\n"},
+      {"interface 0/1 switchport trunk vlans remove 1-4094", vlans},
+      {"no interface 0/1 switchport trunk vlans", vlans},
   };
   for (const auto &[line, expected] : rows) {
     switch_model model = prepared();
@@ -160,6 +180,13 @@ TEST(Language, UndoLinesTakeBackWhatTheirLinesSet) {
       {"interface 0/1 vlan 1,10 tagging", "no interface 0/1 vlan 1,10 tagging"},
       {"interface 0/1 pvid 10", "no interface 0/1 pvid"},
       {"interface 0/1 accept-frames tagged", "no interface 0/1 accept-frames"},
+      {"no lag 5", "lag 5"},
+      {"interface 0/1 lag 5", "no interface 0/1 lag"},
+      {"interface 0/1 switchport mode access", "no interface 0/1 switchport mode"},
+      {"interface 0/1 switchport access vlan 10", "no interface 0/1 switchport access vlan"},
+      {"interface 0/1 switchport trunk native vlan 10", "no interface 0/1 switchport trunk native vlan"},
+      {"interface 0/1 switchport trunk vlans add 10-20", "no interface 0/1 switchport trunk vlans"},
+      {"interface 0/1 switchport trunk vlans add 10-20", "interface 0/1 switchport trunk vlans remove 10-20"},
   };
   for (const auto &[line, undo] : rows) {
     switch_model model = prepared();
@@ -243,6 +270,29 @@ TEST(Language, NearMissesNameTheirReason) {
        "the line ends too early: all|tagged|untagged is missing"},
       {"interface 0/1 accept-frames none", OPEN_E_PARAM, "\"none\" is none of all|tagged|untagged"},
       {"vlan \"10", OPEN_E_PARAM, "the closing quote is missing"},
+      {"lag", OPEN_E_PARAM, "the line ends too early: <port-channel> is missing"},
+      {"lag 0", OPEN_E_PARAM, "port-channel id out of range 1..64"},
+      {"no lag 65", OPEN_E_PARAM, "port-channel id out of range 1..64"},
+      {"lag 99999999999999999999", OPEN_E_PARAM, "port-channel id out of range 1..64"},
+      {"lag 01", OPEN_E_PARAM, "\"01\" is not a port-channel id"},
+      {"lag 3/1", OPEN_E_PARAM, "\"3/1\" is not a port-channel id"},
+      {"lag 1-2", OPEN_E_PARAM, "\"1-2\" is not a port-channel id"},
+      {"interface 0/1 lag", OPEN_E_PARAM, "the line ends too early: <port-channel> is missing"},
+      {"interface 3/1 lag 2", OPEN_E_NOT_FOUND, "3/1 is a LAG itself"},
+      {"no interface 3/1 lag", OPEN_E_NOT_FOUND, "3/1 is a LAG itself"},
+      {"no interface 0/1 lag 1", OPEN_E_PARAM, "\"1\" is not expected here"},
+      {"interface 0/1 switchport", OPEN_E_PARAM, "the line ends too early: mode is missing"},
+      {"interface 0/1 switchport mode", OPEN_E_PARAM,
+       "the line ends too early: general|access|trunk is missing"},
+      {"interface 0/1 switchport mode Trunk", OPEN_E_PARAM, "\"Trunk\" is none of general|access|trunk"},
+      {"interface 0/1 switchport access vlan 11", OPEN_E_NOT_FOUND, "VLAN 11 does not exist"},
+      {"interface 0/1 switchport access vlan 0", OPEN_E_PARAM, "VLAN id out of range 1..4094"},
+      {"interface 0/1 switchport trunk native vlan 11", OPEN_E_NOT_FOUND, "VLAN 11 does not exist"},
+      {"interface 0/1 switchport trunk vlans 10", OPEN_E_PARAM, "\"10\" is none of add|remove|only"},
+      {"interface 0/1 switchport trunk vlans add", OPEN_E_PARAM,
+       "the line ends too early: <vlan-list> is missing"},
+      {"interface 0/1 switchport trunk vlans add \"\"", OPEN_E_PARAM, "\"\" is not a VLAN id"},
+      {"interface cpu switchport mode trunk", OPEN_E_PARAM, "there is no port or LAG \"cpu\""},
   };
   for (const auto &row : rows) {
     switch_model model = prepared();
@@ -258,6 +308,52 @@ TEST(Language, FullTableSaysHowMuchThereIsRoomFor) {
   ASSERT_TRUE(limit_override(&model.limits, "vlans", 5));
   EXPECT_EQ(apply_line(model, "vlan 10,40-41", &error), OPEN_E_FULL);
   EXPECT_EQ(error, "VLAN 41: there is room for 5 VLANs only");
+}
+
+TEST(Language, LinesThatNameADeletedLagAreRefused) {
+  const struct {
+    const char *line;
+    open_error_t code;
+    const char *error;
+  } rows[] = {
+      {"no lag 1", OPEN_E_NOT_FOUND, "port-channel 1 does not exist"},
+      {"interface 0/1 lag 1", OPEN_E_NOT_FOUND, "port-channel 1 does not exist"},
+      {"interface 3/1 pvid 1", OPEN_E_PARAM, "there is no port or LAG \"3/1\""},
+      {"interface 3/1 vlan 10 tagging", OPEN_E_PARAM, "there is no port or LAG \"3/1\""},
+      {"interface 3/1 switchport mode trunk", OPEN_E_PARAM, "there is no port or LAG \"3/1\""},
+      {"no interface 3/1 switchport trunk vlans", OPEN_E_PARAM, "there is no port or LAG \"3/1\""},
+  };
+  switch_model model = prepared();
+  std::string error;
+  ASSERT_EQ(apply_line(model, "no lag 1", &error), OPEN_E_NONE) << error;
+  for (const auto &row : rows) {
+    EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
+    EXPECT_EQ(error, row.error) << row.line;
+  }
+  EXPECT_EQ(print_configuration(model), "vlan 10,20,30\nno lag 1\n");
+}
+
+TEST(Language, PortThatCannotJoinALagIsToldWhy) {
+  switch_model model = prepared();
+  std::string error;
+  ASSERT_TRUE(limit_override(&model.limits, "lag-members", 1));
+  ASSERT_EQ(apply_line(model, "interface 0/1 lag 5", &error), OPEN_E_NONE) << error;
+  EXPECT_EQ(apply_line(model, "interface 0/1 lag 5", &error), OPEN_E_NONE) << "it is one already";
+  EXPECT_EQ(apply_line(model, "interface 0/1 lag 6", &error), OPEN_E_FAIL);
+  EXPECT_EQ(error, "0/1 is a member of port-channel 5");
+  EXPECT_EQ(apply_line(model, "interface 0/2 lag 5", &error), OPEN_E_FULL);
+  EXPECT_EQ(error, "port-channel 5: there is room for 1 members only");
+}
+
+TEST(Language, LongListsOfATrunkAreCutIntoSeveralLinesThatAdd) {
+  switch_model model = factory();
+  std::string error;
+  ASSERT_EQ(
+      apply_line(model, "interface 0/1 switchport trunk vlans only 1,3,5,7,9,11,13,15,17,19-4094", &error),
+      OPEN_E_NONE)
+      << error;
+  EXPECT_EQ(print_configuration(model), "interface 0/1 switchport trunk vlans add 1,3,5,7,9,11,13,15\n"
+                                        "interface 0/1 switchport trunk vlans add 17,19-4094\n");
 }
 
 TEST(Language, VlanWithARoutingInterfaceIsNotDeleted) {
@@ -323,13 +419,22 @@ TEST(Language, ConfigurationIsPrintedInTheOrderOfTheTable) {
   std::string error;
   const char *text = "vlan 10,20\n"
                      "vlan 10 name blue\n"
+                     "no lag 2\n"
+                     "no lag 63\n"
                      "interface 0/2 vlan 20 participation include\n"
                      "interface 0/2 vlan 1 participation auto\n"
                      "interface 0/2 vlan 10 participation exclude\n"
                      "interface 3/1 vlan 10 participation include\n"
                      "interface 0/1 vlan 10,20 tagging\n"
                      "interface 0/1 pvid 10\n"
-                     "interface 0/3 accept-frames untagged\n";
+                     "interface 0/3 accept-frames untagged\n"
+                     "interface 0/1 switchport mode access\n"
+                     "interface 3/1 switchport mode trunk\n"
+                     "interface 0/2 switchport access vlan 10\n"
+                     "interface 0/1 switchport trunk native vlan 20\n"
+                     "interface 0/1 switchport trunk vlans add 10-4094\n"
+                     "interface 0/5 lag 3\n"
+                     "interface 0/6 lag 1\n";
   ASSERT_TRUE(apply_text(model, text, &error)) << error;
   EXPECT_EQ(print_configuration(model), text);
 }

@@ -42,6 +42,37 @@ TEST(WantedState, PortsInSoftShutdownAreNotEnabled) {
   EXPECT_FALSE(wanted->ports[56].enabled);
 }
 
+TEST(WantedState, FollowsSwitchportModesAndLags) {
+  switch_model model = make_switch(built_in_profile());
+  std::string error;
+  ASSERT_TRUE(
+      apply_text(model,
+                 "vlan 10,20\n"
+                 "interface 0/1 switchport mode access\ninterface 0/1 switchport access vlan 10\n"
+                 "interface 0/2 switchport mode trunk\ninterface 0/2 switchport trunk native vlan 20\n"
+                 "interface 0/2 switchport trunk vlans add 10-30\n"
+                 "interface 0/3 vlan 10 participation include\ninterface 0/3 lag 1\n"
+                 "interface 0/4 switchport mode access\ninterface 0/4 lag 1\n"
+                 "interface 3/1 vlan 10 participation include\ninterface 3/1 vlan 10 tagging\n"
+                 "no lag 64\n",
+                 &error))
+      << error;
+  std::unique_ptr<const wanted_state> wanted = compile_wanted(model);
+  ASSERT_EQ(wanted->vlans.size(), 3u);
+  EXPECT_EQ(wanted->vlans[0].members.count(), 54u + 64u - 5u) << "without 0/1 to 0/4 and 3/64";
+  EXPECT_EQ(wanted->vlans[1].members, member_set().set(1).set(2).set(56));
+  EXPECT_EQ(wanted->vlans[1].tagged, member_set().set(2).set(56));
+  EXPECT_EQ(wanted->vlans[2].members, member_set().set(2));
+  EXPECT_EQ(wanted->vlans[2].tagged, member_set());
+  EXPECT_EQ(wanted->ports[1].pvid, 10);
+  EXPECT_EQ(wanted->ports[2].pvid, 20);
+  EXPECT_EQ(wanted->ports[2].lag, 0);
+  EXPECT_EQ(wanted->ports[3].lag, 56);
+  EXPECT_EQ(wanted->ports[4].lag, 56);
+  EXPECT_TRUE(wanted->ports[56].enabled);
+  EXPECT_FALSE(wanted->ports[119].enabled) << "there is no such LAG";
+}
+
 TEST(NoneDriver, LinkIsUpWhenPortIsEnabledAndConnected) {
   switch_model model = make_switch(built_in_profile());
   interface_edit(model, 2)->enabled = false;

@@ -63,8 +63,8 @@ TEST(Interfaces, ProfileSaysHowManyPortsThereAre) {
   EXPECT_FALSE(interface_switches(model, 3));
   EXPECT_TRUE(model.interfaces->at[1].cabled);
   EXPECT_FALSE(model.interfaces->at[2].cabled);
-  EXPECT_TRUE(vlan_has_member(*vlan_find(model, 1), 2));
-  EXPECT_FALSE(vlan_has_member(*vlan_find(model, 1), 3));
+  EXPECT_TRUE(vlan_has_member(model, *vlan_find(model, 1), 2));
+  EXPECT_FALSE(vlan_has_member(model, *vlan_find(model, 1), 3));
 }
 
 TEST(Interfaces, OnlyPortsAndLagsSwitch) {
@@ -74,6 +74,14 @@ TEST(Interfaces, OnlyPortsAndLagsSwitch) {
   EXPECT_TRUE(interface_switches(model, 56));
   EXPECT_TRUE(interface_switches(model, 119));
   EXPECT_FALSE(interface_switches(model, 120));
+}
+
+TEST(Interfaces, NobodyButPortsAndLagsIsAMember) {
+  switch_model model = make_switch(built_in_profile());
+  for (uint32_t number : {0u, 55u, 120u, 226u, 353u, 354u, UINT32_MAX}) {
+    EXPECT_FALSE(vlan_has_member(model, *vlan_find(model, 1), number)) << number;
+    EXPECT_EQ(pvid_in_force(model, number), 0u) << number;
+  }
 }
 
 TEST(Interfaces, UnknownSelectorsOfAWalkAreRefused) {
@@ -149,6 +157,9 @@ TEST(Limits, CanBeLoweredByNameButNotRaised) {
   EXPECT_EQ(limits.vlans, 2u);
   EXPECT_TRUE(limit_override(&limits, "vlans", 4094));
   EXPECT_FALSE(limit_override(&limits, "vlans", 4095));
+  EXPECT_TRUE(limit_override(&limits, "lag-members", 1));
+  EXPECT_EQ(limits.lag_members, 1u);
+  EXPECT_FALSE(limit_override(&limits, "lag-members", 33));
   EXPECT_FALSE(limit_override(&limits, "vlan", 1));
   EXPECT_FALSE(limit_override(&limits, "", 1));
   EXPECT_EQ(limits.vlans, 4094u);
