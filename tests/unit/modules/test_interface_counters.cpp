@@ -187,15 +187,10 @@ TEST_F(InterfaceCounterTest, NoCounterIsReadAfterAFailure) {
   lab("fault clear");
 }
 
-TEST_F(InterfaceCounterTest, NumbersOutsideEveryRangeAnswer99) {
-  for (const char *ifNum : {"0", "200", "354", "2147483648"}) {
+TEST_F(InterfaceCounterTest, InterfacesThatDoNotExistHaveNoCounters) {
+  for (const char *ifNum : {"0", "200", "226", "354", "2147483648"}) {
     EXPECT_EQ(get(std::string("/if/") + ifNum + "/counters"), expected_platform_error(OPEN_E_PARAM)) << ifNum;
   }
-}
-
-/* The platform tells an absent interface as it tells an absent counter. */
-TEST_F(InterfaceCounterTest, InterfaceThatCouldExistAndDoesNotHasAnEmptyList) {
-  EXPECT_EQ(get("/if/226/counters"), expected_counters({}));
 }
 
 /* --- Resetting -------------------------------------------------------------------------------------------

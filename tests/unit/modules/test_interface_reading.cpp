@@ -37,14 +37,14 @@ TEST_F(InterfaceTest, OtherTypesOfInterfacesAreDescribed) {
   cpu.pvid = 0;
   EXPECT_EQ(get("/if/55"), expected_details(cpu));
 
-  interface_details lag = {56, "3/1", "02:00:5E:00:00:79"};
+  interface_details lag = {56, "3/1", "02:00:5E:00:00:7A"};
   lag.speed = "LAG";
   lag.auto_neg = "unknown";
   lag.link = "down";
   EXPECT_EQ(get("/if/56"), expected_details(lag));
   lag.ifNum = 119;
   lag.name = "3/64";
-  lag.mac = "02:00:5E:00:00:B8";
+  lag.mac = "02:00:5E:00:00:B9";
   EXPECT_EQ(get("/if/119"), expected_details(lag));
 
   interface_details loopback = cpu;
@@ -59,7 +59,7 @@ TEST_F(InterfaceTest, OtherTypesOfInterfacesAreDescribed) {
 TEST_F(InterfaceTest, LagWithALinkIsUp) {
   ASSERT_EQ(rpcclt_openapiLagPortAdd(handle, 56, 3), OPEN_E_NONE);
   wait_applied();
-  interface_details lag = {56, "3/1", "02:00:5E:00:00:79"};
+  interface_details lag = {56, "3/1", "02:00:5E:00:00:7A"};
   lag.speed = "LAG";
   lag.auto_neg = "unknown";
   EXPECT_EQ(get("/if/56"), expected_details(lag));

@@ -52,7 +52,7 @@ TEST_F(LagTest, MembersAreListedInAscendingOrder) {
 
 TEST_F(LagTest, IdsWithoutALagAnswer99) {
   for (const char *id :
-       {"0", "000", "65", "56", "119", "2147483647", "2147483648", "4294967297", "99999999999999999999"}) {
+       {"0", "000", "65", "119", "2147483647", "2147483648", "4294967297", "99999999999999999999"}) {
     EXPECT_EQ(get(std::string("/lag/") + id), expected_platform_error(OPEN_E_PARAM)) << id;
     std::string member = std::string("/lag/") + id + "/port/5";
     for (const char *method : {"POST", "DELETE"}) {
