@@ -118,6 +118,15 @@ TEST_F(InterfaceTest, EverySettingShows) {
   EXPECT_EQ(get("/if/4"), expected_details(port_details(4)));
 }
 
+TEST_F(InterfaceTest, PortWhoseFarEndIsDownHasNoLink) {
+  interface_details details = port_details(3);
+  lab("link down 0/3");
+  details.link = "down";
+  EXPECT_EQ(get("/if/3"), expected_details(details));
+  lab("link up 0/3");
+  EXPECT_EQ(get("/if/3"), expected_details(port_details(3)));
+}
+
 struct word_row {
   uint32_t value;
   const char *word;

@@ -150,7 +150,7 @@ TEST_F(LagFailureTest, MembersMayFillTheBufferToTheLastEntry) {
 
 TEST_F(LagFailureTest, NoMoreMembersAreListedThanThereIsRoomFor) {
   bent_output room("rpcclt_openapiLagMaxMemberCountGet", 2);
-  for (uint32_t count : {0u, 1u, 2u, 3u, 4294967295u}) {
+  for (uint32_t count : {0u, 1u, 2u, 3u, 100000u}) {
     bent_output bent("rpcclt_openapiLagMembersGet", count);
     std::vector<unsigned> members = {3, 7};
     if (count < 2) members.resize(count);
