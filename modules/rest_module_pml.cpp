@@ -73,6 +73,7 @@ int api_pml_get_static_mac(openapiClientHandle_t *client_handle, mg_connection *
   node_t *tree = new_tree();
   node_t *interface = append_branch(tree, "interface");
   for (uint32_t position = 1; rc == OPEN_E_NONE; position++) {
+    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
     node_t *entry = append_entry(interface, position, "mac");
     append_tree_string(entry, "macAddr", "macAddr", mac.text);
     append_tree_int(entry, "vlan", "vlan", static_cast<int>(vlanId));
