@@ -41,6 +41,10 @@ enum {
   REQUEST_URI_SIZE = 256,   /* a URI has at most 255 characters, so no part of it outgrows this */
 };
 
+/* More than any switch has of whatever an answer lists. A walk over the platform that comes this far is one
+ * that never ends; it is given up before it fills the memory. */
+enum { MAX_LIST_ENTRIES = 16384 };
+
 /* --- Request variables of all requests ----------------------------------------------------------------- */
 
 /* The method: the variable "method" overrides the HTTP method. Both count by their beginning, in any case

@@ -47,10 +47,12 @@ private:
   char *text_ = nullptr;
 };
 
-/* A zero-filled buffer for a text of at most 255 characters, on the stack. */
+/* A zero-filled buffer of 256 bytes for a text, on the stack. The byte behind them is not the platform's, so
+ * that its text always ends. */
 struct platform_text_256 {
-  char text[256] = {};
-  open_buffdesc desc = {sizeof text, text};
+  static constexpr uint32_t SIZE = 256;
+  char text[SIZE + 1] = {};
+  open_buffdesc desc = {SIZE, text};
 };
 
 #endif

@@ -31,8 +31,9 @@ void append_secondary_ipv4(openapiClientHandle_t *client_handle, uint32_t ifNum,
   open_inet_pfx_t prefix = {};
   uint32_t index = 0;
   node_t *list = nullptr;
-  while (rpcclt_openapiRtrIntfSecIpAddrGet(client_handle, OPEN_AF_INET, ifNum, &prefix, &index) ==
-         OPEN_E_NONE) {
+  int room = MAX_LIST_ENTRIES;
+  while (room-- > 0 && rpcclt_openapiRtrIntfSecIpAddrGet(client_handle, OPEN_AF_INET, ifNum, &prefix,
+                                                         &index) == OPEN_E_NONE) {
     if (list == nullptr) list = append_branch(tree, key);
     char position[16];
     snprintf(position, sizeof position, "%u", index);
@@ -44,6 +45,7 @@ void append_ipv6(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *t
   open_inet_pfx_t prefix = {};
   node_t *list = nullptr;
   for (uint32_t position = 1;
+       position <= MAX_LIST_ENTRIES &&
        rpcclt_openapiRtrIntfIpAddrGet(client_handle, OPEN_AF_INET6, ifNum, &prefix) == OPEN_E_NONE;
        position++) {
     if (list == nullptr) list = append_branch(tree, "ipv6_addresses");

@@ -422,6 +422,7 @@ int api_interface_get_list_pending(openapiClientHandle_t *client_handle, mg_conn
   /* The walk begins before the first interface and is over all types. */
   for (uint32_t position = 1;
        openapiIfNextChangedGet(client_handle, ifNum, &ifNum, &delete_pending) == OPEN_E_NONE; position++) {
+    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
     node_t *entry = append_entry(interfaces, position, "interface");
     append_tree_int(entry, "ifNum", "ifNum", static_cast<int>(ifNum));
     append_pending_type(entry, delete_pending);
@@ -450,6 +451,7 @@ static open_error_t append_participations(openapiClientHandle_t *client_handle, 
                                           node_t *participations) {
   uint32_t vlanId = 1, position = 0;
   do {
+    if (position == MAX_LIST_ENTRIES) return OPEN_E_INTERNAL;
     uint32_t is_member = 0;
     open_error_t rc = openapiVlanIfParticipationStatusGet(client_handle, vlanId, ifNum, &is_member);
     if (rc != OPEN_E_NONE) return rc;

@@ -69,7 +69,8 @@ static open_error_t append_members(openapiClientHandle_t *client_handle, uint32_
   uint32_t count = max;
   rc = rpcclt_openapiLagMembersGet(client_handle, ifNum, &count, ports.get());
   if (rc != OPEN_E_NONE) return rc;
-  for (uint32_t i = 0; i < std::min(count, max); i++) {
+  count = std::min<uint32_t>({count, max, MAX_LIST_ENTRIES});
+  for (uint32_t i = 0; i < count; i++) {
     append_tree_int(append_entry(members, i + 1, "member"), "portNum", "portNum", static_cast<int>(ports[i]));
   }
   return OPEN_E_NONE;

@@ -19,8 +19,8 @@ enum {
 
 RC_t authenticate_user(openapiClientHandle_t *client_handle, const char *userName, const char *password) {
   platform_text_256 user, secret;
-  snprintf(user.text, sizeof user.text, "%s", userName);
-  snprintf(secret.text, sizeof secret.text, "%s", password);
+  snprintf(user.text, user.SIZE, "%s", userName);
+  snprintf(secret.text, secret.SIZE, "%s", password);
   open_buffdesc user_desc = describe_text(user.text);
   open_buffdesc secret_desc = describe_text(secret.text);
   OPEN_LOGIN_ACCESS_LEVELS_t level = OPEN_LOGIN_ACCESS_NONE;

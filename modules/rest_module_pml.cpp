@@ -73,11 +73,12 @@ int api_pml_get_static_mac(openapiClientHandle_t *client_handle, mg_connection *
   node_t *tree = new_tree();
   node_t *interface = append_branch(tree, "interface");
   for (uint32_t position = 1; rc == OPEN_E_NONE; position++) {
+    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
     node_t *entry = append_entry(interface, position, "mac");
     append_tree_string(entry, "macAddr", "macAddr", mac.text);
     append_tree_int(entry, "vlan", "vlan", static_cast<int>(vlanId));
     append_tree_string(entry, "sticky", "sticky", sticky_text(sticky));
-    mac.desc.size = sizeof mac.text; /* the platform made it the length of the text */
+    mac.desc.size = mac.SIZE; /* the platform made it the length of the text */
     rc = rpcclt_openapiPmlIntfStaticEntryGetNext(client_handle, ifNum, &mac.desc, &vlanId, &sticky);
   }
   return succeed(conn, tree, "Get interface static mac successfully.");

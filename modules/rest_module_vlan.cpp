@@ -126,6 +126,7 @@ int api_vlan_get_list(openapiClientHandle_t *client_handle, mg_connection *conn)
   node_t *vlans = append_branch(tree, "vlans");
   uint32_t vid = 1, position = 1; /* VLAN 1 always exists */
   do {
+    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
     append_tree_int(append_entry(vlans, position++, "vlan"), "id", "id", static_cast<int>(vid));
   } while (rpcclt_openapiVlanNextGet(client_handle, vid, &vid) == OPEN_E_NONE);
   return succeed(conn, tree, "Get data successfully.");
@@ -137,6 +138,7 @@ int api_vlan_get_list_pending(openapiClientHandle_t *client_handle, mg_connectio
   uint32_t vid = 1, delete_pending = 0; /* the walk begins after VLAN 1, which is never listed */
   for (uint32_t position = 1;
        openapiVlanNextChangedGet(client_handle, vid, &vid, &delete_pending) == OPEN_E_NONE; position++) {
+    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
     node_t *entry = append_entry(vlans, position, "vlan");
     append_tree_int(entry, "id", "id", static_cast<int>(vid));
     append_pending_type(entry, delete_pending);

@@ -288,9 +288,15 @@ TEST(PlatformTexts, HeapBufferIsZeroFilledAndAlwaysEnds) {
     ASSERT_EQ(text.read(&handle, tell_size, fill_up, 7), OPEN_E_NONE);
     EXPECT_EQ(text.text(), std::string(size, 'x'));
   }
+}
+
+TEST(PlatformTexts, StackBufferAlwaysEnds) {
   platform_text_256 text;
   EXPECT_EQ(text.desc.size, 256u);
   EXPECT_EQ(text.desc.pstart, text.text);
+  memset(text.desc.pstart, 'x', text.desc.size);
+  text.desc.size = UINT32_MAX; /* what stands behind the buffer is no terminator */
+  EXPECT_EQ(text.text, std::string(256, 'x'));
 }
 
 TEST(PlatformTexts, FailureOfEitherCallIsTheResult) {

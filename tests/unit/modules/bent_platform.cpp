@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <string.h>
 #include <sys/resource.h>
 
 struct bent_number {
@@ -28,15 +29,31 @@ bent_output::~bent_output() {
   bent_numbers.erase(function_);
 }
 
+static void bend(const std::string &name, uint32_t *output) {
+  auto bent = bent_numbers.find(name);
+  if (bent == bent_numbers.end()) return;
+  *output = bent->second.value;
+  bent->second.used = true;
+}
+
 /* Calls the library's function and then bends `output`, which is among its arguments or within one. */
 template <typename... Arguments>
 static open_error_t call_library(const char *function, uint32_t *output, Arguments... arguments) {
   typedef open_error_t (*library_function)(Arguments...);
   open_error_t rc = reinterpret_cast<library_function>(dlsym(RTLD_NEXT, function))(arguments...);
-  auto bent = bent_numbers.find(function);
-  if (bent == bent_numbers.end()) return rc;
-  *output = bent->second.value;
-  bent->second.used = true;
+  bend(function, output);
+  return rc;
+}
+
+/* The same for a function that reads a text: bent, it fills the whole buffer with a character, leaves out the
+ * terminator and says that the text is longer than the buffer. */
+static open_error_t read_from_library(const char *function, openapiClientHandle_t *handle, uint32_t ifNum,
+                                      open_buffdesc *text) {
+  uint32_t room = text->size, character = '\0';
+  open_error_t rc = call_library(function, &character, handle, ifNum, text);
+  if (character == '\0') return rc;
+  memset(text->pstart, static_cast<int>(character), room);
+  text->size = 2 * room + 1;
   return rc;
 }
 
@@ -111,14 +128,47 @@ open_error_t rpcclt_openapiIfSwitchportModeGet(openapiClientHandle_t *handle, ui
   return call_library(__func__, mode, handle, ifNum, mode);
 }
 
+open_error_t rpcclt_openapiIfNextGet(openapiClientHandle_t *handle, uint32_t type, uint32_t state,
+                                     uint32_t ifNum, uint32_t *nextIfNum) {
+  return call_library(__func__, nextIfNum, handle, type, state, ifNum, nextIfNum);
+}
+
 open_error_t openapiIfNextChangedGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *nextIfNum,
                                      uint32_t *deletePending) {
-  return call_library(__func__, deletePending, handle, ifNum, nextIfNum, deletePending);
+  open_error_t rc = call_library(__func__, deletePending, handle, ifNum, nextIfNum, deletePending);
+  bend("openapiIfNextChangedGet nextIfNum", nextIfNum);
+  return rc;
+}
+
+open_error_t openapiIfNameGet(openapiClientHandle_t *handle, uint32_t ifNum, open_buffdesc *name) {
+  return read_from_library(__func__, handle, ifNum, name);
+}
+
+open_error_t rpcclt_openapiIfMacAddrGet(openapiClientHandle_t *handle, uint32_t ifNum, open_buffdesc *mac) {
+  return read_from_library(__func__, handle, ifNum, mac);
+}
+
+open_error_t rpcclt_openapiVlanNextGet(openapiClientHandle_t *handle, uint32_t vlanId, uint32_t *nextVlanId) {
+  return call_library(__func__, nextVlanId, handle, vlanId, nextVlanId);
+}
+
+open_error_t openapiVlanNextChangedGet(openapiClientHandle_t *handle, uint32_t vlanId, uint32_t *nextVlanId,
+                                       uint32_t *deletePending) {
+  return call_library(__func__, nextVlanId, handle, vlanId, nextVlanId, deletePending);
 }
 
 open_error_t rpcclt_openapiRtrIntfIpAddrGet(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
                                             open_inet_pfx_t *prefix) {
-  return call_library(__func__, &prefix->pfxLen, handle, family, ifNum, prefix);
+  open_error_t rc = call_library(__func__, &prefix->pfxLen, handle, family, ifNum, prefix);
+  uint32_t bent_family = prefix->ipAddr.family;
+  bend("rpcclt_openapiRtrIntfIpAddrGet family", &bent_family);
+  prefix->ipAddr.family = static_cast<OPEN_AF_t>(bent_family);
+  return rc;
+}
+
+open_error_t rpcclt_openapiRtrIntfSecIpAddrGet(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
+                                               open_inet_pfx_t *prefix, uint32_t *index) {
+  return call_library(__func__, index, handle, family, ifNum, prefix, index);
 }
 
 open_error_t rpcclt_openapiLagPortChannelIdToIfNumZYL(openapiClientHandle_t *handle, uint32_t portChannelId,
@@ -153,6 +203,11 @@ open_error_t rpcclt_openapiPmlIntfStaticEntryGetFirst(openapiClientHandle_t *han
                                                       open_buffdesc *mac, uint32_t *vlanId,
                                                       uint32_t *sticky) {
   return call_library(__func__, sticky, handle, ifNum, mac, vlanId, sticky);
+}
+
+open_error_t rpcclt_openapiPmlIntfStaticEntryGetNext(openapiClientHandle_t *handle, uint32_t ifNum,
+                                                     open_buffdesc *mac, uint32_t *vlanId, uint32_t *sticky) {
+  return call_library(__func__, vlanId, handle, ifNum, mac, vlanId, sticky);
 }
 
 #if defined(__SANITIZE_ADDRESS__)

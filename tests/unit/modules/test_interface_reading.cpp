@@ -270,6 +270,18 @@ TEST_F(InterfaceTest, ListThatCannotGoOnAnswers99) {
   }
 }
 
+/* --- Texts -----------------------------------------------------------------------------------------------
+ */
+
+TEST_F(InterfaceTest, NameAndMacMayFillTheirBuffersToTheLastByte) {
+  bent_output name("openapiIfNameGet", 'n');
+  bent_output mac("rpcclt_openapiIfMacAddrGet", 'm');
+  interface_details details = port_details(3);
+  details.name = std::string(256, 'n');
+  details.mac = std::string(256, 'm');
+  EXPECT_EQ(get("/if/3"), expected_details(details));
+}
+
 /* --- Pending changes -------------------------------------------------------------------------------------
  */
 

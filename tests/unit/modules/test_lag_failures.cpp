@@ -158,6 +158,15 @@ TEST_F(LagFailureTest, NoMoreMembersAreListedThanThereIsRoomFor) {
   }
 }
 
+TEST_F(LagFailureTest, NoMoreMembersAreListedThanAnyListHas) {
+  bent_output room("rpcclt_openapiLagMaxMemberCountGet", 2 * MAX_LIST_ENTRIES);
+  bent_output bent("rpcclt_openapiLagMembersGet", 2 * MAX_LIST_ENTRIES);
+  std::vector<unsigned> members(MAX_LIST_ENTRIES);
+  members[0] = 3;
+  members[1] = 7;
+  EXPECT_TRUE(get("/lag/1") == expected_lag(1, members));
+}
+
 TEST_F(LagFailureTest, BuffersThatCannotBeAllocatedAnswer97) {
   little_memory limit;
   for (const char *function : {"rpcclt_openapiLagNameMaxLengthGet", "rpcclt_openapiLagMaxMemberCountGet"}) {
