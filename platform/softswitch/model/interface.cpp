@@ -60,6 +60,7 @@ void interfaces_reset(switch_model &model) {
   for (uint32_t number = port_first; number <= interface_last; number++) {
     interface_entry &entry = table->at[number];
     if (!entry.exists && !in_range(number, OPEN_INTF_TYPE_LAG)) continue;
+    if (in_range(number, OPEN_INTF_TYPE_VLAN_RTR)) counters_forget(model, number);
     entry = factory_interface(model, number);
     entry.changed = change;
   }
