@@ -51,8 +51,9 @@ open_error_t rpcclt_openapiIfNextGet(openapiClientHandle_t *handle, uint32_t typ
                                      uint32_t ifNum, uint32_t *nextIfNum);
 
 /* The next interface of any type after `ifNum` (0 begins; it need not exist) with a change that the data
- * plane has not taken yet. deletePending  1 when the pending change is its removal, else 0 OPEN_E_FAIL there
- * is none: the walk is over */
+ * plane has not taken yet.
+ *   deletePending  1 when the pending change is its removal, else 0
+ * OPEN_E_FAIL    there is none: the walk is over */
 open_error_t openapiIfNextChangedGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *nextIfNum,
                                      uint32_t *deletePending);
 
@@ -71,7 +72,8 @@ open_error_t rpcclt_openapiIfMacAddrGet(openapiClientHandle_t *handle, uint32_t 
 open_error_t rpcclt_openapiIfDescrSizeGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *max);
 
 /* Reads an interface's description. Here alone `size` comes back with the terminator counted, so that an
- * empty description is told by a size below 2. OPEN_E_PARAM   the buffer is too small */
+ * empty description is told by a size below 2.
+ * OPEN_E_PARAM   the buffer is too small */
 open_error_t rpcclt_openapiIfDescrGet(openapiClientHandle_t *handle, uint32_t ifNum, open_buffdesc *text);
 /* Sets an interface's description; empty removes it. Ports, LAGs and loopbacks have one.
  * OPEN_E_PARAM   too long, or a control character in it

@@ -60,6 +60,7 @@ void interfaces_reset(switch_model &model) {
   for (uint32_t number = port_first; number <= interface_last; number++) {
     interface_entry &entry = table->at[number];
     if (!entry.exists && !in_range(number, OPEN_INTF_TYPE_LAG)) continue;
+    if (in_range(number, OPEN_INTF_TYPE_VLAN_RTR)) counters_forget(model, number);
     entry = factory_interface(model, number);
     entry.changed = change;
   }
@@ -187,10 +188,15 @@ uint32_t interface_of_vlan(const switch_model &model, uint32_t vlan) {
 open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uint32_t *number) {
   if (!vlan_exists(model, vlan)) return OPEN_E_NOT_FOUND;
   if (interface_of_vlan(model, vlan) != 0) return OPEN_E_EXISTS;
-  uint32_t end = vlan_routing_first + model.limits.vlan_routing_interfaces;
-  uint32_t free = vlan_routing_first;
-  while (free < end && interface_exists(model, free)) free++;
-  if (free == end) return OPEN_E_FULL;
+  uint32_t free = 0, existing = 0;
+  for (uint32_t candidate = vlan_routing_last; candidate >= vlan_routing_first; candidate--) {
+    if (interface_exists(model, candidate)) {
+      existing++;
+    } else {
+      free = candidate;
+    }
+  }
+  if (existing >= model.limits.vlan_routing_interfaces) return OPEN_E_FULL;
   interface_entry *entry = interface_edit(model, free);
   entry->exists = true;
   entry->routed_vlan = static_cast<uint16_t>(vlan);

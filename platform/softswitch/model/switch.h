@@ -43,7 +43,7 @@ struct switch_model {
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, counters, readiness. */
+ * cables, counters (save of interfaces that go), readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */

@@ -114,13 +114,26 @@ vlan_set switchport_trunk_vlans(const switch_model &model, uint32_t interface) {
   return settings.trunk_vlans ? *settings.trunk_vlans : vlan_set();
 }
 
+static bool trunk_in_force(const interface_entry &entry) {
+  return entry.lag == 0 && entry.switchport.mode == OPEN_SWITCHPORT_MODE_TRUNK;
+}
+
+/* Notes as changed the VLANs that join or leave the list of a trunk. For the native VLAN it makes no
+ * difference. A long list is read from many lines, so no other VLANs are looked at. */
+static void note_trunk_vlans(switch_model &model, const vlan_set &changed, uint32_t native_vlan) {
+  for (uint32_t id = vlan_id_min; id <= vlan_id_max; id++) {
+    if (changed[id] && id != native_vlan && vlan_exists(model, id)) vlan_edit(model, id);
+  }
+}
+
 open_error_t switchport_set_trunk_vlans(switch_model &model, uint32_t interface, const vlan_set &vlans) {
   open_error_t rc = interface_switches_check(model, interface);
   if (rc != OPEN_E_NONE) return rc;
-  if (switchport_trunk_vlans(model, interface) == vlans) return OPEN_E_NONE;
-  switchport_settings settings = settings_of(model, interface);
-  settings.trunk_vlans = vlans.any() ? std::make_shared<const vlan_set>(vlans) : nullptr;
-  replace(model, interface, settings);
+  vlan_set changed = switchport_trunk_vlans(model, interface) ^ vlans;
+  if (changed.none()) return OPEN_E_NONE;
+  interface_entry *entry = interface_edit(model, interface);
+  entry->switchport.trunk_vlans = vlans.any() ? std::make_shared<const vlan_set>(vlans) : nullptr;
+  if (trunk_in_force(*entry)) note_trunk_vlans(model, changed, entry->switchport.native_vlan);
   return OPEN_E_NONE;
 }
 

@@ -53,6 +53,7 @@ open_error_t vlan_check(const switch_model &model, uint32_t id) {
 /* Puts a new VLAN in its place, over the remains of a deleted one if the data plane still has that. */
 static vlan_entry *insert_vlan(switch_model &model, uint32_t id) {
   auto &entries = model.vlans.edit()->entries;
+  model.vlans.edit()->existing++;
   auto place = place_of(entries, id);
   if (place == entries.end() || place->id != id) place = entries.insert(place, vlan_entry());
   *place = vlan_entry();
@@ -70,6 +71,7 @@ void vlans_reset(switch_model &model) {
     if (vlan.exists) vlan.changed = change;
     vlan.exists = false;
   }
+  model.vlans.edit()->existing = 0;
   insert_vlan(model, 1)->included = all_members(model);
 }
 
@@ -80,18 +82,11 @@ void vlans_forget_deleted(switch_model &model) {
   std::erase_if(model.vlans.edit()->entries, taken);
 }
 
-/* Deleted VLANs that the data plane still has take no room: they are counted only where they could matter. */
-static bool table_is_full(const switch_model &model) {
-  const auto &entries = model.vlans->entries;
-  if (entries.size() < model.limits.vlans) return false;
-  auto exists = [](const vlan_entry &vlan) { return vlan.exists; };
-  return std::count_if(entries.begin(), entries.end(), exists) >= std::ptrdiff_t{model.limits.vlans};
-}
-
 open_error_t vlan_create(switch_model &model, uint32_t id) {
   if (!vlan_id_valid(id)) return OPEN_E_PARAM;
   if (vlan_exists(model, id)) return OPEN_E_EXISTS;
-  if (table_is_full(model)) return OPEN_E_FULL;
+  /* Deleted VLANs that the data plane still has take no room. */
+  if (model.vlans->existing >= model.limits.vlans) return OPEN_E_FULL;
   const vlan_entry *vlan = insert_vlan(model, id);
   /* Trunks with the VLAN in their list are members from the start. */
   for (uint32_t interface = port_first; interface <= lag_last; interface++) {
@@ -118,6 +113,7 @@ open_error_t vlan_delete(switch_model &model, uint32_t id) {
   if (id == 1 || interface_of_vlan(model, id) != 0) return OPEN_E_FAIL;
   vlan_entry *vlan = vlan_edit(model, id);
   vlan->exists = false;
+  model.vlans.edit()->existing--;
   release_interfaces(model, *vlan);
   mac_locks_release_vlan(model, id);
   return OPEN_E_NONE;

@@ -37,6 +37,7 @@ struct vlan_entry {
 
 struct vlan_table {
   std::vector<vlan_entry> entries; /* in order of id */
+  uint32_t existing = 0;           /* how many of them exist */
 };
 
 /* --- Existence ------------------------------------------------------------------------------------------ */

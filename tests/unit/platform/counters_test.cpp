@@ -284,4 +284,14 @@ TEST_F(Counters, NewVlanRoutingInterfaceHasNothingOfTheOneBefore) {
   EXPECT_EQ(value_at(model, 1000000, vlan_routing), 0u);
 }
 
+TEST_F(Counters, NewVlanRoutingInterfaceHasNothingOfTheOneThatTheResetTook) {
+  uint32_t number;
+  ASSERT_EQ(counter_run(model, vlan_routing, bytes_in, 1000, 0), OPEN_E_NONE);
+  switch_reset(model);
+  EXPECT_EQ(counter_check(model, vlan_routing, bytes_in), OPEN_E_PARAM);
+  ASSERT_EQ(interface_make_vlan_routing(model, 1, &number), OPEN_E_NONE);
+  ASSERT_EQ(number, vlan_routing);
+  EXPECT_EQ(value_at(model, 1000000, vlan_routing), 0u);
+}
+
 } // namespace

@@ -120,6 +120,21 @@ TEST(VlanRoutingInterfaces, RefusalsNameTheirReason) {
   EXPECT_EQ(interface_remove_vlan_routing(model, 10), OPEN_E_NOT_FOUND);
 }
 
+TEST(VlanRoutingInterfaces, FreeNumberBelowThoseBeyondALoweredLimitIsNoRoom) {
+  switch_model model = make_switch(built_in_profile());
+  uint32_t number;
+  for (uint32_t vlan : {10u, 20u, 30u}) {
+    ASSERT_EQ(vlan_create(model, vlan), OPEN_E_NONE);
+    ASSERT_EQ(interface_make_vlan_routing(model, vlan, &number), OPEN_E_NONE);
+  }
+  ASSERT_EQ(interface_remove_vlan_routing(model, 10), OPEN_E_NONE);
+  ASSERT_TRUE(limit_override(&model.limits, "vlan-routing-interfaces", 2));
+  EXPECT_EQ(interface_make_vlan_routing(model, 10, &number), OPEN_E_FULL);
+  ASSERT_EQ(interface_remove_vlan_routing(model, 30), OPEN_E_NONE);
+  EXPECT_EQ(interface_make_vlan_routing(model, 10, &number), OPEN_E_NONE);
+  EXPECT_EQ(number, 226u);
+}
+
 TEST(VlanRoutingInterfaces, VlanWithOneIsNotDeleted) {
   switch_model model = make_switch(built_in_profile());
   uint32_t number;
