@@ -9,22 +9,6 @@
 
 namespace {
 
-struct refused_number {
-  uint32_t number;
-  open_error_t result;
-};
-
-/* Neither ports nor LAGs: other interfaces, and numbers that are no interface's. */
-const refused_number no_members[] = {
-    {55, OPEN_E_NOT_FOUND},  {120, OPEN_E_NOT_FOUND},   {127, OPEN_E_NOT_FOUND}, {226, OPEN_E_NOT_FOUND},
-    {353, OPEN_E_NOT_FOUND}, {0, OPEN_E_PARAM},         {128, OPEN_E_PARAM},     {225, OPEN_E_PARAM},
-    {354, OPEN_E_PARAM},     {UINT32_MAX, OPEN_E_PARAM}};
-const refused_number absent_vlans[] = {{2, OPEN_E_NOT_FOUND},
-                                       {4094, OPEN_E_NOT_FOUND},
-                                       {0, OPEN_E_PARAM},
-                                       {4095, OPEN_E_PARAM},
-                                       {UINT32_MAX, OPEN_E_PARAM}};
-
 const char *const no_macs[] = {"",
                                "0",
                                "00:11:22:33:44",
@@ -139,7 +123,7 @@ TEST_F(PortMacLocking, FactorySwitchHasNothingLocked) {
 }
 
 TEST_F(PortMacLocking, OnlyPortsAndLagsCanBeLocked) {
-  for (const auto &[interface, result] : no_members) {
+  for (const auto &[interface, result] : not_switching) {
     char buffer[256] = "00:11:22:AA:BB:CC";
     open_buffdesc text = {sizeof buffer, buffer};
     uint32_t vlan = 10, sticky = 0;

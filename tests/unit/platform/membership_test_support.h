@@ -1,4 +1,4 @@
-/* What the tests of switchport modes and LAGs share: the C interface with values as results. */
+/* What the tests of VLANs, switchport modes and LAGs share: the C interface with values as results. */
 #ifndef KESTREL_TESTS_MEMBERSHIP_TEST_SUPPORT_H
 #define KESTREL_TESTS_MEMBERSHIP_TEST_SUPPORT_H
 
@@ -13,18 +13,6 @@ inline constexpr uint32_t general = OPEN_SWITCHPORT_MODE_GENERAL, access_mode = 
 inline constexpr uint32_t include = OPEN_VLAN_PARTICIPATION_MODE_INCLUDE,
                           autodetect = OPEN_VLAN_PARTICIPATION_MODE_AUTO,
                           exclude = OPEN_VLAN_PARTICIPATION_MODE_EXCLUDE;
-
-/* A number and what it is refused with. */
-struct refused_number {
-  uint32_t number;
-  open_error_t result;
-};
-
-/* Neither ports nor LAGs: other interfaces, and numbers that are no interface's. */
-inline constexpr refused_number not_switching[] = {
-    {55, OPEN_E_NOT_FOUND},  {120, OPEN_E_NOT_FOUND},   {127, OPEN_E_NOT_FOUND}, {226, OPEN_E_NOT_FOUND},
-    {353, OPEN_E_NOT_FOUND}, {0, OPEN_E_PARAM},         {128, OPEN_E_PARAM},     {225, OPEN_E_PARAM},
-    {354, OPEN_E_PARAM},     {UINT32_MAX, OPEN_E_PARAM}};
 
 /* All that can be read of an interface in a VLAN. */
 struct part {

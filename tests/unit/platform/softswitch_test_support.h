@@ -29,6 +29,23 @@ inline const std::string &prepared_accounts() {
   return content;
 }
 
+/* A number and what it is refused with. */
+struct refused_number {
+  uint32_t number;
+  open_error_t result;
+};
+
+/* Neither ports nor LAGs: other interfaces, and numbers that are no interface's. */
+inline constexpr refused_number not_switching[] = {
+    {55, OPEN_E_NOT_FOUND},  {120, OPEN_E_NOT_FOUND},   {127, OPEN_E_NOT_FOUND}, {226, OPEN_E_NOT_FOUND},
+    {353, OPEN_E_NOT_FOUND}, {0, OPEN_E_PARAM},         {128, OPEN_E_PARAM},     {225, OPEN_E_PARAM},
+    {354, OPEN_E_PARAM},     {UINT32_MAX, OPEN_E_PARAM}};
+inline constexpr refused_number absent_vlans[] = {{2, OPEN_E_NOT_FOUND},
+                                                  {4094, OPEN_E_NOT_FOUND},
+                                                  {0, OPEN_E_PARAM},
+                                                  {4095, OPEN_E_PARAM},
+                                                  {UINT32_MAX, OPEN_E_PARAM}};
+
 /* A running switch in factory state with a registered client. Every test ends with a restart that must give
  * the same running configuration. */
 class SoftSwitch : public testing::Test {
