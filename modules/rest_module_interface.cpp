@@ -4,8 +4,8 @@
 #include "engine/rest_request.h"
 #include "engine/rest_route.h"
 #include "modules/rest_interface_addresses.h"
-#include "modules/rest_interface_walk.h"
 #include "modules/rest_module_vlan.h"
+#include "modules/rest_platform_walk.h"
 #include "platform/api/openapi_stat.h"
 #include "platform/api/openapi_vlan.h"
 
@@ -413,20 +413,15 @@ int api_interface_get_list(openapiClientHandle_t *client_handle, mg_connection *
 }
 
 int api_interface_get_list_pending(openapiClientHandle_t *client_handle, mg_connection *conn) {
-  uint32_t first = 0, ifNum = 0, delete_pending = 0;
+  uint32_t first = 0;
   open_error_t rc = rpcclt_openapiIfFirstGet(client_handle, OPEN_INTF_TYPE_PHY, OPEN_INTF_STATE_ANY, &first);
   if (rc != OPEN_E_NONE) return fail(conn, rc, nullptr);
 
   node_t *tree = new_tree();
   node_t *interfaces = append_branch(tree, "pending_interfaces");
   /* The walk begins before the first interface and is over all types. */
-  for (uint32_t position = 1;
-       openapiIfNextChangedGet(client_handle, ifNum, &ifNum, &delete_pending) == OPEN_E_NONE; position++) {
-    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
-    node_t *entry = append_entry(interfaces, position, "interface");
-    append_tree_int(entry, "ifNum", "ifNum", static_cast<int>(ifNum));
-    append_pending_type(entry, delete_pending);
-  }
+  rc = append_pending(client_handle, openapiIfNextChangedGet, 0, interfaces, "interface", "ifNum");
+  if (rc != OPEN_E_NONE) return fail(conn, rc, tree);
   return succeed(conn, tree, "Get data successfully.");
 }
 
@@ -449,19 +444,15 @@ int api_interface_get_to_vlan(openapiClientHandle_t *client_handle, mg_connectio
 /* Every VLAN visited counts, so the positions have gaps; here alone they begin at 0. */
 static open_error_t append_participations(openapiClientHandle_t *client_handle, uint32_t ifNum,
                                           node_t *participations) {
-  uint32_t vlanId = 1, position = 0;
-  do {
-    if (position == MAX_LIST_ENTRIES) return OPEN_E_INTERNAL;
+  return each_vlan(client_handle, [&](uint32_t vlanId, uint32_t position) {
     uint32_t is_member = 0;
     open_error_t rc = openapiVlanIfParticipationStatusGet(client_handle, vlanId, ifNum, &is_member);
-    if (rc != OPEN_E_NONE) return rc;
-    if (is_member == 1) {
+    if (rc == OPEN_E_NONE && is_member == 1) {
       append_tree_int(append_entry(participations, position, "participation"), "vlanId", "vlanId",
                       static_cast<int>(vlanId));
     }
-    position++;
-  } while (rpcclt_openapiVlanNextGet(client_handle, vlanId, &vlanId) == OPEN_E_NONE);
-  return OPEN_E_NONE;
+    return rc;
+  });
 }
 
 int api_interface_get_to_vlan_list(openapiClientHandle_t *client_handle, mg_connection *conn) {

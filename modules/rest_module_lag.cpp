@@ -3,7 +3,7 @@
 
 #include "engine/rest_request.h"
 #include "engine/rest_route.h"
-#include "modules/rest_interface_walk.h"
+#include "modules/rest_platform_walk.h"
 #include "platform/api/openapi_lag.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "engine/rest_request.h"
 #include "engine/rest_route.h"
-#include "modules/rest_interface_walk.h"
+#include "modules/rest_platform_walk.h"
 #include "platform/api/openapi_vlan.h"
 
 static const int VLAN_NAME_LENGTH_MAX = 32;
@@ -30,11 +30,6 @@ uint32_t get_vlan_num_max(openapiClientHandle_t *client_handle) {
 open_error_t get_interface_num_max(openapiClientHandle_t *client_handle, uint32_t *max) {
   *max = 0;
   return openapiMaxInterfaceCountGet(client_handle, max);
-}
-
-void append_pending_type(node_t *entry, uint32_t delete_pending) {
-  append_tree_string(entry, "pending_type", "pending_type",
-                     delete_pending == 1 ? "pending deletion" : "pending change");
 }
 
 static bool vlan_id_or_reply(mg_connection *conn, uint32_t *vid) {
@@ -124,25 +119,20 @@ int api_vlan_get_specified_id(openapiClientHandle_t *client_handle, mg_connectio
 int api_vlan_get_list(openapiClientHandle_t *client_handle, mg_connection *conn) {
   node_t *tree = new_tree();
   node_t *vlans = append_branch(tree, "vlans");
-  uint32_t vid = 1, position = 1; /* VLAN 1 always exists */
-  do {
-    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
-    append_tree_int(append_entry(vlans, position++, "vlan"), "id", "id", static_cast<int>(vid));
-  } while (rpcclt_openapiVlanNextGet(client_handle, vid, &vid) == OPEN_E_NONE);
+  open_error_t rc = each_vlan(client_handle, [&](uint32_t vid, uint32_t index) {
+    append_tree_int(append_entry(vlans, index + 1, "vlan"), "id", "id", static_cast<int>(vid));
+    return OPEN_E_NONE;
+  });
+  if (rc != OPEN_E_NONE) return fail(conn, rc, tree);
   return succeed(conn, tree, "Get data successfully.");
 }
 
 int api_vlan_get_list_pending(openapiClientHandle_t *client_handle, mg_connection *conn) {
   node_t *tree = new_tree();
   node_t *vlans = append_branch(tree, "pending_vlans");
-  uint32_t vid = 1, delete_pending = 0; /* the walk begins after VLAN 1, which is never listed */
-  for (uint32_t position = 1;
-       openapiVlanNextChangedGet(client_handle, vid, &vid, &delete_pending) == OPEN_E_NONE; position++) {
-    if (position > MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
-    node_t *entry = append_entry(vlans, position, "vlan");
-    append_tree_int(entry, "id", "id", static_cast<int>(vid));
-    append_pending_type(entry, delete_pending);
-  }
+  /* The walk begins after VLAN 1, which is never listed. */
+  open_error_t rc = append_pending(client_handle, openapiVlanNextChangedGet, 1, vlans, "vlan", "id");
+  if (rc != OPEN_E_NONE) return fail(conn, rc, tree);
   return succeed(conn, tree, "Get data successfully.");
 }
 

@@ -16,8 +16,6 @@ int api_vlan_create_specified_id(openapiClientHandle_t *client_handle, mg_connec
 
 /* Words of OPEN_VLAN_PARTICIPATION_MODE_t. */
 extern const std::span<const enum_text> participation_modes;
-/* The leaf that says what is pending: the deletion (1) or any other change. */
-void append_pending_type(node_t *entry, uint32_t delete_pending);
 
 /* 1 when the VLAN does NOT exist, 0 when it does. */
 uint32_t check_vlan_exist(openapiClientHandle_t *client_handle, uint32_t vid);

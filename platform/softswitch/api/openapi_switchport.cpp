@@ -19,32 +19,31 @@ open_error_t rpcclt_openapiIfSwitchportModeGet(openapiClientHandle_t *handle, ui
   });
 }
 
-open_error_t rpcclt_openapiIfSwitchportModeSet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t mode) {
-  return api_call(__func__, handle, {ifNum, mode}, [&](switch_model &model) {
+/* Sets a number by a line that ends with it, written as `argument`. */
+static open_error_t set_number(const char *function, openapiClientHandle_t *handle, uint32_t ifNum,
+                               uint32_t number, std::string_view pattern, uint32_t argument) {
+  return api_call(function, handle, {ifNum, number}, [&](switch_model &model) {
     open_error_t rc = interface_switches_check(model, ifNum);
-    if (rc != OPEN_E_NONE) return rc;
-    /* The words stand in the order of the modes, which count from 1; a mode out of range gives no word. */
-    return commit(model, "interface <port> switchport mode general|access|trunk",
-                  {ifNum, mode - OPEN_SWITCHPORT_MODE_GENERAL});
+    return rc == OPEN_E_NONE ? commit(model, pattern, {ifNum, argument}) : rc;
   });
+}
+
+/* The words stand in the order of the modes, which count from 1; a mode out of range gives no word. */
+open_error_t rpcclt_openapiIfSwitchportModeSet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t mode) {
+  return set_number(__func__, handle, ifNum, mode, "interface <port> switchport mode general|access|trunk",
+                    mode - OPEN_SWITCHPORT_MODE_GENERAL);
 }
 
 open_error_t rpcclt_openapiIfSwitchportAccessVlanSet(openapiClientHandle_t *handle, uint32_t ifNum,
                                                      uint32_t vlanId) {
-  return api_call(__func__, handle, {ifNum, vlanId}, [&](switch_model &model) {
-    open_error_t rc = interface_switches_check(model, ifNum);
-    if (rc != OPEN_E_NONE) return rc;
-    return commit(model, "interface <port> switchport access vlan <vlan>", {ifNum, vlanId});
-  });
+  return set_number(__func__, handle, ifNum, vlanId, "interface <port> switchport access vlan <vlan>",
+                    vlanId);
 }
 
 open_error_t rpcclt_openapiIfSwitchportTrunkNativeVlanSet(openapiClientHandle_t *handle, uint32_t ifNum,
                                                           uint32_t vlanId) {
-  return api_call(__func__, handle, {ifNum, vlanId}, [&](switch_model &model) {
-    open_error_t rc = interface_switches_check(model, ifNum);
-    if (rc != OPEN_E_NONE) return rc;
-    return commit(model, "interface <port> switchport trunk native vlan <vlan>", {ifNum, vlanId});
-  });
+  return set_number(__func__, handle, ifNum, vlanId, "interface <port> switchport trunk native vlan <vlan>",
+                    vlanId);
 }
 
 /* --- The list of the trunk ------------------------------------------------------------------------------ */

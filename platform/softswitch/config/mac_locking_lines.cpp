@@ -2,6 +2,8 @@
  * model/mac_locking.h; here they get their words. */
 #include "platform/softswitch/config/mac_locking_lines.h"
 
+#include "platform/softswitch/config/vlan_lines.h"
+
 namespace softswitch {
 
 /* --- interface <port> mac-locking sticky ---------------------------------------------------------------- */
@@ -26,14 +28,13 @@ open_error_t apply_mac_lock(switch_model &model, std::span<const argument> argum
   uint32_t interface = arguments[0].number, vlan = arguments[2].number;
   const mac_address &mac = arguments[1].mac;
   open_error_t rc = mac_lock_set(model, interface, mac, vlan, arguments[3].number == 1);
-  if (rc == OPEN_E_NOT_FOUND) *error = "VLAN " + std::to_string(vlan) + " does not exist";
   if (rc == OPEN_E_EXISTS)
     *error = mac_text(mac) + " is locked in VLAN " + std::to_string(vlan) + " on " +
              interface_name(model, mac_lock_interface(model, mac, vlan));
   if (rc == OPEN_E_FULL)
     *error = interface_name(model, interface) + ": there is room for " +
              std::to_string(model.limits.static_macs) + " locked addresses only";
-  return rc;
+  return explain_vlan(rc, vlan, error);
 }
 
 open_error_t apply_no_mac_lock(switch_model &model, std::span<const argument> arguments, std::string *error) {
