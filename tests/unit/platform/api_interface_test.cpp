@@ -109,7 +109,7 @@ TEST_F(Interface, FactoryStateIsAsTypeAndProfileSay) {
   };
   for (const auto &[interface, wanted] : factory) EXPECT_EQ(all_of(interface), wanted) << interface;
   EXPECT_EQ(softswitch::running_config(), "");
-  EXPECT_EQ(pending(), std::vector<int>());
+  EXPECT_EQ(pending_interfaces(), std::vector<int>());
 }
 
 class BuiltInSwitch : public Interface {
@@ -466,7 +466,7 @@ TEST_F(Interface, ChangedInterfacesArePendingUntilTaken) {
   softswitch::hold_apply(true);
   for (const function_row &row : setting) {
     ASSERT_EQ(row.call(&handle, copper_port), OPEN_E_NONE) << row.name;
-    EXPECT_EQ(pending(), std::vector<int>{2}) << row.name;
+    EXPECT_EQ(pending_interfaces(), std::vector<int>{2}) << row.name;
   }
   ASSERT_EQ(describe(119, "x"), OPEN_E_NONE);
   ASSERT_EQ(describe(127, "x"), OPEN_E_NONE);
@@ -474,7 +474,7 @@ TEST_F(Interface, ChangedInterfacesArePendingUntilTaken) {
     softswitch::locked_switch model;
     ASSERT_EQ(softswitch::interface_remove_vlan_routing(*model, 1), OPEN_E_NONE);
   }
-  EXPECT_EQ(pending(), (std::vector<int>{2, 119, 127, -226}));
+  EXPECT_EQ(pending_interfaces(), (std::vector<int>{2, 119, 127, -226}));
   ASSERT_EQ(openapiIfNextChangedGet(&handle, 3, &value, &value2), OPEN_E_NONE);
   EXPECT_EQ(value, 119u);
   EXPECT_EQ(value2, 0u);
@@ -482,7 +482,7 @@ TEST_F(Interface, ChangedInterfacesArePendingUntilTaken) {
   EXPECT_EQ(openapiIfNextChangedGet(&handle, UINT32_MAX, &value, &value2), OPEN_E_FAIL);
   softswitch::hold_apply(false);
   settle();
-  EXPECT_EQ(pending(), std::vector<int>());
+  EXPECT_EQ(pending_interfaces(), std::vector<int>());
 }
 
 TEST_F(Interface, SettingWhatIsSetAlreadyIsNoChange) {
@@ -496,7 +496,7 @@ TEST_F(Interface, SettingWhatIsSetAlreadyIsNoChange) {
                      "interface 0/2 speed 10-half\n"
                      "interface 0/2 mtu 9000\n");
   for (const function_row &row : setting) EXPECT_EQ(row.call(&handle, copper_port), OPEN_E_NONE) << row.name;
-  EXPECT_EQ(pending(), std::vector<int>());
+  EXPECT_EQ(pending_interfaces(), std::vector<int>());
   EXPECT_EQ(file_content(dir.path + "/journal-1"), journal);
 }
 
@@ -506,7 +506,7 @@ TEST_F(Interface, LinksAndCablesAreNoConfiguration) {
   softswitch::set_far_end("0/7", false);
   EXPECT_FALSE(up(6));
   EXPECT_FALSE(up(7));
-  EXPECT_EQ(pending(), std::vector<int>());
+  EXPECT_EQ(pending_interfaces(), std::vector<int>());
   EXPECT_EQ(softswitch::running_config(), "");
   EXPECT_EQ(file_content(dir.path + "/journal-1"), "");
 }

@@ -88,21 +88,6 @@ protected:
     return rpcclt_openapiPmlIntfStickyModeSet(&handle, interface, mode);
   }
 
-  /* The interfaces with pending changes. */
-  static std::vector<uint32_t> pending_interfaces() {
-    softswitch::locked_switch model;
-    std::vector<uint32_t> pending;
-    uint32_t number = 0, deleted;
-    while (softswitch::interface_next_changed(*model, number, &number, &deleted) == OPEN_E_NONE)
-      pending.push_back(number);
-    return pending;
-  }
-
-  void hold_with_nothing_pending() {
-    ASSERT_TRUE(softswitch::wait_applied(patience_ms));
-    softswitch::hold_apply(true);
-  }
-
   using list = std::vector<std::string>;
   const std::string station = "00:11:22:AA:BB:CC";
 
@@ -334,9 +319,9 @@ TEST_F(PortMacLocking, DeletingAVlanReleasesWhatIsLockedInIt) {
   ASSERT_EQ(add(2, "00:00:00:00:00:02", 10), OPEN_E_NONE);
   ASSERT_EQ(add(3, "00:00:00:00:00:03", 20), OPEN_E_NONE);
   ASSERT_EQ(set_sticky_mode(2, 1), OPEN_E_NONE);
-  hold_with_nothing_pending();
+  take_and_hold();
   ASSERT_EQ(rpcclt_openapiVlanDelete(&handle, 10), OPEN_E_NONE);
-  EXPECT_EQ(pending_interfaces(), (std::vector<uint32_t>{1, 2}));
+  EXPECT_EQ(pending_interfaces(), (std::vector<int>{1, 2}));
   EXPECT_EQ(walk(1), list{"00:11:22:AA:BB:CC 20 0"});
   EXPECT_EQ(walk(2), list());
   EXPECT_EQ(sticky_mode(2), 1u);
@@ -346,36 +331,36 @@ TEST_F(PortMacLocking, DeletingAVlanReleasesWhatIsLockedInIt) {
 }
 
 TEST_F(PortMacLocking, ChangesMakeTheirInterfacePending) {
-  hold_with_nothing_pending();
+  take_and_hold();
   ASSERT_EQ(set_sticky_mode(5, 1), OPEN_E_NONE);
   ASSERT_EQ(add(119, station, 10), OPEN_E_NONE);
   ASSERT_EQ(add(7, "00:00:00:00:00:07", 10), OPEN_E_NONE);
-  EXPECT_EQ(pending_interfaces(), (std::vector<uint32_t>{5, 7, 119}));
+  EXPECT_EQ(pending_interfaces(), (std::vector<int>{5, 7, 119}));
   softswitch::hold_apply(false);
-  hold_with_nothing_pending();
+  take_and_hold();
   ASSERT_EQ(remove(7, "00:00:00:00:00:07", 10), OPEN_E_NONE);
   ASSERT_EQ(set_sticky_mode(5, 0), OPEN_E_NONE);
-  EXPECT_EQ(pending_interfaces(), (std::vector<uint32_t>{5, 7}));
+  EXPECT_EQ(pending_interfaces(), (std::vector<int>{5, 7}));
 }
 
 TEST_F(PortMacLocking, SettingWhatIsSetAlreadyIsNoChange) {
   ASSERT_EQ(set_sticky_mode(1, 1), OPEN_E_NONE);
   ASSERT_EQ(add(1, station, 10, 1), OPEN_E_NONE);
-  hold_with_nothing_pending();
+  take_and_hold();
   std::string journal = file_content(dir.path + "/journal-1");
   EXPECT_EQ(set_sticky_mode(1, 1), OPEN_E_NONE);
   EXPECT_EQ(set_sticky_mode(2, 0), OPEN_E_NONE);
   EXPECT_EQ(commit("interface 0/1 mac-locking address 00:11:22:aa:bb:cc vlan 10 sticky"), OPEN_E_NONE);
   EXPECT_EQ(add(1, station, 10, 1), OPEN_E_EXISTS);
   EXPECT_EQ(remove(1, station, 20), OPEN_E_NOT_FOUND);
-  EXPECT_EQ(pending_interfaces(), std::vector<uint32_t>());
+  EXPECT_EQ(pending_interfaces(), std::vector<int>());
   EXPECT_EQ(file_content(dir.path + "/journal-1"), journal);
 }
 
 TEST_F(PortMacLocking, ChangeThatCannotBeStoredIsRefused) {
   ASSERT_EQ(set_sticky_mode(1, 1), OPEN_E_NONE);
   ASSERT_EQ(add(1, station, 10), OPEN_E_NONE);
-  hold_with_nothing_pending();
+  take_and_hold();
   std::string before = softswitch::running_config();
   {
     full_disk full(file_content(dir.path + "/journal-1").size());
@@ -385,7 +370,7 @@ TEST_F(PortMacLocking, ChangeThatCannotBeStoredIsRefused) {
     EXPECT_EQ(remove(1, station, 10), OPEN_E_FAIL);
   }
   EXPECT_EQ(softswitch::running_config(), before);
-  EXPECT_EQ(pending_interfaces(), std::vector<uint32_t>());
+  EXPECT_EQ(pending_interfaces(), std::vector<int>());
   EXPECT_EQ(remove(1, station, 10), OPEN_E_NONE);
 }
 

@@ -115,15 +115,6 @@ protected:
             read(rpcclt_openapiIfConnectorTypeGet, interface),
             read(openapiIfMtuSizeGet, interface)};
   }
-
-  /* Interfaces with pending changes, removals negative. */
-  std::vector<int> pending() {
-    std::vector<int> found;
-    uint32_t interface = 0, removed;
-    while (openapiIfNextChangedGet(&handle, interface, &interface, &removed) == OPEN_E_NONE)
-      found.push_back(removed ? -static_cast<int>(interface) : static_cast<int>(interface));
-    return found;
-  }
 };
 
 #endif

@@ -107,24 +107,6 @@ protected:
   }
 
   std::string journal() const { return file_content(dir.path + "/journal-1"); }
-
-  /* Numbers of the interfaces with pending changes, removals negative. */
-  static std::vector<int> pending_interfaces() {
-    std::vector<int> pending;
-    uint32_t interface = 0, removed;
-    softswitch::locked_switch model;
-    while (interface_next_changed(*model, interface, &interface, &removed) == OPEN_E_NONE) {
-      pending.push_back(removed ? -static_cast<int>(interface) : static_cast<int>(interface));
-    }
-    return pending;
-  }
-
-  /* Lets the data plane take everything so far, and holds back what follows. */
-  static void take_and_hold() {
-    softswitch::hold_apply(false);
-    ASSERT_TRUE(softswitch::wait_applied(patience_ms));
-    softswitch::hold_apply(true);
-  }
 };
 
 #endif

@@ -3,6 +3,7 @@
 #ifndef KESTREL_TESTS_SOFTSWITCH_TEST_SUPPORT_H
 #define KESTREL_TESTS_SOFTSWITCH_TEST_SUPPORT_H
 
+#include "platform/api/openapi_if.h"
 #include "platform/api/openapi_vlan.h"
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/services/accounts.h"
@@ -102,6 +103,23 @@ protected:
       pending.push_back(deleted ? -static_cast<int>(vlan) : static_cast<int>(vlan));
     }
     return pending;
+  }
+
+  /* Numbers of the interfaces with pending changes, removals negative. */
+  std::vector<int> pending_interfaces() {
+    std::vector<int> pending;
+    uint32_t interface = 0, removed;
+    while (openapiIfNextChangedGet(&handle, interface, &interface, &removed) == OPEN_E_NONE) {
+      pending.push_back(removed ? -static_cast<int>(interface) : static_cast<int>(interface));
+    }
+    return pending;
+  }
+
+  /* Lets the data plane take everything so far, and holds back what follows. */
+  static void take_and_hold() {
+    softswitch::hold_apply(false);
+    ASSERT_TRUE(softswitch::wait_applied(patience_ms));
+    softswitch::hold_apply(true);
   }
 
   temporary_directory dir;
