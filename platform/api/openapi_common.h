@@ -39,6 +39,9 @@ typedef enum {
 
 typedef enum { OPEN_DISABLE = 0, OPEN_ENABLE = 1 } OPEN_CONTROL_t;
 
+typedef uint32_t OPEN_BOOL_t;
+enum { OPEN_FALSE = 0, OPEN_TRUE = 1 };
+
 /* Text or bytes handed over. */
 typedef struct {
   uint32_t size; /* bytes at pstart; see the conventions above */

@@ -1,9 +1,14 @@
 /* Reading, applying and printing by the command table; see language.h. */
 #include "platform/softswitch/config/language.h"
 
+#include "platform/softswitch/config/clauses.h"
+
 namespace softswitch {
 
 /* --- Patterns ------------------------------------------------------------------------------------------- */
+
+/* The last word of a pattern that takes whatever follows. */
+static constexpr std::string_view words_follow = "...";
 
 /* Takes the next word off the front of a pattern; empty at its end. */
 static std::string_view take_word(std::string_view *pattern) {
@@ -38,11 +43,22 @@ static bool match_word(const switch_model &model, std::string_view word, const t
   return true;
 }
 
-static match match_pattern(const switch_model &model, std::string_view pattern,
-                           const std::vector<token> &tokens) {
+static void take_rest(std::span<const token> tokens, match *so_far) {
+  argument rest;
+  rest.words.assign(tokens.begin() + static_cast<std::ptrdiff_t>(so_far->tokens), tokens.end());
+  so_far->arguments.push_back(std::move(rest));
+  so_far->tokens = tokens.size();
+}
+
+/* Fits the first tokens to a whole pattern; complete also when more tokens follow. */
+static match match_front(const switch_model &model, std::string_view pattern, std::span<const token> tokens) {
   match result;
   while (!pattern.empty()) {
     std::string_view word = take_word(&pattern);
+    if (word == words_follow) {
+      take_rest(tokens, &result);
+      break;
+    }
     if (result.tokens == tokens.size()) {
       result.error = "the line ends too early: " + std::string(word) + " is missing";
       return result;
@@ -50,9 +66,29 @@ static match match_pattern(const switch_model &model, std::string_view pattern,
     if (!match_word(model, word, tokens[result.tokens], &result)) return result;
     result.tokens++;
   }
-  result.complete = result.tokens == tokens.size();
-  if (!result.complete) result.error = unexpected(tokens[result.tokens]);
+  result.complete = true;
   return result;
+}
+
+static match match_pattern(const switch_model &model, std::string_view pattern,
+                           std::span<const token> tokens) {
+  match result = match_front(model, pattern, tokens);
+  if (!result.complete || result.tokens == tokens.size()) return result;
+  result.complete = false;
+  result.error = unexpected(tokens[result.tokens]);
+  return result;
+}
+
+size_t read_clause(const switch_model &model, std::string_view pattern, std::span<const token> words,
+                   std::vector<argument> *arguments, std::string *error) {
+  match found = match_front(model, pattern, words);
+  *error = std::move(found.error);
+  *arguments = std::move(found.arguments);
+  return found.complete ? found.tokens : 0;
+}
+
+std::string_view first_word(std::string_view pattern) {
+  return take_word(&pattern);
 }
 
 /* --- Applying ------------------------------------------------------------------------------------------- */
@@ -62,9 +98,10 @@ static bool has_shape(std::string_view pattern, const std::vector<token> &tokens
   for (const token &found : tokens) {
     std::string_view word = take_word(&pattern);
     if (word.empty()) return false;
+    if (word == words_follow) return true;
     if (!is_placeholder(word) && (found.quoted || found.text != word)) return false;
   }
-  return pattern.empty();
+  return pattern.empty() || pattern == words_follow;
 }
 
 /* The row that the tokens fit, or nullptr with a reason: that of the row whose shape they have, else of the
@@ -118,6 +155,7 @@ std::string format_line(const switch_model &model, std::string_view pattern,
   std::string line;
   while (!pattern.empty()) {
     std::string_view word = take_word(&pattern);
+    if (word == words_follow) return line + arguments.front().text;
     if (!line.empty()) line += ' ';
     if (!is_placeholder(word)) {
       line += word;

@@ -26,7 +26,8 @@ using id_list = std::vector<uint32_t>;
  *   <text>        text
  *   <number>      number
  *   <speed>       number: OPEN_IF_SPEED_t
- *   a|b|c         number: 0 for a, 1 for b, ... */
+ *   a|b|c         number: 0 for a, 1 for b, ...
+ *   ...           words: all that follow, maybe none (config/clauses.h); for printing text */
 struct argument {
   argument() = default;
   argument(uint32_t value) : number(value) {}
@@ -40,6 +41,7 @@ struct argument {
   id_list list;
   mac_address mac = {};
   open_inet_pfx_t prefix = {};
+  std::vector<token> words;
 };
 
 /* Reads VLAN ids as they stand for <vlan-list>; false with the reason for any other text. */
