@@ -18,7 +18,7 @@ const std::vector<rest_route> &all_api_routes() {
       row("/acl/%[^/]/name/%[^/]/rule%s", 2),
       row("/acl/%[^/]/name/%s", 2),
       row("/acl/%s", 1),
-      row("/acl/count%s", ROUTE_EXACT),
+      row("/acl/count%s", ROUTE_INSIDE),
       row("/acl/if/%[0-9]%s", 1),
       row("/acl/vlan/%[0-9]%s", 1),
       row("/base%s", ROUTE_EXACT),
@@ -73,7 +73,9 @@ const std::vector<rest_route> &all_api_routes() {
       row("/routing/vlanRtrIf%s", ROUTE_EXACT),
       row("/routing/vlanRtrIf/%[0-9]%s", 1),
       row("/routing/vlanRtrIf/%[0-9]/ip%s", 1),
-      row("/tcam/policy%s", ROUTE_EXACT),
+      row("/tcam%s", ROUTE_INSIDE),
+      row("/tcam/groupStats%s", ROUTE_INSIDE),
+      row("/tcam/policy%s", ROUTE_INSIDE),
       row("/tcam/policy/%[0-9]%s", 1),
       row("/tcam/policy/%[0-9]/port/%[0-9]%s", 2),
       row("/vlans%s", ROUTE_EXACT),
@@ -119,7 +121,8 @@ static bool is_only_end_of_input(const std::string &uri, const std::string &lite
 static bool expected_to_match(const rest_route &route, const std::string &uri) {
   std::vector<std::string> fields;
   int count = plain_sscanf(uri, route.pattern, &fields);
-  if (uri.size() >= REQUEST_URI_SIZE || count != route.count) return false;
+  int wanted = route.count == ROUTE_EXACT || route.count == ROUTE_INSIDE ? EOF : route.count;
+  if (uri.size() >= REQUEST_URI_SIZE || count != wanted) return false;
   if (route.count == ROUTE_EXACT) {
     return !is_only_end_of_input(uri, std::string(route.pattern, strcspn(route.pattern, "%")));
   }

@@ -81,6 +81,39 @@ TEST(FindRoute, LongestUriIsServedAndOneMoreCharacterIsNot) {
   EXPECT_EQ(find(REQUEST_METHOD_GET, std::string(100000, '1').insert(0, "/vlans/").c_str()), nullptr);
 }
 
+TEST(FindRoute, UriMayStopInsideARoute) {
+  static const rest_route routes[] = {
+      {REQUEST_METHOD_GET, "/acl/count%s", ROUTE_INSIDE, nullptr, first_operation},
+      {REQUEST_METHOD_GET, "/acl/%s", 1, nullptr, second_operation},
+      {REQUEST_METHOD_POST, "/acl/%[^/]/name%s", 1, nullptr, first_operation},
+  };
+  for (const char *uri : {"/acl/count", "/acl/coun", "/acl/c", "/acl/", "/acl", "/a", "/", "", "/acl/count ",
+                          "/acl/count \n"}) {
+    EXPECT_EQ(find_route(routes, REQUEST_METHOD_GET, uri), &routes[0]) << uri;
+    EXPECT_EQ(find_route(routes, REQUEST_METHOD_PUT, uri), nullptr) << uri;
+  }
+  for (const char *uri : {"/acl/counts", "/acl/count/", "/acl/cx", "/acl/x", "/acl/cou nt"})
+    EXPECT_EQ(find_route(routes, REQUEST_METHOD_GET, uri), &routes[1]) << uri;
+  for (const char *uri : {"acl", "/x", "/acls", "/aclx/count", "/ac/count", "/Acl", " /acl"})
+    EXPECT_EQ(find_route(routes, REQUEST_METHOD_GET, uri), nullptr) << uri;
+  EXPECT_EQ(find_route(routes, REQUEST_METHOD_GET, nullptr), nullptr);
+  std::string long_uri = "/acl/count" + std::string(245, ' ');
+  EXPECT_EQ(find_route(routes, REQUEST_METHOD_GET, long_uri.c_str()), &routes[0]);
+  EXPECT_EQ(find_route(routes, REQUEST_METHOD_GET, (long_uri + " ").c_str()), nullptr);
+}
+
+/* Nothing is looked at after the fields that are wanted, but that the end of the pattern finds nothing. */
+TEST(FindRoute, TextBetweenFieldsAndEndStopsTheScanOnly) {
+  static const rest_route routes[] = {
+      {REQUEST_METHOD_POST, "/acl/%[^/]/name%s", 1, nullptr, first_operation},
+  };
+  for (const char *uri : {"/acl/ip/name", "/acl/ip", "/acl/ip/", "/acl/ip/na", "/acl/ip/x", "/acl/ip/nam/e",
+                          "/acl/name", "/acl/ip//name", "/acl/ip/name "})
+    EXPECT_EQ(find_route(routes, REQUEST_METHOD_POST, uri), &routes[0]) << uri;
+  for (const char *uri : {"/acl/ip/names", "/acl/ip/name/", "/acl/ip/name/x", "/acl", "/acl/", "/acl//name"})
+    EXPECT_EQ(find_route(routes, REQUEST_METHOD_POST, uri), nullptr) << uri;
+}
+
 TEST(HandleByRoutes, CallsTheOperationAndReturnsItsResult) {
   openapiClientHandle_t handle = {};
   EXPECT_EQ(call_handler(handle_vlans, &handle, "GET", "/vlans"), expected_answers(0, "first"));
@@ -185,8 +218,8 @@ TEST(RouteReference, MatcherAgreesWithSscanfOnLongUris) {
 
 TEST(RouteReference, MatcherAgreesWithSscanfOnEveryByteAtTheEnd) {
   for (int byte = 1; byte < 256; byte++) {
-    for (const char *base :
-         {"/vlans", "/vlans/", "/vlans/10", "/vlans/10/name", "/base/idname", "/acl/ip/name/web"}) {
+    for (const char *base : {"/vlans", "/vlans/", "/vlans/10", "/vlans/10/name", "/base/idname",
+                             "/acl/ip/name/web", "", "/acl/count", "/acl/co", "/tcam/policy"}) {
       ASSERT_EQ(find_disagreement(std::string(base) + static_cast<char>(byte)), "");
     }
   }

@@ -1,5 +1,6 @@
 /* The route tables of the modules: every URI pattern of the API (route_reference.h) is served by its module,
  * and every URI under its own methods only. Near misses stand in the tests of each module. */
+#include "modules/rest_module_acl.h"
 #include "modules/rest_module_base.h"
 #include "modules/rest_module_interface.h"
 #include "modules/rest_module_lag.h"
@@ -21,22 +22,25 @@ static const struct {
   const char *name;
   rest_handler_t handler;
 } MODULES[] = {
-    {"base", base_api_handler}, {"if", interface_api_handler}, {"lag", lag_api_handler},
-    {"pml", pml_api_handler},   {"vlans", vlan_api_handler},
+    {"acl", acl_api_handler}, {"base", base_api_handler}, {"if", interface_api_handler},
+    {"lag", lag_api_handler}, {"pml", pml_api_handler},   {"vlans", vlan_api_handler},
 };
 
-/* A URI that the pattern takes: 1 for each number, the keyword for the word. */
+/* A URI that the pattern takes: 1 for each number, the keyword for the word, and "ip", which is a type of
+ * lists and as good a name as any, for each free text. */
 static std::string uri_of(const rest_route &route) {
   std::string uri;
+  int fields = 0;
   for (const char *p = route.pattern; strcmp(p, "%s") != 0;) {
     if (*p != '%') {
       uri += *p++;
       continue;
     }
-    uri += p[1] == '[' ? "1" : route.keyword;
+    uri += p[1] != '[' ? route.keyword : p[2] == '^' ? "ip" : "1";
     p = strchr(p, ']') + 1;
+    fields++;
   }
-  return uri;
+  return fields < route.count ? uri + "ip" : uri; /* the last field is what catches the rest */
 }
 
 static bool is_of_module(const rest_route &route, const std::string &name) {
@@ -65,6 +69,15 @@ TEST_F(RouteTest, EveryUriIsServedUnderItsMethodsOnly) {
     rest_handler_t handler;
     const char *uri, *methods;
   } rows[] = {
+      {acl_api_handler, "/acl", "GET"},
+      {acl_api_handler, "/acl/", "GET"},
+      {acl_api_handler, "/acl/count", "GET POST DELETE"}, /* as a list's type with POST and DELETE */
+      {acl_api_handler, "/acl/ip", "GET POST DELETE"},
+      {acl_api_handler, "/acl/ip/name", "POST DELETE"},
+      {acl_api_handler, "/acl/ip/name/web", "GET POST DELETE"},
+      {acl_api_handler, "/acl/ip/name/web/rule", "GET POST DELETE"}, /* GET: a name with a slash */
+      {acl_api_handler, "/acl/if/1", "GET POST DELETE"},
+      {acl_api_handler, "/acl/vlan/1", "GET POST DELETE"},
       {interface_api_handler, "/if", "GET"},
       {interface_api_handler, "/if/pendingChanges", "GET"},
       {interface_api_handler, "/if/1", "GET"},
