@@ -18,7 +18,8 @@ open_error_t apply_lag(switch_model &model, std::span<const argument> arguments,
 
 open_error_t apply_no_lag(switch_model &model, std::span<const argument> arguments, std::string *error) {
   open_error_t rc = lag_delete(model, lag_of_port_channel(arguments[0].number));
-  if (rc != OPEN_E_NONE) *error = lag_words(arguments[0].number) + " does not exist";
+  if (rc == OPEN_E_NOT_FOUND) *error = lag_words(arguments[0].number) + " does not exist";
+  if (rc == OPEN_E_FAIL) *error = lag_words(arguments[0].number) + " is the target of an access list's rule";
   return rc;
 }
 
