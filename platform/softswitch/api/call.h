@@ -7,7 +7,7 @@
  *   });
  *
  * Numbers are inputs; pointers to numbers are outputs; texts are wrapped in text_in(), text_out() or
- * secret(). */
+ * secret(), addresses in address_in() or address_out(). */
 #ifndef KESTREL_SOFTSWITCH_API_CALL_H
 #define KESTREL_SOFTSWITCH_API_CALL_H
 
@@ -22,7 +22,7 @@ namespace softswitch {
 
 /* One argument, for checking and tracing. */
 struct call_argument {
-  enum class kind { number, number_out, text, text_out, text_hidden, other_out };
+  enum class kind { number, number_out, text, text_out, text_hidden, address, address_out, other_out };
 
   call_argument(uint32_t value) : what(kind::number), number(value) {}
   call_argument(const uint32_t *output) : what(kind::number_out), pointer(output) {}
@@ -30,7 +30,7 @@ struct call_argument {
 
   kind what;
   uint32_t number = 0;
-  const void *pointer = nullptr; /* by kind: uint32_t, open_buffdesc, anything */
+  const void *pointer = nullptr; /* by kind: uint32_t, open_buffdesc, open_inet_addr_t, anything */
 };
 
 inline call_argument text_in(const open_buffdesc *text) {
@@ -42,6 +42,12 @@ inline call_argument text_out(const open_buffdesc *text) {
 /* A text going in that no trace shows. */
 inline call_argument secret(const open_buffdesc *text) {
   return {call_argument::kind::text_hidden, text};
+}
+inline call_argument address_in(const open_inet_addr_t &address) {
+  return {call_argument::kind::address, &address};
+}
+inline call_argument address_out(const open_inet_addr_t *address) {
+  return {call_argument::kind::address_out, address};
 }
 /* An output that is not shown. */
 inline call_argument output(const void *pointer) {

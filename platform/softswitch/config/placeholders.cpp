@@ -2,6 +2,7 @@
 #include "platform/softswitch/config/placeholders.h"
 
 #include "platform/softswitch/model/interface_settings.h"
+#include "platform/softswitch/model/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -166,6 +167,39 @@ static std::string print_mac(const switch_model &, const argument &from) {
   return mac_text(from.mac);
 }
 
+static bool read_mac_bits(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (mac_read(from.text, &into->mac)) return true;
+  *error = "\"" + from.text + "\" is not a MAC address or mask";
+  return false;
+}
+
+static bool read_ip_bits(const switch_model &, const token &from, argument *into, std::string *error) {
+  open_inet_addr_t address;
+  if (inet_address_read(from.text, &address) && address.family == OPEN_AF_INET) {
+    into->number = address.addr.ipv4;
+    return true;
+  }
+  *error = "\"" + from.text + "\" is not an IPv4 address or mask";
+  return false;
+}
+
+static std::string print_ip_bits(const switch_model &, const argument &from) {
+  open_inet_addr_t address = {};
+  address.family = OPEN_AF_INET;
+  address.addr.ipv4 = from.number;
+  return inet_address_text(address);
+}
+
+static bool read_hex_byte(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (hex_byte_read(from.text, &into->number)) return true;
+  *error = "\"" + from.text + "\" is not two hexadecimal digits";
+  return false;
+}
+
+static std::string print_hex_byte(const switch_model &, const argument &from) {
+  return hex_byte_text(from.number);
+}
+
 /* Reads an address of a family with a prefix of 1 to `bits` bits. */
 static bool read_prefix(const std::string &text, OPEN_AF_t family, uint32_t bits, open_inet_pfx_t *prefix,
                         std::string *error) {
@@ -255,6 +289,9 @@ static constexpr placeholder placeholders[] = {
     {"<port>", read_port, print_interface},
     {"<port-channel>", read_port_channel, print_number},
     {"<mac>", read_mac, print_mac},
+    {"<mac-bits>", read_mac_bits, print_mac},
+    {"<ip-bits>", read_ip_bits, print_ip_bits},
+    {"<hex-byte>", read_hex_byte, print_hex_byte},
     {"<ip-prefix>", read_ip_prefix, print_prefix},
     {"<ipv6-prefix>", read_ipv6_prefix, print_prefix},
     {"<text>", read_text, print_text},

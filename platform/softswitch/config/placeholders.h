@@ -22,6 +22,9 @@ using id_list = std::vector<uint32_t>;
  *   <port>        number: a port or LAG
  *   <port-channel> number: a port-channel id; its LAG need not exist
  *   <mac>         mac
+ *   <mac-bits>    mac: any address, or a mask
+ *   <ip-bits>     number: any IPv4 address, or a mask; host byte order
+ *   <hex-byte>    number
  *   <ip-prefix>, <ipv6-prefix>  prefix, of the family
  *   <text>        text
  *   <number>      number

@@ -8,6 +8,7 @@
 #define KESTREL_SOFTSWITCH_MODEL_ACL_H
 
 #include "platform/softswitch/model/acl_rule.h"
+#include "platform/softswitch/model/limits.h"
 #include "platform/softswitch/model/shared_table.h"
 
 #include <compare>
@@ -21,7 +22,7 @@ namespace softswitch {
 
 inline constexpr uint32_t acl_rule_number_max = 2147483647;
 inline constexpr uint32_t acl_rule_step = 10; /* numbers that the switch picks are multiples of this */
-inline constexpr uint32_t acl_id_max = 100;   /* as many as there may be lists */
+inline constexpr uint32_t acl_id_max = limits().acls;
 
 struct acl_numbered_rule {
   uint32_t number;
