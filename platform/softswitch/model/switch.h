@@ -15,6 +15,7 @@
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/shared_table.h"
 #include "platform/softswitch/model/switchport.h"
+#include "platform/softswitch/model/tcam.h"
 #include "platform/softswitch/model/vlan.h"
 #include "platform/softswitch/services/profile.h"
 
@@ -35,6 +36,7 @@ struct switch_model {
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
+  shared_table<tcam_table> tcam;
   shared_table<address_table> addresses;
   shared_table<counter_table> counters;
 };
