@@ -17,8 +17,14 @@ open_error_t apply_lag(switch_model &model, std::span<const argument> arguments,
 }
 
 open_error_t apply_no_lag(switch_model &model, std::span<const argument> arguments, std::string *error) {
-  open_error_t rc = lag_delete(model, lag_of_port_channel(arguments[0].number));
-  if (rc != OPEN_E_NONE) *error = lag_words(arguments[0].number) + " does not exist";
+  uint32_t number = lag_of_port_channel(arguments[0].number);
+  open_error_t rc = lag_delete(model, number);
+  if (rc == OPEN_E_FAIL) {
+    uint32_t policy = tcam_policy_redirecting_to(model, number);
+    *error = "TCAM policy " + std::to_string(policy) + " redirects to " + lag_words(arguments[0].number);
+  } else if (rc != OPEN_E_NONE) {
+    *error = lag_words(arguments[0].number) + " does not exist";
+  }
   return rc;
 }
 
