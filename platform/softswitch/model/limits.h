@@ -37,8 +37,11 @@ inline constexpr uint32_t description_max = 64; /* bytes of an interface's descr
 struct limits {
   uint32_t vlans = 4094;
   uint32_t vlan_routing_interfaces = 128;
-  uint32_t lag_members = 32;           /* of one LAG */
-  uint32_t static_macs = 20;           /* locked on one port or LAG */
+  uint32_t lag_members = 32; /* of one LAG */
+  uint32_t static_macs = 20; /* locked on one port or LAG */
+  uint32_t acls = 100;
+  uint32_t acl_rules = 1023;           /* of one list */
+  uint32_t acl_bindings = 100;         /* of one interface or VLAN and direction */
   uint32_t secondary_addresses = 31;   /* IPv4, of one interface */
   uint32_t ipv6_addresses = 32;        /* of one interface */
   uint32_t equal_cost_routes = 32;     /* to one destination */

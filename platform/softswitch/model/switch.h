@@ -7,6 +7,7 @@
 #define KESTREL_SOFTSWITCH_MODEL_SWITCH_H
 
 #include "platform/api/openapi_common.h"
+#include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
@@ -36,6 +37,7 @@ struct switch_model {
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
+  shared_table<acl_table> acls;
   shared_table<tcam_table> tcam;
   shared_table<address_table> addresses;
   shared_table<counter_table> counters;

@@ -16,8 +16,9 @@ static uint32_t count_policies(const switch_model &model, uint32_t, uint32_t typ
   return static_cast<uint32_t>(std::count_if(policies.begin(), policies.end(), of_type));
 }
 
-static uint32_t count_rules(const switch_model &, uint32_t, uint32_t) {
-  return 0;
+static uint32_t count_rules(const switch_model &model, uint32_t stage, uint32_t type) {
+  bool egress = stage == OPEN_TCAM_STAGE_EGRESS;
+  return acl_rules_in_use(model, type, egress ? OPEN_ACL_DIRECTION_OUT : OPEN_ACL_DIRECTION_IN);
 }
 
 /* --- Kinds of entries ----------------------------------------------------------------------------------- */
