@@ -33,7 +33,7 @@ open_error_t rpcclt_openapiLagIfNumToPortChannelIdZYL(openapiClientHandle_t *han
  * OPEN_E_EXISTS  exists already */
 open_error_t rpcclt_openapiLagCreateZYL(openapiClientHandle_t *handle, uint32_t ifNum);
 /* Deletes a LAG with all its settings; its members leave it.
- * OPEN_E_FAIL    also: a rule of an access control list mirrors or redirects to it */
+ * OPEN_E_FAIL    also: a rule of an access control list or a TCAM policy sends packets to it */
 open_error_t rpcclt_openapiLagDeleteZYL(openapiClientHandle_t *handle, uint32_t ifNum);
 
 /* Bytes that a buffer for a LAG's name needs, the terminator included. */

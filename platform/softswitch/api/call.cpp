@@ -77,6 +77,7 @@ static std::string shown(const call_argument &argument) {
   switch (argument.what) {
   case call_argument::kind::number:
     return std::to_string(argument.number);
+  case call_argument::kind::number_in:
   case call_argument::kind::number_out:
     return std::to_string(*static_cast<const uint32_t *>(argument.pointer));
   case call_argument::kind::text:
@@ -87,6 +88,8 @@ static std::string shown(const call_argument &argument) {
   case call_argument::kind::address:
   case call_argument::kind::address_out:
     return inet_address_text(*static_cast<const open_inet_addr_t *>(argument.pointer));
+  case call_argument::kind::other_in:
+    return argument.describe(argument.pointer);
   case call_argument::kind::other_out:
     return "";
   }

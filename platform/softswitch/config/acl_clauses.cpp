@@ -71,8 +71,21 @@ template <auto Member, auto First, auto Second> static bool get_pair(const acl_r
   return pair.has_value();
 }
 
+static open_inet_pfx_t ipv4_address(uint32_t value) {
+  open_inet_pfx_t address = {};
+  address.ipAddr.family = OPEN_AF_INET;
+  address.ipAddr.addr.ipv4 = value;
+  return address;
+}
+
+template <auto Member> static void set_ipv4(acl_rule *rule, values given) {
+  rule->*Member = {given[0].prefix.ipAddr.addr.ipv4, given[1].prefix.ipAddr.addr.ipv4};
+}
+
 template <auto Member> static bool get_ipv4(const acl_rule &rule, value_list *list) {
-  return get_pair<Member, &acl_ipv4_match::address, &acl_ipv4_match::mask>(rule, list);
+  const std::optional<acl_ipv4_match> &match = rule.*Member;
+  if (match) *list = {ipv4_address(match->address), ipv4_address(match->mask)};
+  return match.has_value();
 }
 
 template <auto Member> static bool get_bits(const acl_rule &rule, value_list *list) {
@@ -141,16 +154,16 @@ template <auto Member> static bool get_port_range(const acl_rule &rule, value_li
 
 static constexpr clause<acl_rule> clauses[] = {
     {"every", set_every, get_every},
-    {"source-mac <mac-bits> mask <mac-bits>", set_mac<&acl_rule::source_mac>, get_mac<&acl_rule::source_mac>},
-    {"destination-mac <mac-bits> mask <mac-bits>", set_mac<&acl_rule::destination_mac>,
+    {"source-mac <any-mac> mask <any-mac>", set_mac<&acl_rule::source_mac>, get_mac<&acl_rule::source_mac>},
+    {"destination-mac <any-mac> mask <any-mac>", set_mac<&acl_rule::destination_mac>,
      get_mac<&acl_rule::destination_mac>},
     {"ethertype <number>", set_number<&acl_rule::ethertype>, get_number<&acl_rule::ethertype>},
     {"vlan <vlan>", set_vlan, get_vlan, "vlan-range"},
     {"vlan-range <vlan> <vlan>", set_pair<&acl_rule::vlan>, get_vlan_range, "vlan"},
     {"cos <number>", set_number<&acl_rule::cos>, get_number<&acl_rule::cos>},
     {"protocol <number>", set_number<&acl_rule::protocol>, get_number<&acl_rule::protocol>},
-    {"source <ip-bits> mask <ip-bits>", set_pair<&acl_rule::source_ipv4>, get_ipv4<&acl_rule::source_ipv4>},
-    {"destination <ip-bits> mask <ip-bits>", set_pair<&acl_rule::destination_ipv4>,
+    {"source <ip> mask <ip>", set_ipv4<&acl_rule::source_ipv4>, get_ipv4<&acl_rule::source_ipv4>},
+    {"destination <ip> mask <ip>", set_ipv4<&acl_rule::destination_ipv4>,
      get_ipv4<&acl_rule::destination_ipv4>},
     {"source-prefix <ipv6-prefix>", set_ipv6<&acl_rule::source_ipv6>, get_ipv6<&acl_rule::source_ipv6>},
     {"destination-prefix <ipv6-prefix>", set_ipv6<&acl_rule::destination_ipv6>,

@@ -92,9 +92,7 @@ open_error_t apply_acl_rule(switch_model &model, std::span<const argument> argum
   acl_rule rule;
   rule.action = arguments[3].number;
   if (!read_acl_clauses(model, arguments[4].words, &rule, error)) return OPEN_E_PARAM;
-  open_error_t rc = acl_rule_put(model, list->id, number, rule, error);
-  if (rc == OPEN_E_FULL) *error = list_words(named) + ": " + room_words(model.limits.acl_rules, "rules");
-  return rc;
+  return acl_rule_put(model, list->id, number, rule, error);
 }
 
 open_error_t apply_no_acl_rule(switch_model &model, std::span<const argument> arguments, std::string *error) {
@@ -140,6 +138,8 @@ static std::string refusal_words(const switch_model &model, open_error_t rc, con
   if (rc == OPEN_E_EXISTS)
     return list.name + " is bound to " + where + " with sequence number " +
            std::to_string(acl_bound_sequence(model, place, list.id));
+  if (rc == OPEN_E_FULL && acl_bound_sequence(model, place, list.id) != 0)
+    return "the TCAM has no room for the rules of " + list.name;
   if (rc == OPEN_E_FULL) return where + ": " + room_words(model.limits.acl_bindings, "access lists");
   for (const acl_binding &other : acl_bindings_at(model, place)) {
     if (other.sequence == sequence)

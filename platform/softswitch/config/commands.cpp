@@ -7,6 +7,7 @@
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/config/mac_locking_lines.h"
 #include "platform/softswitch/config/switchport_lines.h"
+#include "platform/softswitch/config/tcam_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
 
 namespace softswitch {
@@ -72,6 +73,12 @@ static constexpr command table[] = {
     {"no interface <port> acl in|out ip|mac|ipv6 <text>", apply_no_interface_acl, nullptr},
     {"vlan <vlan> acl in|out ip|mac|ipv6 <text> sequence <number>", apply_vlan_acl, print_vlan_acls},
     {"no vlan <vlan> acl in|out ip|mac|ipv6 <text>", apply_no_vlan_acl, nullptr},
+
+    {"tcam policy <number> openflow|ipv6|egress ...", apply_tcam_policy, print_tcam_policies},
+    {"no tcam policy <number>", apply_no_tcam_policy, nullptr},
+    {"no tcam policies", apply_no_tcam_policies, nullptr},
+    {"interface <port> tcam-policy <number>", apply_interface_tcam_policy, print_interface_tcam_policies},
+    {"no interface <port> tcam-policy <number>", apply_no_interface_tcam_policy, nullptr},
 
     {"interface <interface> ip address <ip-prefix>", apply_primary_address, print_primary_addresses},
     {"no interface <interface> ip address", apply_no_primary_address, nullptr},

@@ -19,6 +19,11 @@ static constexpr limit_name limit_names[] = {
     {"secondary-addresses", &limits::secondary_addresses},
     {"ipv6-addresses", &limits::ipv6_addresses},
     {"equal-cost-routes", &limits::equal_cost_routes},
+    {"tcam-ingress-policies", &limits::tcam_ingress_policies},
+    {"tcam-egress-policies", &limits::tcam_egress_policies},
+    {"tcam-ingress-slices-256", &limits::tcam_ingress_slices_256},
+    {"tcam-ingress-slices-512", &limits::tcam_ingress_slices_512},
+    {"tcam-egress-slices-256", &limits::tcam_egress_slices_256},
     {"settle-milliseconds", &limits::settle_milliseconds},
     {"journal-bytes", &limits::journal_bytes},
 };

@@ -15,6 +15,7 @@ void switch_reset(switch_model &model) {
   addresses_reset(model);
   mac_locking_reset(model);
   acls_reset(model);
+  tcam_reset(model);
   interfaces_reset(model);
   vlans_reset(model);
 }

@@ -16,6 +16,7 @@
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/shared_table.h"
 #include "platform/softswitch/model/switchport.h"
+#include "platform/softswitch/model/tcam.h"
 #include "platform/softswitch/model/time_ranges.h"
 #include "platform/softswitch/model/vlan.h"
 #include "platform/softswitch/services/profile.h"
@@ -38,6 +39,7 @@ struct switch_model {
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
   shared_table<acl_table> acls;
+  shared_table<tcam_table> tcam;
   shared_table<time_range_table> time_ranges;
   shared_table<address_table> addresses;
   shared_table<counter_table> counters;
