@@ -1,4 +1,4 @@
-/* Platform functions with bent outputs: see bent_platform.h. */
+/* Platform functions with bent outputs: see bent_platform.h. Those of access control lists: bent_acl.cpp. */
 #include "tests/unit/modules/bent_platform.h"
 
 #include "platform/api/openapi_if.h"
@@ -6,8 +6,8 @@
 #include "platform/api/openapi_pml.h"
 #include "platform/api/openapi_routing.h"
 #include "platform/api/openapi_vlan.h"
+#include "tests/unit/modules/bent_calls.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <string.h>
@@ -29,31 +29,27 @@ bent_output::~bent_output() {
   bent_numbers.erase(function_);
 }
 
-static void bend(const std::string &name, uint32_t *output) {
+void bend(const std::string &name, uint32_t *output) {
   auto bent = bent_numbers.find(name);
   if (bent == bent_numbers.end()) return;
   *output = bent->second.value;
   bent->second.used = true;
 }
 
-/* Calls the library's function and then bends `output`, which is among its arguments or within one. */
-template <typename... Arguments>
-static open_error_t call_library(const char *function, uint32_t *output, Arguments... arguments) {
-  typedef open_error_t (*library_function)(Arguments...);
-  open_error_t rc = reinterpret_cast<library_function>(dlsym(RTLD_NEXT, function))(arguments...);
-  bend(function, output);
-  return rc;
-}
-
-/* The same for a function that reads a text: bent, it fills the whole buffer with a character, leaves out the
- * terminator and says that the text is longer than the buffer. */
-static open_error_t read_from_library(const char *function, openapiClientHandle_t *handle, uint32_t ifNum,
-                                      open_buffdesc *text) {
-  uint32_t room = text->size, character = '\0';
-  open_error_t rc = call_library(function, &character, handle, ifNum, text);
-  if (character == '\0') return rc;
+void bend_text(const std::string &name, open_buffdesc *text, uint32_t room) {
+  uint32_t character = '\0';
+  bend(name, &character);
+  if (character == '\0') return;
   memset(text->pstart, static_cast<int>(character), room);
   text->size = 2 * room + 1;
+}
+
+/* A function that reads a text. */
+static open_error_t read_from_library(const char *function, openapiClientHandle_t *handle, uint32_t ifNum,
+                                      open_buffdesc *text) {
+  uint32_t room = text->size;
+  open_error_t rc = library_call(function, handle, ifNum, text);
+  bend_text(function, text, room);
   return rc;
 }
 

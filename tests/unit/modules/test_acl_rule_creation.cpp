@@ -32,7 +32,7 @@ TEST_P(AclAnyCreationTest, VariablesMayStandInTheBody) {
 }
 
 TEST_P(AclAnyCreationTest, UnknownListIsAnsweredWithTypeAndName) {
-  for (const char *name : {"other", "Four", "fourx", "m m", "si"}) {
+  for (const char *name : {"other", "Four", "fourx", "mm", "si"}) {
     Answers expected = expected_with_data(1, "There is no ACL configured with the name.",
                                           {text("acl_type", GetParam().type), text("acl_name", name)});
     std::string uri = std::string("/acl/") + GetParam().type + "/name/" + name + "/rule";
