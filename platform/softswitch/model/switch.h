@@ -7,6 +7,7 @@
 #define KESTREL_SOFTSWITCH_MODEL_SWITCH_H
 
 #include "platform/api/openapi_common.h"
+#include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
@@ -15,6 +16,8 @@
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/shared_table.h"
 #include "platform/softswitch/model/switchport.h"
+#include "platform/softswitch/model/tcam.h"
+#include "platform/softswitch/model/time_ranges.h"
 #include "platform/softswitch/model/vlan.h"
 #include "platform/softswitch/services/profile.h"
 
@@ -35,6 +38,9 @@ struct switch_model {
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
+  shared_table<acl_table> acls;
+  shared_table<tcam_table> tcam;
+  shared_table<time_range_table> time_ranges;
   shared_table<address_table> addresses;
   shared_table<counter_table> counters;
 };
@@ -43,7 +49,7 @@ struct switch_model {
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, counters (save of interfaces that go), readiness. */
+ * cables, time ranges, counters (save of interfaces that go), readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */
