@@ -110,6 +110,11 @@ inline result_nodes ip_rule_nodes(uint32_t sequence, const std::string &protocol
 
 class AclTest : public PlatformTest {
 protected:
+  AclTest() {
+    lower_limit("acls", 100);
+    lower_limit("acl-rules", 1023);
+    lower_limit("acl-bindings", 100);
+  }
   Answers get(const std::string &uri, const std::string &query = "") const {
     return call(acl_api_handler, "GET", uri, query);
   }

@@ -85,8 +85,12 @@ TEST_P(AclAnyCreationTest, SequenceNumberThatIsNoNumberIsRefused) {
 }
 
 TEST_P(AclAnyCreationTest, FullListIsRefusedWithData) {
-  fault("rpcclt_openapiAclRuleActionAdd", OPEN_E_FULL, 2);
+  lower_limit("acl-rules", 2);
+  add_rule(GetParam().id, OPEN_ACL_ACTION_DENY, 1);
+  add_rule(GetParam().id, OPEN_ACL_ACTION_PERMIT, 2);
   expect_no_rule(GetParam(), plain(), refused_as_full(GetParam()));
+  expect_no_rule(GetParam(), plain("&sequence=3"), refused_as_full(GetParam()));
+  expect_none_begun(GetParam(), plain("&sequence=x"));
   EXPECT_EQ(refused_as_full(GetParam()).xml,
             std::string("<result><rlt_code>2</rlt_code><rlt_mesg>The ACL rules count is full or the sequence "
                         "number is not available.</rlt_mesg><rlt_data><acl_type>") +

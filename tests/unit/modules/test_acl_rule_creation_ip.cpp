@@ -147,7 +147,7 @@ TEST_F(AclIpCreationTest, Ipv6PrefixesHaveLengths) {
     const char *written, *read;
     int length;
   } rows[] = {{"2001:DB8::", "2001:db8::", 32},
-              {"::", "::", 0},
+              {"::", "::", 1},
               {"fe80:0:0:0:0:0:0:1", "fe80::1", 128},
               {"::ffff:192.0.2.0", "::ffff:192.0.2.0", 120}};
   for (const auto &row : rows) {
@@ -207,7 +207,7 @@ TEST_F(AclIpCreationTest, TextsThatAreNoIpv6PrefixesAreRefused) {
     expect_none(ipv6_list(), "protocol=ipv6&dest_prefix=any&src_prefix_length=64&src_prefix=" + bad);
     expect_none(ipv6_list(), "protocol=ipv6&src_prefix=any&dest_prefix_length=64&dest_prefix=" + bad);
   }
-  for (const char *length : {"", "=", "=x", "=-1", "=129", "=64%20", "=4294967296", "=any", "=/64"}) {
+  for (const char *length : {"", "=", "=x", "=-1", "=0", "=129", "=64%20", "=4294967296", "=any", "=/64"}) {
     expect_none(ipv6_list(),
                 std::string("protocol=ipv6&dest_prefix=any&src_prefix=::&src_prefix_length") + length);
     expect_none(ipv6_list(),
