@@ -22,8 +22,12 @@ void expect_failures_answered(rest_handler_t handler, openapiClientHandle_t *cli
                               const operation_calls &operation, const std::string &function,
                               unsigned skip = 0);
 
-/* The same for every function of the operation, and: the functions are called in the order told, and none is
- * called after one that failed. */
+/* The functions are called in the order told, and none is called after one that failed: each answers `first`,
+ * which must be the request's answer, and those after it OPEN_E_TIMEOUT. */
+void expect_calls_end_at_a_failure(rest_handler_t handler, openapiClientHandle_t *client_handle,
+                                   const operation_calls &operation, open_error_t first);
+
+/* Both for every function of the operation. */
 void expect_every_failure_answered(rest_handler_t handler, openapiClientHandle_t *client_handle,
                                    const operation_calls &operation);
 

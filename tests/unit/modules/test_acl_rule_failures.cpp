@@ -1,0 +1,266 @@
+/* Making rules when the platform fails: every call with every result. Whatever fails, no rule is left behind
+ * and the first failure is answered. */
+#include "tests/unit/modules/acl_creation_fixture.h"
+#include "tests/unit/modules/failing_calls.h"
+
+#include <algorithm>
+
+static const std::string ADD = "rpcclt_openapiAclRuleMatch";
+
+/* A request and the matches and attributes that it adds, in their order: names of platform functions without
+ * "rpcclt_openapiAclRuleMatch" and "Add". */
+struct rule_request {
+  const rule_list &list;
+  std::string query;
+  std::vector<std::string> adds;
+};
+
+static std::string function_of(const std::string &add) {
+  return ADD + add + "Add";
+}
+
+static const std::string ATTRIBUTES =
+    "&log=1&assign_queue=5&mirror_intf=7&redirect_intf=56&time_range=work&rate_limit=1000&burst_size=64";
+static const std::vector<std::string> ATTRIBUTE_ADDS = {"Logging",  "AssignQueue", "Mirror",
+                                                        "Redirect", "TimeRange",   "RateLimit"};
+
+static std::vector<std::string> with_attributes(std::vector<std::string> adds) {
+  adds.insert(adds.end(), ATTRIBUTE_ADDS.begin(), ATTRIBUTE_ADDS.end());
+  return adds;
+}
+
+static const std::string IPV4_ENDS =
+    "&src_ip=10.0.0.0&src_mask=255.0.0.0&dest_ip=10.0.0.1&dest_mask=255.0.0.0";
+static const std::string IPV6_ENDS =
+    "&src_prefix=2001::&src_prefix_length=16&dest_prefix=2002::&dest_prefix_length=16";
+
+/* Requests in which every match and attribute occurs. */
+static const std::vector<rule_request> &rule_requests() {
+  static const std::vector<rule_request> requests = {
+      {mac_list(),
+       "action=permit&src_mac=02:00:00:00:00:01&src_mask=FF:FF:FF:FF:FF:FF&dest_mac=02:00:00:00:00:02"
+       "&dest_mask=FF:FF:FF:FF:FF:FF&ethertype=arp&vlan=5&cos=3" +
+           ATTRIBUTES,
+       with_attributes({"MacSrcMac", "MacDstMac", "MacEtherType", "MacVlan", "MacCos", "Every"})},
+      {mac_list(), "action=deny&src_mac=any&dest_mac=any", {"Every"}},
+      {mac_list(), "action=deny&src_mac=any&dest_mac=bpdu", {"MacDstMac", "Every"}},
+      {ipv4_list(),
+       "action=permit&protocol=tcp&dscp=1&precedence=2&tos=a0&fragments=0&src_l4_port=eq:80&dest_l4_port=eq:"
+       "81"
+       "&tcp_syn=1&tcp_established=0" +
+           IPV4_ENDS + ATTRIBUTES,
+       with_attributes({"IpSrcMask", "IpDstMask", "Dscp", "Precedence", "Tos", "Fragments", "Protocol",
+                        "L4SrcPort", "L4DstPort", "TcpFlags", "TcpEstablished"})},
+      {ipv4_list(),
+       "action=permit&protocol=igmp&src_ip=any&dest_ip=any&igmp_type=22",
+       {"Protocol", "IgmpType"}},
+      {ipv4_list(),
+       "action=permit&protocol=icmp&src_ip=any&dest_ip=any&icmp_message=echo",
+       {"Protocol", "IcmpTypeCode"}},
+      {ipv4_list(),
+       "action=permit&protocol=icmp&src_ip=any&dest_ip=any&icmp_type=8",
+       {"Protocol", "IcmpTypeCode"}},
+      {ipv4_list(), "action=permit&protocol=ip&src_ip=any&dest_ip=any" + ATTRIBUTES,
+       with_attributes({"Every"})},
+      {ipv4_list(), "action=permit&protocol=ip&src_ip=any&dest_ip=any&dscp=1", {"Dscp", "Protocol"}},
+      {ipv4_list(), "action=permit&protocol=every&dscp=1" + IPV4_ENDS, {"Every"}},
+      {ipv6_list(),
+       "action=permit&protocol=tcp&dscp=1&precedence=2&tos=a0&fragments=0&routing=1&flow_lable=5"
+       "&src_l4_port=eq:80&dest_l4_port=eq:81&tcp_syn=1&tcp_established=0" +
+           IPV6_ENDS + ATTRIBUTES,
+       with_attributes({"Ipv6SrcPfx", "Ipv6DstPfx", "Dscp", "Precedence", "Tos", "Fragments", "Routing",
+                        "FlowLabel", "Protocol", "L4SrcPort", "L4DstPort", "TcpFlags", "TcpEstablished"})},
+      {ipv6_list(),
+       "action=permit&protocol=icmpv6&src_prefix=any&dest_prefix=any&icmp_message=echo-reply",
+       {"Protocol", "IcmpTypeCode"}},
+      {ipv6_list(),
+       "action=permit&protocol=icmpv6&src_prefix=any&dest_prefix=any&icmp_type=8",
+       {"Protocol", "IcmpTypeCode"}},
+      {ipv6_list(), "action=permit&protocol=ipv6&src_prefix=any&dest_prefix=any", {"Every"}},
+      {ipv6_list(), "action=permit&protocol=every", {"Every"}},
+  };
+  return requests;
+}
+
+/* A failed protocol is a bad one, whatever the platform says. */
+static Answers answer_to(const std::string &add, open_error_t rc) {
+  return expected_platform_error(add == "Protocol" ? OPEN_E_PARAM : rc);
+}
+
+class AclRuleFailureTest : public AclCreationTest {
+protected:
+  AclRuleFailureTest() {
+    for (uint32_t aclId : {1u, 2u, 3u}) add_rule(aclId, OPEN_ACL_ACTION_DENY, 1);
+  }
+  /* The other rule of the list is still its only one. */
+  void expect_no_rule_left(const rule_list &list) const {
+    uint32_t ruleId = 0;
+    EXPECT_EQ(rule_count(list.id), 1u);
+    EXPECT_EQ(rpcclt_openapiAclRuleGetFirst(handle, list.id, &ruleId), OPEN_E_NONE);
+    EXPECT_EQ(ruleId, 1u);
+  }
+  /* The call of a function fails with each error. */
+  template <typename Expected>
+  void expect_failures(const rule_request &request, const std::string &function, Expected expected) const {
+    for (open_error_t rc : all_platform_errors()) {
+      for (const char *format : {"xml", "json"}) {
+        fault(function, rc);
+        Answers answers = expected(rc);
+        EXPECT_EQ(failed("POST", request.list.uri(), request.query, format),
+                  *format == 'x' ? answers.xml : answers.json)
+            << function << " " << rc;
+        expect_no_rule_left(request.list);
+      }
+    }
+  }
+};
+
+TEST_F(AclRuleFailureTest, MatchOrAttributeThatFailsIsAnsweredAndLeavesNoRule) {
+  for (const rule_request &request : rule_requests()) {
+    SCOPED_TRACE(request.query);
+    for (const std::string &add : request.adds)
+      expect_failures(request, function_of(add), [&](open_error_t rc) { return answer_to(add, rc); });
+  }
+}
+
+TEST_F(AclRuleFailureTest, LookupAndCreationThatFailAreAnswered) {
+  for (const rule_request &request : rule_requests()) {
+    SCOPED_TRACE(request.query);
+    expect_failures(request, "rpcclt_openapiAclGet", [&](open_error_t rc) {
+      if (rc != OPEN_E_NOT_FOUND) return expected_platform_error(rc);
+      return expected_with_data(1, "There is no ACL configured with the name.",
+                                {text("acl_type", request.list.type), text("acl_name", request.list.name)});
+    });
+    expect_failures(request, "rpcclt_openapiAclRuleActionAdd", [&](open_error_t rc) {
+      return rc == OPEN_E_FULL ? refused_as_full(request.list) : expected_platform_error(rc);
+    });
+  }
+}
+
+TEST_F(AclRuleFailureTest, SequenceNumberThatCannotBeCheckedIsNotAvailable) {
+  for (const rule_request &request : rule_requests()) {
+    rule_request numbered = {request.list, request.query + "&sequence=7", request.adds};
+    expect_failures(numbered, "rpcclt_openapiAclRuleNumCheckValid",
+                    [&](open_error_t) { return refused_as_full(request.list); });
+  }
+}
+
+TEST_F(AclRuleFailureTest, CallsAreMadeInOrderAndNoneAfterAFailure) {
+  for (const rule_request &request : rule_requests()) {
+    operation_calls operation = {"POST", "", "", {"rpcclt_openapiAclGet", "rpcclt_openapiAclRuleActionAdd"}};
+    const std::string uri = request.list.uri();
+    operation.uri = uri.c_str();
+    operation.query = request.query.c_str();
+    for (const std::string &add : request.adds) operation.functions.push_back(function_of(add));
+    operation.later = {"rpcclt_openapiAclRuleDuplicateCheck"};
+    expect_calls_end_at_a_failure(acl_api_handler, handle, operation, OPEN_E_PARAM);
+    expect_no_rule_left(request.list);
+  }
+}
+
+static const std::vector<std::string> &all_adds() {
+  static const std::vector<std::string> adds = {
+      "AssignQueue", "Dscp",           "Every",      "FlowLabel",  "Fragments",    "IcmpTypeCode",
+      "IgmpType",    "IpDstMask",      "IpSrcMask",  "Ipv6DstPfx", "Ipv6SrcPfx",   "L4DstPort",
+      "L4SrcPort",   "Logging",        "MacCos",     "MacDstMac",  "MacEtherType", "MacSrcMac",
+      "MacVlan",     "Mirror",         "Precedence", "Protocol",   "RateLimit",    "Redirect",
+      "Routing",     "TcpEstablished", "TcpFlags",   "TimeRange",  "Tos"};
+  return adds;
+}
+
+TEST_F(AclRuleFailureTest, NothingElseIsAdded) {
+  for (const rule_request &request : rule_requests()) {
+    std::string others;
+    for (const std::string &add : all_adds()) {
+      if (std::find(request.adds.begin(), request.adds.end(), add) != request.adds.end()) continue;
+      fault(function_of(add), OPEN_E_FAIL);
+      others += function_of(add) + " OPEN_E_FAIL 1 0\n";
+    }
+    done("POST", request.list.uri(), request.query);
+    EXPECT_EQ(lab("fault list"), others) << request.query;
+    lab("fault clear");
+    delete_rule(request.list.id, 10);
+  }
+}
+
+TEST_F(AclRuleFailureTest, EveryMatchAndAttributeOccurs) {
+  for (const std::string &add : all_adds()) {
+    bool occurs = false;
+    for (const rule_request &request : rule_requests())
+      occurs = occurs || std::find(request.adds.begin(), request.adds.end(), add) != request.adds.end();
+    EXPECT_TRUE(occurs) << add;
+  }
+}
+
+/* --- Deleting the half-built rule ------------------------------------------------------------------------
+ */
+
+TEST_F(AclRuleFailureTest, FirstFailureIsAnsweredThoughTheRuleCannotBeDeleted) {
+  for (const rule_request &request : rule_requests()) {
+    for (const std::string &add : request.adds) {
+      fault(function_of(add), OPEN_E_EXISTS);
+      fault("rpcclt_openapiAclRuleDelete", OPEN_E_TIMEOUT);
+      EXPECT_EQ(failed("POST", request.list.uri(), request.query), answer_to(add, OPEN_E_EXISTS).xml)
+          << request.query << add;
+      EXPECT_EQ(lab("fault list"), "");
+      EXPECT_EQ(rule_count(request.list.id), 2u);
+      delete_rule(request.list.id, 10);
+    }
+  }
+}
+
+TEST_F(AclRuleFailureTest, BadValueIsAnsweredThoughTheRuleCannotBeDeleted) {
+  for (const rule_list &list : {mac_list(), ipv4_list(), ipv6_list()}) {
+    for (open_error_t rc : all_platform_errors()) {
+      fault("rpcclt_openapiAclRuleDelete", rc);
+      EXPECT_EQ(failed("POST", list.uri(), std::string(list.plain) + "&log=2"), refused().xml) << rc;
+      delete_rule(list.id, 10);
+    }
+  }
+}
+
+TEST_F(AclRuleFailureTest, DuplicateIsAnsweredThoughItCannotBeDeleted) {
+  for (const rule_list &list : {mac_list(), ipv4_list(), ipv6_list()}) {
+    done("POST", list.uri(), list.plain);
+    fault("rpcclt_openapiAclRuleDelete", OPEN_E_TIMEOUT);
+    EXPECT_EQ(failed("POST", list.uri(), list.plain), refused_as_duplicate(list).xml);
+    EXPECT_EQ(rule_count(list.id), 3u);
+  }
+}
+
+TEST_F(AclRuleFailureTest, NothingIsDeletedBeforeARuleIsMadeOrAfterSuccess) {
+  for (const rule_list &list : {mac_list(), ipv4_list(), ipv6_list()}) {
+    const std::string untouched = "rpcclt_openapiAclRuleDelete OPEN_E_TIMEOUT 1 0\n";
+    fault("rpcclt_openapiAclRuleDelete", OPEN_E_TIMEOUT);
+    failed("POST", list.uri(), "action=x");
+    failed("POST", list.uri(), std::string(list.plain) + "&sequence=1");
+    done("POST", list.uri(), list.plain);
+    fault("rpcclt_openapiAclRuleActionAdd", OPEN_E_FAIL);
+    failed("POST", list.uri(), list.conditions);
+    EXPECT_EQ(lab("fault list"), untouched);
+    lab("fault clear");
+    EXPECT_EQ(rule_count(list.id), 2u);
+  }
+}
+
+/* --- Addresses -------------------------------------------------------------------------------------------
+ */
+
+/* A text that cannot be parsed is a bad one, whatever the platform says. */
+TEST_F(AclRuleFailureTest, AddressThatCannotBeParsedIsRefused) {
+  struct {
+    const rule_list &list;
+    std::string query;
+    unsigned addresses;
+  } rows[] = {{ipv4_list(), "action=permit&protocol=ip" + IPV4_ENDS, 4},
+              {ipv6_list(), "action=permit&protocol=ipv6" + IPV6_ENDS, 2}};
+  for (const auto &row : rows) {
+    for (unsigned skip = 0; skip < row.addresses; skip++) {
+      for (open_error_t rc : all_platform_errors()) {
+        fault("rpcclt_openapiInetAddrGet", rc, 1, skip);
+        EXPECT_EQ(failed("POST", row.list.uri(), row.query), refused().xml) << rc;
+        expect_no_rule_left(row.list);
+      }
+    }
+  }
+}
