@@ -1,10 +1,12 @@
 /* Lists when the platform never says that they are over: the daemon must neither hang nor fill its memory.
  * Each test makes a walk come back to where it has been. */
 #include "engine/rest_request.h"
+#include "modules/rest_module_acl.h"
 #include "modules/rest_module_interface.h"
 #include "modules/rest_module_lag.h"
 #include "modules/rest_module_pml.h"
 #include "modules/rest_module_vlan.h"
+#include "platform/api/openapi_acl.h"
 #include "platform/api/openapi_if.h"
 #include "platform/api/openapi_pml.h"
 #include "platform/api/openapi_vlan.h"
@@ -60,6 +62,30 @@ TEST_F(EndlessWalkTest, ListsOfLockedAddressesAreGivenUp) {
   }
   bent_output before_this_entry("rpcclt_openapiPmlIntfStaticEntryGetNext", 1);
   expect_given_up(pml_api_handler, "/pml/if/5/mac");
+}
+
+TEST_F(EndlessWalkTest, AccessControlListsAreGivenUp) {
+  struct {
+    OPEN_ACL_TYPE_t type;
+    const char *uri, *list_uri;
+  } rows[] = {{OPEN_ACL_TYPE_MAC, "/acl/mac", "/acl/mac/name/x"},
+              {OPEN_ACL_TYPE_IP, "/acl/ip", "/acl/ip/name/x"},
+              {OPEN_ACL_TYPE_IPV6, "/acl/ipv6", "/acl/ipv6/name/x"}};
+  for (const auto &row : rows) {
+    uint32_t aclId = 0, ruleId = 7;
+    open_buffdesc name = describe_characters("x");
+    EXPECT_EQ(rpcclt_openapiAclCreate(handle, row.type, &name, &aclId), OPEN_E_NONE);
+    EXPECT_EQ(rpcclt_openapiAclRuleActionAdd(handle, aclId, &ruleId, OPEN_ACL_ACTION_DENY), OPEN_E_NONE);
+    EXPECT_EQ(rpcclt_openapiAclRuleActionAdd(handle, aclId, &(ruleId = 8), OPEN_ACL_ACTION_DENY),
+              OPEN_E_NONE);
+    bent_output before_this_rule("rpcclt_openapiAclRuleGetNext", 7);
+    expect_given_up(acl_api_handler, row.list_uri);
+    uint32_t other = 0;
+    open_buffdesc other_name = describe_characters("y");
+    EXPECT_EQ(rpcclt_openapiAclCreate(handle, row.type, &other_name, &other), OPEN_E_NONE);
+    bent_output before_this_list("rpcclt_openapiAclGetNext", aclId);
+    expect_given_up(acl_api_handler, row.uri);
+  }
 }
 
 /* --- Addresses -------------------------------------------------------------------------------------------
