@@ -239,10 +239,19 @@ TEST_F(AclFailureTest, BindingFailsWithThePlatformsResult) {
 
 /* A request that is refused for what it says does not reach the platform. */
 TEST_F(AclFailureTest, BadRequestsAskThePlatformNothing) {
+  const std::string long_name(32, 'n');
   struct {
-    const char *method, *uri, *query;
+    const char *method;
+    std::string uri, query;
   } rows[] = {
       {"POST", "/acl/ip/name", "name="},
+      {"POST", "/acl/ip/name", "name=" + long_name},
+      {"DELETE", "/acl/ip/name", "name=" + long_name},
+      {"GET", "/acl/ip/name/" + long_name, ""},
+      {"POST", "/acl/ip/name/" + long_name + "/rule", "action=permit&protocol=every"},
+      {"DELETE", "/acl/ip/name/" + long_name + "/rule", "sequence=10"},
+      {"POST", "/acl/if/3", "direction=in&type=ip&sequence=1&name=" + long_name},
+      {"DELETE", "/acl/vlan/10", "direction=in&type=ip&name=" + long_name},
       {"POST", "/acl/ipx/name", "name=new"},
       {"DELETE", "/acl/ip/name", ""},
       {"DELETE", "/acl/ipx/name/web/rule", "sequence=10"},

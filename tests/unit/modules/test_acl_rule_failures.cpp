@@ -264,3 +264,104 @@ TEST_F(AclRuleFailureTest, AddressThatCannotBeParsedIsRefused) {
     }
   }
 }
+
+/* --- What the platform is asked --------------------------------------------------------------------------
+ */
+
+/* A value given to a rule, and what it would be added with. */
+struct value_row {
+  const rule_list &list;
+  std::string query;
+  const char *add;
+};
+
+static const std::string IPV4_TCP = "action=permit&protocol=tcp&src_ip=any&dest_ip=any&";
+static const std::string IPV6_TCP = "action=permit&protocol=tcp&src_prefix=any&dest_prefix=any&";
+static const std::string MAC_ANY = "action=permit&src_mac=any&dest_mac=any&";
+static const std::string ICMP = "action=permit&protocol=icmp&src_ip=any&dest_ip=any&";
+static const std::string LONG_MAC(18, 'F'), TOO_LONG_MAC(19, 'F');
+
+TEST_F(AclRuleFailureTest, ValueThatCannotBeReadIsNotHandedOn) {
+  const value_row rows[] = {
+      {mac_list(), "action=permit&dest_mac=any&src_mask=x&src_mac=" + TOO_LONG_MAC, "MacSrcMac"},
+      {mac_list(), "action=permit&dest_mac=any&src_mac=x&src_mask=" + TOO_LONG_MAC, "MacSrcMac"},
+      {mac_list(), "action=permit&src_mac=any&dest_mask=x&dest_mac=" + TOO_LONG_MAC, "MacDstMac"},
+      {mac_list(), "action=permit&src_mac=any&dest_mac=x&dest_mask=" + TOO_LONG_MAC, "MacDstMac"},
+      {mac_list(), "action=permit&dest_mac=any", "MacSrcMac"},
+      {mac_list(), MAC_ANY + "ethertype=0x0806", "MacEtherType"},
+      {mac_list(), MAC_ANY + "vlan=x", "MacVlan"},
+      {mac_list(), MAC_ANY + "cos=4294967296", "MacCos"},
+      {ipv4_list(), "action=permit&protocol=tcp&dest_ip=any&src_mask=255.0.0.0&src_ip=x", "IpSrcMask"},
+      {ipv4_list(), "action=permit&protocol=tcp&dest_ip=any&src_mask=255.0.0.0&src_ip=::1", "IpSrcMask"},
+      {ipv4_list(), "action=permit&protocol=tcp&src_ip=any&dest_mask=x&dest_ip=10.0.0.1", "IpDstMask"},
+      {ipv4_list(), IPV4_TCP + "dscp=x", "Dscp"},
+      {ipv4_list(), IPV4_TCP + "precedence=x", "Precedence"},
+      {ipv4_list(), IPV4_TCP + "fragments=2", "Fragments"},
+      {ipv4_list(), IPV4_TCP + "src_l4_port=range:1", "L4SrcPort"},
+      {ipv4_list(), ICMP + "dest_l4_port=eq:80", "L4DstPort"},
+      {ipv4_list(), ICMP + "igmp_type=1", "IgmpType"},
+      {ipv4_list(), ICMP + "icmp_message=x", "IcmpTypeCode"},
+      {ipv4_list(), ICMP + "icmp_type=x", "IcmpTypeCode"},
+      {ipv4_list(), ICMP + "icmp_type=8&icmp_code=x", "IcmpTypeCode"},
+      {ipv4_list(), IPV4_TCP + "icmp_type=8", "IcmpTypeCode"},
+      {ipv4_list(), IPV4_TCP + "tcp_fin=1&tcp_syn=2", "TcpFlags"},
+      {ipv4_list(), ICMP + "tcp_syn=1", "TcpFlags"},
+      {ipv4_list(), IPV4_TCP + "tcp_established=2", "TcpEstablished"},
+      {ipv4_list(), ICMP + "tcp_established=1", "TcpEstablished"},
+      {ipv4_list(), IPV4_TCP + "tcp_established=1&tcp_rst=0", "TcpEstablished"},
+      {ipv6_list(), "action=permit&protocol=tcp&dest_prefix=any&src_prefix_length=64&src_prefix=x",
+       "Ipv6SrcPfx"},
+      {ipv6_list(), "action=permit&protocol=tcp&src_prefix=any&dest_prefix=::&dest_prefix_length=x",
+       "Ipv6DstPfx"},
+      {ipv6_list(), IPV6_TCP + "routing=2", "Routing"},
+      {ipv6_list(), IPV6_TCP + "flow_lable=x", "FlowLabel"},
+      {mac_list(), MAC_ANY + "log=2", "Logging"},
+      {mac_list(), MAC_ANY + "assign_queue=x", "AssignQueue"},
+      {mac_list(), MAC_ANY + "mirror_intf=x", "Mirror"},
+      {mac_list(), MAC_ANY + "redirect_intf=x", "Redirect"},
+      {mac_list(), MAC_ANY + "rate_limit=1000", "RateLimit"},
+      {mac_list(), MAC_ANY + "rate_limit=1000&burst_size=x", "RateLimit"},
+  };
+  for (const value_row &row : rows) {
+    fault(function_of(row.add), OPEN_E_EXISTS);
+    EXPECT_EQ(failed("POST", row.list.uri(), row.query), refused().xml) << row.query;
+    EXPECT_EQ(lab("fault list"), function_of(row.add) + " OPEN_E_EXISTS 1 0\n") << row.query;
+    lab("fault clear");
+    expect_no_rule_left(row.list);
+  }
+}
+
+TEST_F(AclRuleFailureTest, RangesAndFormsAreThePlatformsToCheck) {
+  const value_row rows[] = {
+      {mac_list(), "action=permit&dest_mac=any&src_mask=x&src_mac=" + LONG_MAC, "MacSrcMac"},
+      {mac_list(), "action=permit&dest_mac=any&src_mac=x&src_mask=" + LONG_MAC, "MacSrcMac"},
+      {mac_list(), "action=permit&src_mac=any&dest_mask=x&dest_mac=" + LONG_MAC, "MacDstMac"},
+      {mac_list(), "action=permit&src_mac=any&dest_mac=x&dest_mask=" + LONG_MAC, "MacDstMac"},
+      {mac_list(), MAC_ANY + "ethertype=4294967295", "MacEtherType"},
+      {mac_list(), MAC_ANY + "vlan=4294967295", "MacVlan"},
+      {mac_list(), MAC_ANY + "cos=8", "MacCos"},
+      {ipv4_list(), IPV4_TCP + "dscp=64", "Dscp"},
+      {ipv4_list(), IPV4_TCP + "precedence=8", "Precedence"},
+      {ipv4_list(), IPV4_TCP + "tos=" + std::string(255, 'x'), "Tos"},
+      {ipv4_list(), IPV4_TCP + "tos=a0&tos_mask=x", "Tos"},
+      {ipv4_list(), IPV4_TCP + "src_l4_port=eq:65536", "L4SrcPort"},
+      {ipv4_list(), IPV4_TCP + "dest_l4_port=range:2:1", "L4DstPort"},
+      {ipv4_list(), "action=permit&protocol=igmp&src_ip=any&dest_ip=any&igmp_type=256", "IgmpType"},
+      {ipv4_list(), ICMP + "icmp_type=256", "IcmpTypeCode"},
+      {ipv4_list(), ICMP + "icmp_type=8&icmp_code=256", "IcmpTypeCode"},
+      {ipv6_list(),
+       "action=permit&protocol=tcp&dest_prefix=any&src_prefix_length=129&src_prefix=::", "Ipv6SrcPfx"},
+      {ipv6_list(), IPV6_TCP + "flow_lable=1048576", "FlowLabel"},
+      {mac_list(), MAC_ANY + "assign_queue=8", "AssignQueue"},
+      {mac_list(), MAC_ANY + "mirror_intf=0", "Mirror"},
+      {mac_list(), MAC_ANY + "redirect_intf=4294967295", "Redirect"},
+      {mac_list(), MAC_ANY + "time_range=" + std::string(255, 'x'), "TimeRange"},
+      {mac_list(), MAC_ANY + "rate_limit=0&burst_size=129", "RateLimit"},
+  };
+  for (const value_row &row : rows) {
+    fault(function_of(row.add), OPEN_E_EXISTS);
+    EXPECT_EQ(failed("POST", row.list.uri(), row.query), expected_platform_error(OPEN_E_EXISTS).xml)
+        << row.query;
+    expect_no_rule_left(row.list);
+  }
+}
