@@ -2,8 +2,8 @@
 JSON, over both ports."""
 
 import harness
-from policies import (DELETED, DUPLICATE, EVERY, KINDS, NO_ROOM_FOR_RULE, NO_SUCH_LIST, AclTest, acl, acl_entry, acls,
-                      every_rule, ip_fields, made, rule, tcp_flags)
+from policies import (DELETED, DUPLICATE, EVERY, KINDS, NO_ROOM_FOR_RULE, NO_SUCH_LIST, AclTest, acl,
+                      acl_entry, acls, every_rule, ip_fields, made, rule, tcp_flags)
 from wire import GOT, REFUSED, Nodes
 
 ANY = {"mac": ("src_mac=any", "dest_mac=any"), "ip": ("src_ip=any", "dest_ip=any"),
@@ -28,8 +28,8 @@ REFUSED_ATTRIBUTES = [
     ("mirror_intf=55",), ("mirror_intf=200",), ("redirect_intf=120",), ("redirect_intf=4294967296",),
     ("redirect_intf=0/4",), ("time_range=" + "t" * 32,), ("time_range=a+b",), ("time_range=a%0Ab",),
     ("rate_limit=1000",), ("rate_limit=1000", "burst_size="), ("rate_limit=1000", "burst_size=0"),
-    ("rate_limit=1000", "burst_size=129"), ("rate_limit=0", "burst_size=1"), ("rate_limit=1k", "burst_size=1"),
-    ("rate_limit=1000", "burst_size=-1"),
+    ("rate_limit=1000", "burst_size=129"), ("rate_limit=0", "burst_size=1"),
+    ("rate_limit=1k", "burst_size=1"), ("rate_limit=1000", "burst_size=-1"),
 ]
 
 
@@ -80,12 +80,12 @@ class Rules(AclTest):
         def scene():
             for number, kind in enumerate(KINDS, 1):
                 self.create(kind, "long")
-                def given(at):
-                    return (*EVERY[kind], f"action={('permit', 'deny')[at % 2]}", f"rate_limit={at}", "burst_size=1")
                 for at in range(1, 201):
-                    self.create_rule(kind, "long", number, 10 * at, *given(at))
+                    given = (*EVERY[kind], "action=" + ("permit", "deny")[at % 2], f"rate_limit={at}",
+                             "burst_size=1")
+                    self.create_rule(kind, "long", number, 10 * at, *given)
                 self.check("POST", f"/acl/{kind}/name/long/rule", DUPLICATE, made(kind, "long", number),
-                           variables=given(77))
+                           variables=given)
                 rules = [every_rule(10 * at, {"rate_limit": at, "burst_size": 1}, ("Permit", "Deny")[at % 2])
                          for at in range(1, 201)]
                 self.check("GET", f"/acl/{kind}/name/long", GOT, acl("long", number, rules))
@@ -95,9 +95,9 @@ class Rules(AclTest):
 
 class MacRules(AclTest):
     ETHERTYPES = {"appletalk": 0x809B, "arp": 0x0806, "ibmsna": 0x80D5, "ipv4": 0x0800, "ipv6": 0x86DD,
-                  "ipx": 0x8037, "mplsmcast": 0x8848, "mplsucast": 0x8847, "netbios": 0x8191, "novell": 0x8137,
-                  "novell2": 0x8138, "pppoe": 0x8863, "pppoe2": 0x8864, "rarp": 0x8035, "1536": 1536,
-                  "65535": 65535, "34825": 0x8809}
+                  "ipx": 0x8037, "mplsmcast": 0x8848, "mplsucast": 0x8847, "netbios": 0x8191,
+                  "novell": 0x8137, "novell2": 0x8138, "pppoe": 0x8863, "pppoe2": 0x8864, "rarp": 0x8035,
+                  "1536": 1536, "65535": 65535, "34825": 0x8809}
 
     def test_matches(self):
         station = {"mac": "00:11:22:AA:BB:CC", "mask": "FF:FF:FF:FF:FF:FF"}
@@ -114,7 +114,8 @@ class MacRules(AclTest):
             ((*ANY["mac"], "vlan=1", "endvlan=5"), fields(vlan="1")),
             ((*ANY["mac"], "cos=0"), fields(cos=0)),
             ((*source, *destination, "ethertype=arp", "vlan=10", "cos=7", *ATTRIBUTES),
-             fields(source=station, destination=vendor, ethertype="0x0806", vlan="10", cos=7, **ATTRIBUTES_READ)),
+             fields(source=station, destination=vendor, ethertype="0x0806", vlan="10", cos=7,
+                    **ATTRIBUTES_READ)),
             ((*EVERY["mac"], *ATTRIBUTES), lambda sequence: every_rule(sequence, ATTRIBUTES_READ)),
             *[((*ANY["mac"], f"ethertype={word}"), fields(ethertype=f"0x{value:04X}"))
               for word, value in self.ETHERTYPES.items()],
@@ -162,7 +163,8 @@ class IpTest(AclTest):
             ((*tcp, "tcp_syn=1", "tcp_fin=0"),
              ip("6(TCP)", tcp_flags=tcp_flags(syn="set", fin="clear"))),
             ((*tcp, "tcp_fin=1", "tcp_syn=0", "tcp_rst=1", "tcp_psh=1", "tcp_ack=0", "tcp_urg=1"),
-             ip("6(TCP)", tcp_flags=tcp_flags(fin="set", syn="clear", rst="set", psh="set", ack="clear", urg="set"))),
+             ip("6(TCP)", tcp_flags=tcp_flags(fin="set", syn="clear", rst="set", psh="set", ack="clear",
+                                              urg="set"))),
             ((*tcp, "tcp_ack=1", "tcp_rst=1", "tcp_established=0"),
              ip("6(TCP)", tcp_flags=tcp_flags(ack="set", rst="set", established="FALSE"))),
             ((*tcp, "tcp_psh=1", "tcp_established=1"),
@@ -196,17 +198,19 @@ class IpTest(AclTest):
             both, ("protocol=", *both), ("protocol=TCP", *both), ("protocol=257", *both),
             ("protocol=-1", *both), ("protocol=udp",), ("protocol=udp", both[0]), ("protocol=udp", both[1]),
             *[(*udp, given) for given in (
-                "dscp=64", "dscp=x", "precedence=8", "tos=1", "tos=b88", "tos=xx", "fragments=2", "fragments=no",
-                "tcp_syn=1", "tcp_established=1", "tcp_established=0", "icmp_type=8", "icmp_message=unreachable",
-                "igmp_type=17" if icmp == "icmp" else "routing=2")],
+                "dscp=64", "dscp=x", "precedence=8", "tos=1", "tos=b88", "tos=xx", "fragments=2",
+                "fragments=no", "tcp_syn=1", "tcp_established=1", "tcp_established=0", "icmp_type=8",
+                "icmp_message=unreachable", "igmp_type=17" if icmp == "icmp" else "routing=2")],
             (*udp, "tos=b8", "tos_mask=f"), (*udp, "tos=b8", "tos_mask=fg"),
-            *[(*udp, f"{name}={text}") for name in ("src_l4_port", "dest_l4_port") for text in self.WRONG_PORTS],
+            *[(*udp, f"{name}={text}") for name in ("src_l4_port", "dest_l4_port")
+              for text in self.WRONG_PORTS],
             (f"protocol={icmp}", *both, "src_l4_port=eq:80"), ("protocol=132", *both, "dest_l4_port=eq:80"),
             (*tcp, "tcp_syn=2"), (*tcp, "tcp_fin=x"), (*tcp, "tcp_established=2"),
             (*tcp, "tcp_established=1", "tcp_ack=1"), (*tcp, "tcp_established=1", "tcp_rst=0"),
             *[(f"protocol={icmp}", *both, *given) for given in (
                 ("icmp_type=256",), ("icmp_type=x",), ("icmp_type=3", "icmp_code=256"),
-                ("icmp_type=3", "icmp_code=x"), ("icmp_message=pong",), ("icmp_message=time-exceeded", "icmp_type=11"))],
+                ("icmp_type=3", "icmp_code=x"), ("icmp_message=pong",),
+                ("icmp_message=time-exceeded", "icmp_type=11"))],
         ]
 
     def established_scene(self, kind, both):
@@ -227,8 +231,8 @@ class IpTest(AclTest):
 
 
 class IpRules(IpTest):
-    WORDS = {"eigrp": "88(EIGRP)", "gre": "47(GRE)", "icmp": "1(ICMP)", "igmp": "2(IGMP)", "ipinip": "94(IPINIP)",
-             "ospf": "89(OSPF)", "pim": "103(PIM)", "tcp": "6(TCP)", "udp": "17(UDP)"}
+    WORDS = {"eigrp": "88(EIGRP)", "gre": "47(GRE)", "icmp": "1(ICMP)", "igmp": "2(IGMP)",
+             "ipinip": "94(IPINIP)", "ospf": "89(OSPF)", "pim": "103(PIM)", "tcp": "6(TCP)", "udp": "17(UDP)"}
     NUMBERS = {"58": "58(ICMPv6)", "0": "0", "50": "50", "254": "254"}
     MESSAGES = {
         "echo": (8, 0), "echo-reply": (0, 0), "host-redirect": (5, 1), "mobile-redirect": (32, 0),
@@ -302,7 +306,8 @@ class Ipv6Rules(IpTest):
         both, icmp = ANY["ipv6"], ("protocol=icmpv6", *ANY["ipv6"])
         network = {"ipv6": "2001:db8::", "prefix_length": 32}
         host = {"ipv6": "fe80::1", "prefix_length": 128}
-        ends = ("src_prefix=2001:DB8:0::", "src_prefix_length=32", "dest_prefix=fe80::1", "dest_prefix_length=128")
+        ends = ("src_prefix=2001:DB8:0::", "src_prefix_length=32", "dest_prefix=fe80::1",
+                "dest_prefix_length=128")
         rows = [
             *self.shared_rows(both), *self.protocol_rows(both, self.WORDS, self.NUMBERS),
             (("protocol=every", "src_prefix=x", "flow_lable=x", "action=deny"),
@@ -311,7 +316,8 @@ class Ipv6Rules(IpTest):
             (("protocol=udp", *ends[:2], "dest_prefix=any", "src_l4_port=eq:53"),
              ip("17(UDP)", {**network, "l4_port": "equal to 53"})),
             (("protocol=ipv6", *both, "routing=1"), ip("255(IP)", routing="TRUE")),
-            (("protocol=ipv6", *both, "routing=0", "flow_lable=0"), ip("255(IP)", routing="FALSE", flow_lable=0)),
+            (("protocol=ipv6", *both, "routing=0", "flow_lable=0"),
+             ip("255(IP)", routing="FALSE", flow_lable=0)),
             (("protocol=ipv6", *both, "flow_lable=1048575", "fragments=1"),
              ip("255(IP)", fragments="TRUE", flow_lable=1048575)),
             *self.message_rows(icmp),

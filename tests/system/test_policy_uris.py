@@ -2,9 +2,9 @@
 hold is test_policy_rules.py's."""
 
 import harness
-from policies import (ATTACHED, ATTACHED_BEFORE, CREATED, DELETED, DETACHED, EVERY, KINDS, NAME_TAKEN, NO_LISTS,
-                      NO_RULES, NO_SUCH_LIST, AclTest, acl, acl_entry, acls, bound_acls, every_rule, made, policy,
-                      policy_created, policy_list)
+from policies import (ATTACHED, ATTACHED_BEFORE, CREATED, DELETED, DETACHED, EVERY, KINDS, NAME_TAKEN,
+                      NO_LISTS, NO_RULES, NO_SUCH_LIST, AclTest, acl, acl_entry, acls, bound_acls, every_rule,
+                      made, policy, policy_created, policy_list)
 from scenes import UriTest
 from wire import ALREADY_SET, BAD_REQUEST, FAILED, GOT, REFUSED, UNKNOWN_MODULE, Rows
 
@@ -30,7 +30,8 @@ class Lists(AclTest):
                 self.check("GET", f"/acl/{kind}", NO_LISTS, acls(kind))
                 self.check("GET", f"/acl/{kind}/name/web", NO_SUCH_LIST, {"acl_name": "web"})
                 self.create(kind, "web")
-                self.check("POST", f"/acl/{kind}/name", NAME_TAKEN, made(kind, "web"), variables=("name=web",))
+                self.check("POST", f"/acl/{kind}/name", NAME_TAKEN, made(kind, "web"),
+                           variables=("name=web",))
                 self.check("GET", f"/acl/{kind}/name/web", NO_RULES, acl("web", number))
             self.create("ip", "mail")
             self.check("GET", "/acl/ip", GOT, acls("ip", acl_entry("web", 2), acl_entry("mail", 4)))
@@ -54,7 +55,8 @@ class Lists(AclTest):
             self.check("GET", "/acl/mac/name/" + "n" * 32, REFUSED)
             self.check("GET", "/acl/mac", NO_LISTS, acls("mac"))
             for number, (encoded, name) in enumerate(ODD_NAMES.items(), 1):
-                self.check("POST", "/acl/mac/name", CREATED, made("mac", name), variables=(f"name={encoded}",))
+                self.check("POST", "/acl/mac/name", CREATED, made("mac", name),
+                           variables=(f"name={encoded}",))
                 self.check("POST", f"/acl/mac/name/{encoded}/rule", CREATED, made("mac", name, number, 10),
                            variables=("action=deny", *EVERY["mac"]))
                 self.check("GET", f"/acl/mac/name/{encoded}", GOT,
@@ -146,13 +148,14 @@ class Bindings(AclTest):
             self.check("GET", "/acl/if/3", GOT, bound_acls(
                 ("ip", "list2", 2, 10), ("ip", "list1", 1, 20), ("ip", "list3", 3, 21),
                 ("ip", "list4", 4, 4294967295)), variables=("direction=in",))
-            self.check("GET", "/acl/if/3", GOT, bound_acls(("mac", "list5", 5, 10)), variables=("direction=out",))
+            self.check("GET", "/acl/if/3", GOT, bound_acls(("mac", "list5", 5, 10)),
+                       variables=("direction=out",))
         self.each_way(scene)
 
     def test_refusals(self):
         good = {"direction": "direction=in", "type": "type=ip", "name": "name=web", "sequence": "sequence=1"}
-        wrong = {"direction": ("both", "IN", "0", ""), "type": ("IPv4", "ipx", ""), "name": ("", "n" * 32, "n" * 256),
-                 "sequence": ("", "x", "-1", "4294967296")}
+        wrong = {"direction": ("both", "IN", "0", ""), "type": ("IPv4", "ipx", ""),
+                 "name": ("", "n" * 32, "n" * 256), "sequence": ("", "x", "-1", "4294967296")}
 
         def scene():
             self.create("ip", "web")
@@ -164,13 +167,14 @@ class Bindings(AclTest):
                         others = [given for which, given in good.items() if which != name]
                         self.check(method, f"/acl/{place}", REFUSED, variables=others)
                         for value in values:
-                            self.check(method, f"/acl/{place}", REFUSED, variables=(*others, f"{name}={value}"))
+                            given = (*others, f"{name}={value}")
+                            self.check(method, f"/acl/{place}", REFUSED, variables=given)
                     self.bind(method, place, "in", "ip", "mail", NO_SUCH_LIST, sequence=1)
                     self.bind(method, place, "in", "mac", "web", NO_SUCH_LIST, sequence=1)
                 for given in ((), ("direction=",), ("direction=inbound",)):
                     self.check("GET", f"/acl/{place}", REFUSED, variables=given)
-            for absent in ("if/0", "if/55", "if/120", "if/128", "if/200", "if/99999999999", "vlan/0", "vlan/2",
-                           "vlan/4095", "vlan/99999999999"):
+            for absent in ("if/0", "if/55", "if/120", "if/128", "if/200", "if/99999999999", "vlan/0",
+                           "vlan/2", "vlan/4095", "vlan/99999999999"):
                 for method in ("POST", "DELETE"):
                     self.bind(method, absent, "in", "ip", "web", REFUSED, sequence=1)
                 self.check("GET", f"/acl/{absent}", REFUSED, variables=("direction=in",))
@@ -245,16 +249,18 @@ class TcamPolicies(UriTest):
         everything = (
             "policyPrio=7", "policyType=3", "matchVlanId=4094", "matchVlanPrio=7",
             "matchDstMac=00:11:22:aa:bb:0c", "matchSrcMac=021122AABBCC", "matchDstIp=10.1.2.3",
-            "matchDstIpMask=255.255.0.0", "matchSrcIp=192.0.2.255", "matchSrcIpMask=255.255.255.255", "actionDrop=1",
-            "actionNewVlanPrio=5", "actionNewDstMac=2:0:0:0:0:1", "actionNewSrcMac=02:00:00:00:00:fe",
-            "actionRedirPort=56", "actionSendToCpuRule=9")
+            "matchDstIpMask=255.255.0.0", "matchSrcIp=192.0.2.255", "matchSrcIpMask=255.255.255.255",
+            "actionDrop=1", "actionNewVlanPrio=5", "actionNewDstMac=2:0:0:0:0:1",
+            "actionNewSrcMac=02:00:00:00:00:fe", "actionRedirPort=56", "actionSendToCpuRule=9")
         read = policy(
-            2, "Egress policy", 7, 9, actions=("drop", "redirect_another_port", "rewrite_src_mac", "rewrite_dst_mac",
-                                               "rewrite_priority", "redirect_cpu"),
-            match={"vlan_id": 4094, "vlan_priority": 7, "dst_mac": "0:11:22:AA:BB:C", "src_mac": "2:11:22:AA:BB:CC",
-                   "dst_ip": "10.1.2.3", "dst_ip_mask": "255.255.0.0", "src_ip": "192.0.2.255",
-                   "src_ip_mask": "255.255.255.255"},
-            values={"redirect_if_num": 56, "src_mac": "2:0:0:0:0:FE", "dst_mac": "2:0:0:0:0:1", "vlan_priority": 5})
+            2, "Egress policy", 7, 9,
+            actions=("drop", "redirect_another_port", "rewrite_src_mac", "rewrite_dst_mac",
+                     "rewrite_priority", "redirect_cpu"),
+            match={"vlan_id": 4094, "vlan_priority": 7, "dst_mac": "0:11:22:AA:BB:C",
+                   "src_mac": "2:11:22:AA:BB:CC", "dst_ip": "10.1.2.3", "dst_ip_mask": "255.255.0.0",
+                   "src_ip": "192.0.2.255", "src_ip_mask": "255.255.255.255"},
+            values={"redirect_if_num": 56, "src_mac": "2:0:0:0:0:FE", "dst_mac": "2:0:0:0:0:1",
+                    "vlan_priority": 5})
 
         def scene():
             self.check("GET", "/tcam/policy", GOT, policy_list())
@@ -339,20 +345,24 @@ class TcamPolicies(UriTest):
 class WrongUris(AclTest):
     def test_what_no_module_serves(self):
         unserved = [
-            ("PUT", "/acl"), ("PUT", "/acl/ip/name"), ("PUT", "/acl/if/3"), ("POST", "/acl"), ("POST", "/acl/"),
+            ("PUT", "/acl"), ("PUT", "/acl/ip/name"), ("PUT", "/acl/if/3"), ("POST", "/acl"),
+            ("POST", "/acl/"),
             ("POST", "/acl/mac/names"), ("POST", "/acl/mac/name/"), ("DELETE", "/acl/mac/name/"),
             ("POST", "/acl/ip/name/web/rules"), ("POST", "/acl/ip/name/web/rule/1"),
             ("DELETE", "/acl/ip/name/web/rule/1"), ("DELETE", "/acl"), ("DELETE", "/acl/"),
-            ("PUT", "/tcam"), ("PUT", "/tcam/policy/1"), ("GET", "/tcam/groupstats"), ("GET", "/tcam/groupStats/"),
-            ("GET", "/tcam/policy/"), ("GET", "/tcam/policy/x"), ("GET", "/tcam/policy/1/"), ("GET", "/tcam/x"),
+            ("PUT", "/tcam"), ("PUT", "/tcam/policy/1"), ("GET", "/tcam/groupstats"),
+            ("GET", "/tcam/groupStats/"), ("GET", "/tcam/policy/"), ("GET", "/tcam/policy/x"),
+            ("GET", "/tcam/policy/1/"), ("GET", "/tcam/x"),
             ("GET", "/tcam/policy/1/port/3"), ("POST", "/tcam/policy/1"), ("POST", "/tcam/policy/1/port"),
             ("POST", "/tcam/policy/1/port/"), ("POST", "/tcam/policy/1/port/3/"), ("POST", "/tcam/x"),
-            ("DELETE", "/tcam/policy/1/port"), ("DELETE", "/tcam/policy/1/port/3x"), ("DELETE", "/tcam/policies"),
+            ("DELETE", "/tcam/policy/1/port"), ("DELETE", "/tcam/policy/1/port/3x"),
+            ("DELETE", "/tcam/policies"),
         ]
         refused = [  # the word after /acl/ is taken for a kind of list
             ("GET", "/acl/ipx"), ("GET", "/acl/IP"), ("GET", "/acl/ip/"), ("GET", "/acl/ip/name"),
             ("GET", "/acl/ip/name/"), ("GET", "/acl/if"), ("GET", "/acl/if/"), ("GET", "/acl/if/x"),
-            ("POST", "/acl/if"), ("POST", "/acl/if/3/in"), ("DELETE", "/acl/vlan/"), ("DELETE", "/acl/vlan/x"),
+            ("POST", "/acl/if"), ("POST", "/acl/if/3/in"), ("DELETE", "/acl/vlan/"),
+            ("DELETE", "/acl/vlan/x"),
         ]
 
         def scene():
