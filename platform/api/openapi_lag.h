@@ -32,7 +32,8 @@ open_error_t rpcclt_openapiLagIfNumToPortChannelIdZYL(openapiClientHandle_t *han
  * OPEN_E_NOT_FOUND  not the number of a LAG
  * OPEN_E_EXISTS  exists already */
 open_error_t rpcclt_openapiLagCreateZYL(openapiClientHandle_t *handle, uint32_t ifNum);
-/* Deletes a LAG with all its settings; its members leave it. */
+/* Deletes a LAG with all its settings; its members leave it.
+ * OPEN_E_FAIL    also: a rule of an access control list or a TCAM policy sends packets to it */
 open_error_t rpcclt_openapiLagDeleteZYL(openapiClientHandle_t *handle, uint32_t ifNum);
 
 /* Bytes that a buffer for a LAG's name needs, the terminator included. */

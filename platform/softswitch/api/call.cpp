@@ -76,6 +76,7 @@ static std::string shown(const call_argument &argument) {
   switch (argument.what) {
   case call_argument::kind::number:
     return std::to_string(argument.number);
+  case call_argument::kind::number_in:
   case call_argument::kind::number_out:
     return std::to_string(*static_cast<const uint32_t *>(argument.pointer));
   case call_argument::kind::text:
@@ -83,6 +84,8 @@ static std::string shown(const call_argument &argument) {
     return quoted(text_of(*static_cast<const open_buffdesc *>(argument.pointer)));
   case call_argument::kind::text_hidden:
     return "***";
+  case call_argument::kind::other_in:
+    return argument.describe(argument.pointer);
   case call_argument::kind::other_out:
     return "";
   }

@@ -6,8 +6,8 @@
  *     return vlan_next(model, vlanId, nextVlanId);
  *   });
  *
- * Numbers are inputs; pointers to numbers are outputs; texts are wrapped in text_in(), text_out() or
- * secret(). */
+ * Numbers are inputs; pointers to numbers are outputs, or wrapped in number_in(); texts are wrapped in
+ * text_in(), text_out() or secret(), structures in input() or output(). */
 #ifndef KESTREL_SOFTSWITCH_API_CALL_H
 #define KESTREL_SOFTSWITCH_API_CALL_H
 
@@ -22,7 +22,7 @@ namespace softswitch {
 
 /* One argument, for checking and tracing. */
 struct call_argument {
-  enum class kind { number, number_out, text, text_out, text_hidden, other_out };
+  enum class kind { number, number_in, number_out, text, text_out, text_hidden, other_in, other_out };
 
   call_argument(uint32_t value) : what(kind::number), number(value) {}
   call_argument(const uint32_t *output) : what(kind::number_out), pointer(output) {}
@@ -30,9 +30,14 @@ struct call_argument {
 
   kind what;
   uint32_t number = 0;
-  const void *pointer = nullptr; /* by kind: uint32_t, open_buffdesc, anything */
+  const void *pointer = nullptr;                   /* by kind: uint32_t, open_buffdesc, anything */
+  std::string (*describe)(const void *) = nullptr; /* other_in: gives what the trace shows */
 };
 
+/* A number going in that is pointed to. */
+inline call_argument number_in(const uint32_t *number) {
+  return {call_argument::kind::number_in, number};
+}
 inline call_argument text_in(const open_buffdesc *text) {
   return {call_argument::kind::text, text};
 }
@@ -42,6 +47,12 @@ inline call_argument text_out(const open_buffdesc *text) {
 /* A text going in that no trace shows. */
 inline call_argument secret(const open_buffdesc *text) {
   return {call_argument::kind::text_hidden, text};
+}
+/* A structure going in. */
+inline call_argument input(const void *pointer, std::string (*describe)(const void *)) {
+  call_argument argument(call_argument::kind::other_in, pointer);
+  argument.describe = describe;
+  return argument;
 }
 /* An output that is not shown. */
 inline call_argument output(const void *pointer) {

@@ -6,6 +6,7 @@
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/config/mac_locking_lines.h"
 #include "platform/softswitch/config/switchport_lines.h"
+#include "platform/softswitch/config/tcam_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
 
 namespace softswitch {
@@ -60,6 +61,12 @@ static constexpr command table[] = {
     {"no interface <port> mac-locking sticky", apply_no_sticky_mode, nullptr},
     {"interface <port> mac-locking address <mac> vlan <vlan> static|sticky", apply_mac_lock, print_mac_locks},
     {"no interface <port> mac-locking address <mac> vlan <vlan>", apply_no_mac_lock, nullptr},
+
+    {"tcam policy <number> openflow|ipv6|egress ...", apply_tcam_policy, print_tcam_policies},
+    {"no tcam policy <number>", apply_no_tcam_policy, nullptr},
+    {"no tcam policies", apply_no_tcam_policies, nullptr},
+    {"interface <port> tcam-policy <number>", apply_interface_tcam_policy, print_interface_tcam_policies},
+    {"no interface <port> tcam-policy <number>", apply_no_interface_tcam_policy, nullptr},
 
     {"interface <interface> ip address <ip-prefix>", apply_primary_address, print_primary_addresses},
     {"no interface <interface> ip address", apply_no_primary_address, nullptr},

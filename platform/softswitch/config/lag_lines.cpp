@@ -16,9 +16,18 @@ open_error_t apply_lag(switch_model &model, std::span<const argument> arguments,
   return rc == OPEN_E_EXISTS ? OPEN_E_NONE : rc;
 }
 
+/* What keeps a LAG from being deleted. */
+static std::string target_user(const switch_model &model, uint32_t number) {
+  if (acl_with_target(model, number)) return "an access list's rule";
+  return "TCAM policy " + std::to_string(tcam_policy_redirecting_to(model, number));
+}
+
 open_error_t apply_no_lag(switch_model &model, std::span<const argument> arguments, std::string *error) {
-  open_error_t rc = lag_delete(model, lag_of_port_channel(arguments[0].number));
-  if (rc != OPEN_E_NONE) *error = lag_words(arguments[0].number) + " does not exist";
+  uint32_t number = lag_of_port_channel(arguments[0].number);
+  open_error_t rc = lag_delete(model, number);
+  if (rc == OPEN_E_NOT_FOUND) *error = lag_words(arguments[0].number) + " does not exist";
+  if (rc == OPEN_E_FAIL)
+    *error = lag_words(arguments[0].number) + " is the target of " + target_user(model, number);
   return rc;
 }
 

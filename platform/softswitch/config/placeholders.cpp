@@ -162,8 +162,34 @@ static bool read_mac(const switch_model &, const token &from, argument *into, st
   return false;
 }
 
+static bool read_any_mac(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (mac_read(from.text, &into->mac)) return true;
+  *error = "\"" + from.text + "\" is not a MAC address";
+  return false;
+}
+
 static std::string print_mac(const switch_model &, const argument &from) {
   return mac_text(from.mac);
+}
+
+/* Reads an address of a family; any address, as it may be a mask. */
+static bool read_address(const std::string &text, OPEN_AF_t family, open_inet_addr_t *address,
+                         std::string *error) {
+  if (inet_address_read(text, address) && address->family == family) return true;
+  *error = "\"" + text + "\" is not an " + (family == OPEN_AF_INET ? "IPv4" : "IPv6") + " address";
+  return false;
+}
+
+static bool read_ip(const switch_model &, const token &from, argument *into, std::string *error) {
+  return read_address(from.text, OPEN_AF_INET, &into->prefix.ipAddr, error);
+}
+
+static bool read_ipv6(const switch_model &, const token &from, argument *into, std::string *error) {
+  return read_address(from.text, OPEN_AF_INET6, &into->prefix.ipAddr, error);
+}
+
+static std::string print_address(const switch_model &, const argument &from) {
+  return inet_address_text(from.prefix.ipAddr);
 }
 
 /* Reads an address of a family with a prefix of 1 to `bits` bits. */
@@ -255,6 +281,9 @@ static constexpr placeholder placeholders[] = {
     {"<port>", read_port, print_interface},
     {"<port-channel>", read_port_channel, print_number},
     {"<mac>", read_mac, print_mac},
+    {"<any-mac>", read_any_mac, print_mac},
+    {"<ip>", read_ip, print_address},
+    {"<ipv6>", read_ipv6, print_address},
     {"<ip-prefix>", read_ip_prefix, print_prefix},
     {"<ipv6-prefix>", read_ipv6_prefix, print_prefix},
     {"<text>", read_text, print_text},

@@ -22,6 +22,8 @@ using id_list = std::vector<uint32_t>;
  *   <port>        number: a port or LAG
  *   <port-channel> number: a port-channel id; its LAG need not exist
  *   <mac>         mac
+ *   <any-mac>     mac: also zero, a group address, a mask
+ *   <ip>, <ipv6>  prefix: its address, of the family
  *   <ip-prefix>, <ipv6-prefix>  prefix, of the family
  *   <text>        text
  *   <number>      number

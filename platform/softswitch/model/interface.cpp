@@ -139,6 +139,8 @@ interface_entry *interface_edit(switch_model &model, uint32_t number) {
 void interface_remove(switch_model &model, uint32_t number) {
   vlans_forget_interface(model, number);
   mac_locks_forget(model, number);
+  acl_unbind_all(model, acl_place::interface, number);
+  tcam_forget_interface(model, number);
   addresses_forget(model, number);
   counters_forget(model, number);
   interface_entry *entry = interface_edit(model, number);

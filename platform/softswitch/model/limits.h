@@ -37,13 +37,30 @@ inline constexpr uint32_t description_max = 64; /* bytes of an interface's descr
 struct limits {
   uint32_t vlans = 4094;
   uint32_t vlan_routing_interfaces = 128;
-  uint32_t lag_members = 32;           /* of one LAG */
-  uint32_t static_macs = 20;           /* locked on one port or LAG */
+  uint32_t lag_members = 32; /* of one LAG */
+  uint32_t static_macs = 20; /* locked on one port or LAG */
+  uint32_t acls = 100;
+  uint32_t acl_rules = 1023;           /* of one list */
+  uint32_t acl_bindings = 100;         /* of one interface or VLAN and direction */
   uint32_t secondary_addresses = 31;   /* IPv4, of one interface */
   uint32_t ipv6_addresses = 32;        /* of one interface */
   uint32_t equal_cost_routes = 32;     /* to one destination */
   uint32_t settle_milliseconds = 250;  /* how long a change may be followed by others before it is taken */
   uint32_t journal_bytes = 256 * 1024; /* the journal is compacted when it exceeds this */
+
+  /* Policies of the types OPEN_TCAM_POLICY_OPENFLOW and OPEN_TCAM_POLICY_GEN together, and of type
+   * OPEN_TCAM_POLICY_EGRESS. */
+  uint32_t tcam_ingress_policies = 512;
+  uint32_t tcam_egress_policies = 128;
+  /* Slices of the TCAM by stage and size (tcam_usage.h): enough for everything that the other limits allow.
+   * Ingress, 256: at worst 1 to 255 OpenFlow policies take a slice and the others, 257 to 511 Gen policies,
+   * two rows of two: 1 + 2 * 2 = 5. Ingress, 512: a full list's 1023 rules are one short of two slices, so
+   * that 100 full IPv6 lists, two slices wide, take 200 rows: 200 * 2 = 400; a list of another type takes
+   * half as much. Egress, 256: 128 policies take a slice and 100 full IPv6 lists 400 rows:
+   * 1 + 400 * 2 = 801. */
+  uint32_t tcam_ingress_slices_256 = 5;
+  uint32_t tcam_ingress_slices_512 = 400;
+  uint32_t tcam_egress_slices_256 = 801;
 };
 
 /* Lowers a limit. The name is the member's with dashes ("vlans", "settle-milliseconds"). What is beyond the

@@ -8,7 +8,7 @@ namespace softswitch {
 static constexpr size_t group_size = 3; /* two digits and the colon after them */
 static constexpr size_t text_size = std::tuple_size_v<mac_address> * group_size - 1;
 
-bool station_mac_read(std::string_view text, mac_address *mac) {
+bool mac_read(std::string_view text, mac_address *mac) {
   if (text.size() != text_size) return false;
   for (size_t group = 0; group < mac->size(); group++) {
     const char *digits = text.data() + group * group_size;
@@ -16,6 +16,11 @@ bool station_mac_read(std::string_view text, mac_address *mac) {
     if (read.ec != std::errc() || read.ptr != digits + 2) return false;
     if (group + 1 < mac->size() && digits[2] != ':') return false;
   }
+  return true;
+}
+
+bool station_mac_read(std::string_view text, mac_address *mac) {
+  if (!mac_read(text, mac)) return false;
   bool group_address = (*mac)[0] & 1;
   return !group_address && *mac != mac_address{};
 }

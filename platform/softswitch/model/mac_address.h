@@ -11,8 +11,10 @@ namespace softswitch {
 
 using mac_address = std::array<uint8_t, 6>; /* in the order of transmission */
 
-/* Reads six groups of two hexadecimal digits of any case, separated by colons. False for anything else, and
- * for an address that no station bears: zero, or a group address (IEEE 802 section 8.2). */
+/* Reads six groups of two hexadecimal digits of any case, separated by colons. False for anything else. */
+bool mac_read(std::string_view text, mac_address *mac);
+/* The same; false also for an address that no station bears: zero, or a group address (IEEE 802 section 8.2).
+ */
 bool station_mac_read(std::string_view text, mac_address *mac);
 
 /* The text of an address, in upper case. */

@@ -14,6 +14,8 @@ switch_model make_switch(const chassis_profile &profile) {
 void switch_reset(switch_model &model) {
   addresses_reset(model);
   mac_locking_reset(model);
+  acls_reset(model);
+  tcam_reset(model);
   interfaces_reset(model);
   vlans_reset(model);
 }

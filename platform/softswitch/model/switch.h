@@ -7,6 +7,7 @@
 #define KESTREL_SOFTSWITCH_MODEL_SWITCH_H
 
 #include "platform/api/openapi_common.h"
+#include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
@@ -15,6 +16,7 @@
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/shared_table.h"
 #include "platform/softswitch/model/switchport.h"
+#include "platform/softswitch/model/tcam.h"
 #include "platform/softswitch/model/vlan.h"
 #include "platform/softswitch/services/profile.h"
 
@@ -35,6 +37,8 @@ struct switch_model {
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
+  shared_table<acl_table> acls;
+  shared_table<tcam_table> tcam;
   shared_table<address_table> addresses;
   shared_table<counter_table> counters;
 };

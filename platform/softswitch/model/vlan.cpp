@@ -116,6 +116,7 @@ open_error_t vlan_delete(switch_model &model, uint32_t id) {
   model.vlans.edit()->existing--;
   release_interfaces(model, *vlan);
   mac_locks_release_vlan(model, id);
+  acl_unbind_all(model, acl_place::vlan, id);
   return OPEN_E_NONE;
 }
 
