@@ -54,11 +54,11 @@ class Rules(AclTest):
             self.check("POST", uri, DUPLICATE, made("ip", "web", 1),
                        variables=(*given, "assign_queue=2", "sequence=6"))
             for sequence in (5, 2147483640):
-                self.check("DELETE", uri, DELETED, {}, variables=(f"sequence={sequence}",))
+                self.check("DELETE", uri, DELETED, variables=(f"sequence={sequence}",))
                 self.check("DELETE", uri, REFUSED, variables=(f"sequence={sequence}",))
             for wrong in ((), ("sequence=",), ("sequence=x",), ("sequence=0",), ("sequence=4294967296",)):
                 self.check("DELETE", uri, REFUSED, variables=wrong)
-            self.check("DELETE", "/acl/ip/name/mail/rule", NO_SUCH_LIST, {}, variables=("sequence=1",))
+            self.check("DELETE", "/acl/ip/name/mail/rule", NO_SUCH_LIST, variables=("sequence=1",))
             self.check("DELETE", "/acl/ipx/name/web/rule", REFUSED, variables=("sequence=1",))
             self.check("GET", "/acl/ip/name/web", GOT, acl("web", 1, [read[0], read[2]]))
         self.each_way(scene)
@@ -73,7 +73,7 @@ class Rules(AclTest):
                 self.check("POST", f"/acl/{kind}/name/{'n' * 32}/rule", REFUSED,
                            variables=("action=permit", *given))
                 self.refuse_rules(kind, [given[:-1], *[(*given, *row) for row in REFUSED_ATTRIBUTES]])
-                self.check("DELETE", f"/acl/{kind}/name", DELETED, {}, variables=("name=web",))
+                self.check("DELETE", f"/acl/{kind}/name", DELETED, variables=("name=web",))
         self.each_way(scene)
 
     def test_duplicates_and_long_lists(self):
