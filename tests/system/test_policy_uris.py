@@ -361,8 +361,8 @@ class WrongUris(AclTest):
             ("DELETE", "/tcam/policies"),
         ]
         refused = [  # the word after /acl/ is taken for a kind of list
-            ("GET", "/acl/ipx"), ("GET", "/acl/IP"), ("GET", "/acl/if"), ("POST", "/acl/if"), ("POST", "/acl/if/3/in"), ("DELETE", "/acl/vlan/"),
-            ("DELETE", "/acl/vlan/x"),
+            ("GET", "/acl/ipx"), ("GET", "/acl/IP"), ("GET", "/acl/if"), ("POST", "/acl/if"),
+            ("POST", "/acl/if/3/in"), ("DELETE", "/acl/vlan/"), ("DELETE", "/acl/vlan/x"),
         ]
 
         def scene():
