@@ -5,7 +5,6 @@
 #include "engine/rest_route.h"
 
 #include <algorithm>
-#include <memory>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -92,13 +91,8 @@ int api_tcam_get_info(openapiClientHandle_t *, mg_connection *conn) {
 
 /* --- Use of the TCAM ------------------------------------------------------------------------------------ */
 
-struct free_memory {
-  void operator()(void *memory) const { free(memory); }
-};
-
-/* The buffer for the names of group types, zero-filled; the byte behind it is not the platform's. */
+/* Of the buffer for the names of group types. */
 enum { TYPE_NAME_SIZE = 256 };
-typedef std::unique_ptr<char[], free_memory> type_name_t;
 
 struct named_number {
   const char *name;
@@ -110,7 +104,7 @@ static void append_numbers(node_t *list, std::initializer_list<named_number> num
 }
 
 static void append_group(openapiClientHandle_t *client_handle, const open_zylUsmdbTcamGroup_t &group,
-                         const type_name_t &type, node_t *into) {
+                         const heap_array<char> &type, node_t *into) {
   append_tree_string(into, "is_used", "is_used", group.inUse == 1 ? "Yes" : "No");
   if (group.inUse != 1) return;
   open_buffdesc name = {TYPE_NAME_SIZE, type.get()};
@@ -149,7 +143,8 @@ static void append_slices(const slice_counts &slices, uint32_t stage, node_t *in
 }
 
 static open_error_t append_stage(openapiClientHandle_t *client_handle, uint32_t stage, node_t *into) {
-  type_name_t type(static_cast<char *>(calloc(TYPE_NAME_SIZE + 1, 1)));
+  /* One byte more than the platform may fill, so that its text always ends. */
+  heap_array<char> type(static_cast<char *>(calloc(TYPE_NAME_SIZE + 1, 1)));
   if (!type) return OPEN_E_INTERNAL;
   open_zylUsmdbTcamGroupsStats_t stats = {};
   uint32_t groups = 0, count = 0, free_entries = 0, total = 0;
