@@ -119,6 +119,40 @@ def policy(number, kind="OpenFlow policy", priority=0, rule_number=0, match=None
         "action_value": {**action_value, **(values or {})}}}
 
 
+# The groups of each stage: kind, slices side by side, entries of a slice. And the slices that there are.
+GROUPS = {"ingress": (("OpenFlow policy", 1, 256), ("Gen (IPv6) policy", 2, 256), ("IPv4 ACL", 1, 512),
+                      ("MAC ACL", 1, 512), ("IPv6 ACL", 2, 512)),
+          "egress": (("Egress policy", 1, 256), ("IPv4 ACL", 1, 256), ("MAC ACL", 1, 256),
+                     ("IPv6 ACL", 2, 256))}
+SLICES = {"ingress": {256: 5, 512: 400}, "egress": {256: 801}}
+
+
+def group_stage(stage, used):
+    """One stage of the group statistics; `used` has the number of entries by kind."""
+    groups, entries, slices = [], 0, dict.fromkeys(SLICES[stage], 0)
+    for gid, (kind, width, size) in enumerate(GROUPS[stage], 1):
+        count, depth = used.get(kind, 0), -(-used.get(kind, 0) // size)
+        entries += count * width
+        slices[size] += depth * width
+        groups.append({"is_used": "Yes", "gid": gid, "type": kind, "width": width, "depth": depth,
+                       "count": count, "free": depth * size - count, "total": depth * size}
+                      if count else {"is_used": "No"})
+
+    def numbers(count, total):
+        return {"count": count, "free": total - count, "total": total}
+
+    room = sum(size * total for size, total in SLICES[stage].items())
+    return {"groups": numbered("group", groups), "entry_stats": numbers(entries, room),
+            "slice_stats": {f"slice_{size}": numbers(slices[size], total)
+                            for size, total in SLICES[stage].items()}}
+
+
+def group_stats(ingress=None, egress=None):
+    """GET of the group statistics."""
+    return {"group_stats": {"stage_ingress": group_stage("ingress", ingress or {}),
+                            "stage_egress": group_stage("egress", egress or {})}}
+
+
 def policy_created(number):
     return (0, f"Create a new policy successfully (Policy ID is {number}).")
 

@@ -4,9 +4,9 @@ hold is test_policy_rules.py's."""
 import harness
 from policies import (ATTACHED, ATTACHED_BEFORE, CREATED, DELETED, DETACHED, EVERY, KINDS, NAME_TAKEN,
                       NO_LISTS, NO_RULES, NO_SUCH_LIST, AclTest, acl, acl_entry, acls, bound_acls, every_rule,
-                      made, policy, policy_created, policy_list)
+                      group_stats, made, policy, policy_created, policy_list)
 from scenes import UriTest
-from wire import ALREADY_SET, BAD_REQUEST, FAILED, GOT, REFUSED, UNKNOWN_MODULE, Rows
+from wire import ALREADY_SET, BAD_REQUEST, FAILED, GOT, REFUSED, UNKNOWN_MODULE
 
 ODD_NAMES = {  # as it is in a URI: as it is in an answer, bytes as latin-1 has them
     "%3Cb%3E%26%22q%22": '<b>&"q"', "100%25s%25n": "100%s%n", "b%C3%BCro": "b\xc3\xbcro",
@@ -339,6 +339,57 @@ class TcamPolicies(UriTest):
             applied(3, REFUSED)
             self.create(policy_created(2), "actionDrop=1")
             applied(56)
+        self.each_way(scene)
+
+
+class TcamUse(AclTest):
+    def stats(self, ingress=None, egress=None):
+        for uri in ("/tcam/groupStats", "/tcam/", "/tcam/g"):
+            self.check("GET", uri, GOT, group_stats(ingress, egress))
+
+    def test_group_statistics(self):
+        used = {"MAC ACL": 1, "IPv4 ACL": 2, "IPv6 ACL": 3}
+
+        def scene():
+            self.stats()
+            for number, (kind, rules) in enumerate(zip(KINDS, used.values()), 1):
+                self.create(kind, "web")
+                for at in range(1, rules + 1):
+                    self.create_rule(kind, "web", number, 10 * at, *EVERY[kind], f"assign_queue={at}")
+            self.stats()  # what is not bound takes no room
+            for kind in KINDS:
+                self.bind("POST", "if/3", "in", kind, "web", ATTACHED, sequence=0)
+            self.stats(used)
+            for place in ("if/3", "vlan/1"):
+                self.bind("POST", place, "out", "ipv6", "web", ATTACHED, sequence=1)
+            self.stats(used, {"IPv6 ACL": 3})
+            for number in range(1, 258):
+                kind = 3 if number == 1 else 2
+                self.check("POST", "/tcam/policy", policy_created(number), variables=(f"policyType={kind}",))
+            self.check("POST", "/tcam/policy", policy_created(258))
+            egress = {"IPv6 ACL": 3, "Egress policy": 1}
+            self.stats({**used, "OpenFlow policy": 1, "Gen (IPv6) policy": 256}, egress)
+            self.check("DELETE", "/tcam/policy", ALL_DELETED)
+            for kind in KINDS:
+                self.bind("DELETE", "if/3", "in", kind, "web", DETACHED)
+            self.check("DELETE", "/acl/ipv6/name/web/rule", DELETED, variables=("sequence=10",))
+            self.stats({}, {"IPv6 ACL": 2})
+        self.each_way(scene)
+
+    def test_what_finds_no_room_is_refused(self):
+        def scene():
+            self.daemon.lab("limit", "tcam-egress-slices-256", "1")
+            self.addCleanup(self.daemon.lab, "limit", "tcam-egress-slices-256", "801")
+            self.create("ip", "web")
+            self.create("mac", "web")
+            for kind, number in (("ip", 1), ("mac", 2)):
+                self.create_rule(kind, "web", number, 10, *EVERY[kind])
+            self.bind("POST", "if/3", "out", "ip", "web", ATTACHED, sequence=1)
+            self.bind("POST", "if/3", "out", "mac", "web", REFUSED, sequence=2)
+            self.check("POST", "/tcam/policy", REFUSED, variables=("policyType=3",))
+            self.check("POST", "/tcam/policy", policy_created(1))
+            self.bind("DELETE", "if/3", "out", "ip", "web", DETACHED)
+            self.bind("POST", "if/3", "out", "mac", "web", ATTACHED, sequence=2)
         self.each_way(scene)
 
 
