@@ -112,7 +112,8 @@ class Restart(PolicyTest):
                  "vlan=10", "cos=7"), EVERY["mac"]],
         "ip": [("protocol=tcp", "src_ip=10.1.0.0", "src_mask=255.255.0.0", "dest_ip=any", "dscp=46",
                 "precedence=5", "tos=b8", "tos_mask=fc", "fragments=0",
-                "src_l4_port=range:1000:2000", "dest_l4_port=neq:22", "tcp_syn=1", "tcp_fin=0", "tcp_established=0"),
+                "src_l4_port=range:1000:2000", "dest_l4_port=neq:22", "tcp_syn=1",
+                "tcp_fin=0", "tcp_established=0"),
                ("protocol=icmp", "src_ip=any", "dest_ip=any", "icmp_type=3"),
                ("protocol=igmp", "src_ip=any", "dest_ip=any", "igmp_type=17"), EVERY["ip"]],
         "ipv6": [("protocol=icmpv6", "src_prefix=2001:db8::", "src_prefix_length=32", "dest_prefix=fe80::1",
@@ -140,8 +141,9 @@ class Restart(PolicyTest):
         for given in (("actionDrop=1", "policyType=3", "policyPrio=5"), (), ("policyType=2",),
                       ("matchDstMac=1:2:3:4:5:6", "matchSrcMac=a:b:c:d:e:f", "matchVlanId=10",
                        "matchVlanPrio=3", "matchDstIp=10.0.0.1", "matchDstIpMask=255.0.0.255",
-                       "matchSrcIp=1.2.3.4", "matchSrcIpMask=255.255.255.0", "actionNewVlanPrio=7", "actionNewDstMac=2:0:0:0:0:1",
-                       "actionNewSrcMac=2:0:0:0:0:2", "actionRedirPort=4", "actionSendToCpuRule=9")):
+                       "matchSrcIp=1.2.3.4", "matchSrcIpMask=255.255.255.0", "actionNewVlanPrio=7",
+                       "actionNewDstMac=2:0:0:0:0:1", "actionNewSrcMac=2:0:0:0:0:2", "actionRedirPort=4",
+                       "actionSendToCpuRule=9")):
             self.ask("POST", "/tcam/policy", *given)
         self.ask("DELETE", "/tcam/policy/2")
         for number, port in ((1, 3), (4, 3), (4, 56)):
