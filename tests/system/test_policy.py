@@ -202,5 +202,29 @@ class Restart(PolicyTest):
             self.assertEqual(self.everything(), before)
 
 
+class HeldChanges(PolicyTest):
+    def pending(self):
+        """The pending interfaces and VLANs."""
+        asked = (("/if/pendingChanges", "ifNum"), ("/vlans/pendingChanges", "id"))
+        return [[int(n) for n in re.findall(rf"<{tag}>(\d+)</{tag}>", self.ask("GET", uri))]
+                for uri, tag in asked]
+
+    def test_binding_and_applying_are_pending_where_they_happen(self):
+        self.ask("POST", "/vlans/10")
+        self.ask("POST", "/acl/ip/name", "name=web")
+        self.ask("POST", "/tcam/policy", "actionDrop=1")
+        steps = [("/acl/if/3", ("direction=in", "type=ip", "name=web"), [[3], []]),
+                 ("/acl/vlan/10", ("direction=out", "type=ip", "name=web"), [[], [10]]),
+                 ("/tcam/policy/1/port/56", (), [[56], []])]
+        for uri, variables, where in steps:
+            for method in ("POST", "DELETE"):
+                self.daemon.lab("wait")
+                self.assertEqual(self.pending(), [[], []])
+                self.daemon.lab("hold")
+                self.ask(method, uri, *variables, "sequence=1")
+                self.assertEqual(self.pending(), where)
+                self.daemon.lab("release")
+
+
 if __name__ == "__main__":
     harness.main()

@@ -2,8 +2,8 @@
 JSON, over both ports."""
 
 import harness
-from policies import (DELETED, DUPLICATE, EVERY, KINDS, NO_ROOM_FOR_RULE, NO_SUCH_LIST, AclTest, acl,
-                      acl_entry, acls, every_rule, ip_fields, made, rule, tcp_flags)
+from policies import (CREATED, DELETED, DUPLICATE, EVERY, KINDS, NO_ROOM_FOR_RULE, NO_SUCH_LIST, AclTest,
+                      acl, acl_entry, acls, every_rule, ip_fields, made, rule, tcp_flags)
 from wire import GOT, REFUSED, Nodes
 
 ANY = {"mac": ("src_mac=any", "dest_mac=any"), "ip": ("src_ip=any", "dest_ip=any"),
@@ -74,6 +74,22 @@ class Rules(AclTest):
                            variables=("action=permit", *given))
                 self.refuse_rules(kind, [given[:-1], *[(*given, *row) for row in REFUSED_ATTRIBUTES]])
                 self.check("DELETE", f"/acl/{kind}/name", DELETED, variables=("name=web",))
+        self.each_way(scene)
+
+    def test_a_value_longer_than_255_characters_counts_as_missing(self):
+        def scene():
+            self.create("ip", "web")
+            long = "1" * 256
+            given = ["action=permit", "protocol=udp", "src_ip=any", "dest_ip=any"]
+            for at in range(len(given)):
+                name = given[at].split("=")[0]
+                self.check("POST", "/acl/ip/name/web/rule", REFUSED,
+                           variables=(*given[:at], f"{name}={long}", *given[at + 1:]))
+            self.create_rule("ip", "web", 1, 10, *given, f"dscp={long}", f"log={long}", f"sequence={long}")
+            self.check("POST", "/acl/ip/name/web/rule", CREATED, made("ip", "web", 1, 20),
+                       body="&".join((*given, f"dscp={long}", "log=1")))
+            self.check("GET", "/acl/ip/name/web", GOT, acl("web", 1, [
+                rule(10, ip_fields("17(UDP)")), rule(20, ip_fields("17(UDP)", log="TRUE"))]))
         self.each_way(scene)
 
     def test_duplicates_and_long_lists(self):
@@ -149,6 +165,7 @@ class IpTest(AclTest):
 
     PORTS = {"eq:0": "equal to 0", "neq:22": "not equal to 22", "lt:1024": "less than 1024",
              "gt:65535": "greater than 65535", "range:1000:2000": "1000..2000", "range:5:5": "5..5"}
+    NO_PORTS = {"eq:": "equal to 0", "neq:": "not equal to 0", "lt:": "less than 0", "gt:": "greater than 0"}
     WRONG_PORTS = ("80", "eq:65536", "eq:http", "ge:5", "EQ:5", "range:1000", "range:1000:", "range::5",
                    "range:2000:1000", "range:1:2:3", "range:1-2", "eq:-1", "gt:99999999999")
 
@@ -186,6 +203,8 @@ class IpTest(AclTest):
               for text, read in self.PORTS.items()],
             *[(("protocol=tcp", *both, f"dest_l4_port={text}"), ip("6(TCP)", {}, {"l4_port": read}))
               for text, read in self.PORTS.items()],
+            *[(("protocol=6", *both, f"src_l4_port={text}"), ip("6(TCP)", {"l4_port": read}))
+              for text, read in self.NO_PORTS.items()],
             (all_of_it, ip("6(TCP)", {"l4_port": "greater than 1023"}, {"l4_port": "80..90"}, dscp=63,
                            precedence=7, tos="ToS Bits: b8, ToS Mask: fc", tcp_flags=tcp_flags(syn="set"),
                            fragments="FALSE", **ATTRIBUTES_READ)),

@@ -69,6 +69,21 @@ class Lists(AclTest):
             self.check("GET", "/acl/mac", NO_LISTS, acls("mac"))
         self.each_way(scene)
 
+    def test_no_uri_reaches_a_name_that_begins_with_two_dots(self):
+        def scene():
+            for name in ("a", "..a", "...", ".", "a..b"):
+                self.create("ip", name)
+            for in_uri, reached, number in (("..a", "a", 1), ("...", ".", 4), ("a..b", "a..b", 5)):
+                self.check("GET", f"/acl/ip/name/{in_uri}", NO_RULES, acl(reached, number))
+            for name in ("..a", "..."):
+                self.bind("POST", "if/3", "in", "ip", name, ATTACHED, sequence=0)
+            self.check("GET", "/acl/if/3", GOT, bound_acls(("ip", "..a", 2, 1), ("ip", "...", 3, 2)),
+                       variables=("direction=in",))
+            for name in ("..a", "..."):
+                self.bind("DELETE", "if/3", "in", "ip", name, DETACHED)
+                self.check("DELETE", "/acl/ip/name", DELETED, variables=(f"name={name}",))
+        self.each_way(scene)
+
     def test_there_is_room_for_a_hundred(self):
         def scene():
             kinds = list(KINDS)
@@ -179,6 +194,23 @@ class Bindings(AclTest):
                     self.bind(method, absent, "in", "ip", "web", REFUSED, sequence=1)
                 self.check("GET", f"/acl/{absent}", REFUSED, variables=("direction=in",))
             self.check("GET", "/acl/ip/name/web", NO_RULES, acl("web", 1))
+        self.each_way(scene)
+
+    def test_a_deleted_vlan_keeps_nothing_and_a_lag_member_all(self):
+        def scene():
+            self.create("ip", "web")
+            self.check("POST", "/vlans/10", (0, "Create VLAN 10 successfully."))
+            for direction in ("in", "out"):
+                self.bind("POST", "vlan/10", direction, "ip", "web", ATTACHED, sequence=1)
+            self.check("DELETE", "/vlans/10", (0, "Delete VLAN 10 successfully."))
+            self.check("GET", "/acl/ip/name/web", NO_RULES, acl("web", 1))
+            self.check("POST", "/vlans/10", (0, "Create VLAN 10 successfully."))
+            self.check("GET", "/acl/vlan/10", NO_LISTS, {}, variables=("direction=in",))
+            self.bind("POST", "if/3", "in", "ip", "web", ATTACHED, sequence=1)
+            self.check("POST", "/lag/1/port/3", (0, "Configure port 3 to LAG 1 successfully."))
+            self.bind("POST", "if/3", "out", "ip", "web", ATTACHED, sequence=1)
+            self.check("GET", "/acl/ip/name/web", NO_RULES,
+                       acl("web", 1, inbound=((3,), ()), outbound=((3,), ())))
         self.each_way(scene)
 
     def test_a_list_is_not_bound_where_its_rules_send_packets(self):
