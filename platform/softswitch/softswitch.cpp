@@ -299,6 +299,16 @@ bool read_counters(std::string_view interface_name, std::map<uint32_t, counter> 
   return true;
 }
 
+bool set_time_range(std::string_view name, uint32_t state) {
+  locked_switch sw;
+  return time_range_set(*sw, name, state);
+}
+
+std::map<std::string, uint32_t, std::less<>> time_ranges() {
+  locked_switch sw;
+  return sw->time_ranges->states;
+}
+
 void set_ready(bool ready) {
   locked_switch sw;
   sw->ready = ready;

@@ -76,6 +76,11 @@ bool change_counter(std::string_view interface_name, std::string_view counter, c
 /* Reads all counters that an interface has, by id. False with the reason when there is no such interface. */
 bool read_counters(std::string_view interface_name, std::map<uint32_t, counter> *counters,
                    std::string *error);
+/* Defines a time range with its state (OPEN_ACL_RULE_STATUS_t), or makes it undefined. False for what is no
+ * name of one. */
+bool set_time_range(std::string_view name, uint32_t state);
+/* The time ranges that are defined, with their states. */
+std::map<std::string, uint32_t, std::less<>> time_ranges();
 /* What openapiSystemReadyStateGet answers. */
 void set_ready(bool ready);
 /* Overrides a limit by name (see model/limits.h). False for an unknown name or a value above the built-in. */

@@ -1,6 +1,7 @@
 /* The frame of the C interface; see call.h. */
 #include "platform/softswitch/api/call.h"
 
+#include "platform/softswitch/model/inet_address.h"
 #include "platform/softswitch/services/faults.h"
 
 #include <atomic>
@@ -56,7 +57,7 @@ open_error_t call_check(const char *function, const openapiClientHandle_t *handl
 
 static bool is_output(call_argument::kind kind) {
   return kind == call_argument::kind::number_out || kind == call_argument::kind::text_out ||
-         kind == call_argument::kind::other_out;
+         kind == call_argument::kind::address_out || kind == call_argument::kind::other_out;
 }
 
 static std::string quoted(std::string_view text) {
@@ -84,6 +85,9 @@ static std::string shown(const call_argument &argument) {
     return quoted(text_of(*static_cast<const open_buffdesc *>(argument.pointer)));
   case call_argument::kind::text_hidden:
     return "***";
+  case call_argument::kind::address:
+  case call_argument::kind::address_out:
+    return inet_address_text(*static_cast<const open_inet_addr_t *>(argument.pointer));
   case call_argument::kind::other_in:
     return argument.describe(argument.pointer);
   case call_argument::kind::other_out:

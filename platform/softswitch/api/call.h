@@ -7,7 +7,8 @@
  *   });
  *
  * Numbers are inputs; pointers to numbers are outputs, or wrapped in number_in(); texts are wrapped in
- * text_in(), text_out() or secret(), structures in input() or output(). */
+ * text_in(), text_out() or secret(), addresses in address_in() or address_out(), other structures in input()
+ * or output(). */
 #ifndef KESTREL_SOFTSWITCH_API_CALL_H
 #define KESTREL_SOFTSWITCH_API_CALL_H
 
@@ -22,7 +23,18 @@ namespace softswitch {
 
 /* One argument, for checking and tracing. */
 struct call_argument {
-  enum class kind { number, number_in, number_out, text, text_out, text_hidden, other_in, other_out };
+  enum class kind {
+    number,
+    number_in,
+    number_out,
+    text,
+    text_out,
+    text_hidden,
+    address,
+    address_out,
+    other_in,
+    other_out
+  };
 
   call_argument(uint32_t value) : what(kind::number), number(value) {}
   call_argument(const uint32_t *output) : what(kind::number_out), pointer(output) {}
@@ -30,7 +42,7 @@ struct call_argument {
 
   kind what;
   uint32_t number = 0;
-  const void *pointer = nullptr;                   /* by kind: uint32_t, open_buffdesc, anything */
+  const void *pointer = nullptr; /* by kind: uint32_t, open_buffdesc, open_inet_addr_t, anything */
   std::string (*describe)(const void *) = nullptr; /* other_in: gives what the trace shows */
 };
 
@@ -47,6 +59,12 @@ inline call_argument text_out(const open_buffdesc *text) {
 /* A text going in that no trace shows. */
 inline call_argument secret(const open_buffdesc *text) {
   return {call_argument::kind::text_hidden, text};
+}
+inline call_argument address_in(const open_inet_addr_t &address) {
+  return {call_argument::kind::address, &address};
+}
+inline call_argument address_out(const open_inet_addr_t *address) {
+  return {call_argument::kind::address_out, address};
 }
 /* A structure going in. */
 inline call_argument input(const void *pointer, std::string (*describe)(const void *)) {

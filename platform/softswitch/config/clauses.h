@@ -24,6 +24,8 @@ template <typename T> struct clause {
   void (*set)(T *, std::span<const argument>);
   /* Gives the arguments to print the clause with; false when the T does not have it. */
   bool (*get)(const T &, std::vector<argument> *);
+  /* The first word of a clause that says the same in another way: only one of them can be there. */
+  std::string_view instead_of = {};
 };
 
 /* The first word of a pattern. */
@@ -33,22 +35,31 @@ std::string_view first_word(std::string_view pattern);
 size_t read_clause(const switch_model &model, std::string_view pattern, std::span<const token> words,
                    std::vector<argument> *arguments, std::string *error);
 
+/* The clause that begins with a word; the table's end when none does. */
+template <typename T> auto find_clause(std::span<const clause<T>> table, std::string_view word) {
+  return std::find_if(table.begin(), table.end(),
+                      [&](const clause<T> &candidate) { return first_word(candidate.pattern) == word; });
+}
+
 /* Reads clauses into a T. False with the reason when something is no clause, or there twice. */
 template <typename T>
 bool read_clauses(const switch_model &model, std::span<const clause<T>> table, std::span<const token> words,
                   T *into, std::string *error) {
   std::vector<bool> seen(table.size());
   while (!words.empty()) {
-    auto row = std::find_if(table.begin(), table.end(), [&](const clause<T> &candidate) {
-      return !words[0].quoted && first_word(candidate.pattern) == words[0].text;
-    });
-    if (row == table.end()) {
+    auto row = find_clause(table, words[0].text);
+    if (row == table.end() || words[0].quoted) {
       *error = "\"" + words[0].text + "\" is not expected here";
       return false;
     }
     size_t index = static_cast<size_t>(row - table.begin());
     if (seen[index]) {
       *error = words[0].text + " is there twice";
+      return false;
+    }
+    auto other = find_clause(table, row->instead_of);
+    if (other != table.end() && seen[static_cast<size_t>(other - table.begin())]) {
+      *error = words[0].text + " does not go with " + std::string(row->instead_of);
       return false;
     }
     seen[index] = true;

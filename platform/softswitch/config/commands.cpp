@@ -1,5 +1,6 @@
 /* The table of the configuration language: every line that there is. Its order is the order in which the
  * configuration is printed, so what others refer to comes before them. */
+#include "platform/softswitch/config/acl_lines.h"
 #include "platform/softswitch/config/address_lines.h"
 #include "platform/softswitch/config/interface_lines.h"
 #include "platform/softswitch/config/lag_lines.h"
@@ -61,6 +62,17 @@ static constexpr command table[] = {
     {"no interface <port> mac-locking sticky", apply_no_sticky_mode, nullptr},
     {"interface <port> mac-locking address <mac> vlan <vlan> static|sticky", apply_mac_lock, print_mac_locks},
     {"no interface <port> mac-locking address <mac> vlan <vlan>", apply_no_mac_lock, nullptr},
+
+    {"acl ip|mac|ipv6 <text>", apply_acl, nullptr},
+    {"acl ip|mac|ipv6 <text> id <number>", apply_acl_with_id, print_acls},
+    {"no acl ip|mac|ipv6 <text>", apply_no_acl, nullptr},
+    {"acl ip|mac|ipv6 <text> rule <number> permit|deny ...", apply_acl_rule, print_acl_rules},
+    {"no acl ip|mac|ipv6 <text> rule <number>", apply_no_acl_rule, nullptr},
+    {"interface <port> acl in|out ip|mac|ipv6 <text> sequence <number>", apply_interface_acl,
+     print_interface_acls},
+    {"no interface <port> acl in|out ip|mac|ipv6 <text>", apply_no_interface_acl, nullptr},
+    {"vlan <vlan> acl in|out ip|mac|ipv6 <text> sequence <number>", apply_vlan_acl, print_vlan_acls},
+    {"no vlan <vlan> acl in|out ip|mac|ipv6 <text>", apply_no_vlan_acl, nullptr},
 
     {"tcam policy <number> openflow|ipv6|egress ...", apply_tcam_policy, print_tcam_policies},
     {"no tcam policy <number>", apply_no_tcam_policy, nullptr},

@@ -2,6 +2,7 @@
 #include "platform/softswitch/config/placeholders.h"
 
 #include "platform/softswitch/model/interface_settings.h"
+#include "platform/softswitch/model/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -172,6 +173,16 @@ static std::string print_mac(const switch_model &, const argument &from) {
   return mac_text(from.mac);
 }
 
+static bool read_hex_byte(const switch_model &, const token &from, argument *into, std::string *error) {
+  if (hex_byte_read(from.text, &into->number)) return true;
+  *error = "\"" + from.text + "\" is not two hexadecimal digits";
+  return false;
+}
+
+static std::string print_hex_byte(const switch_model &, const argument &from) {
+  return hex_byte_text(from.number);
+}
+
 /* Reads an address of a family; any address, as it may be a mask. */
 static bool read_address(const std::string &text, OPEN_AF_t family, open_inet_addr_t *address,
                          std::string *error) {
@@ -284,6 +295,7 @@ static constexpr placeholder placeholders[] = {
     {"<any-mac>", read_any_mac, print_mac},
     {"<ip>", read_ip, print_address},
     {"<ipv6>", read_ipv6, print_address},
+    {"<hex-byte>", read_hex_byte, print_hex_byte},
     {"<ip-prefix>", read_ip_prefix, print_prefix},
     {"<ipv6-prefix>", read_ipv6_prefix, print_prefix},
     {"<text>", read_text, print_text},

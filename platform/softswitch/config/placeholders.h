@@ -24,6 +24,7 @@ using id_list = std::vector<uint32_t>;
  *   <mac>         mac
  *   <any-mac>     mac: also zero, a group address, a mask
  *   <ip>, <ipv6>  prefix: its address, of the family
+ *   <hex-byte>    number
  *   <ip-prefix>, <ipv6-prefix>  prefix, of the family
  *   <text>        text
  *   <number>      number

@@ -62,12 +62,15 @@ open_error_t acl_make(switch_model &model, uint32_t type, std::string_view name,
   return OPEN_E_NONE;
 }
 
+static bool is_bound(const switch_model &model, uint32_t id) {
+  const acl_bindings &bindings = *model.acls->bindings;
+  return std::any_of(bindings.begin(), bindings.end(),
+                     [&](const acl_binding &binding) { return binding.acl == id; });
+}
+
 open_error_t acl_remove(switch_model &model, uint32_t id) {
   if (!acl_find(model, id)) return OPEN_E_NOT_FOUND;
-  const acl_bindings &bindings = *model.acls->bindings;
-  bool bound = std::any_of(bindings.begin(), bindings.end(),
-                           [&](const acl_binding &binding) { return binding.acl == id; });
-  if (bound) return OPEN_E_FAIL;
+  if (is_bound(model, id)) return OPEN_E_FAIL;
   auto &lists = model.acls.edit()->lists;
   lists.erase(place_of(lists, id));
   next_change(model);
@@ -127,6 +130,11 @@ static acl_rules *edit_rules(switch_model &model, uint32_t id) {
   return place_of(model.acls.edit()->lists, id)->rules.edit();
 }
 
+static open_error_t refuse_full(const std::string &reason, std::string *error) {
+  if (error) *error = reason;
+  return OPEN_E_FULL;
+}
+
 open_error_t acl_rule_put(switch_model &model, uint32_t id, uint32_t number, const acl_rule &rule,
                           std::string *error) {
   const acl_list *list = acl_find(model, id);
@@ -138,12 +146,14 @@ open_error_t acl_rule_put(switch_model &model, uint32_t id, uint32_t number, con
   if (kept->protocol == OPEN_ACL_PROTOCOL_IP) kept->protocol.reset();
   const acl_rule *present = acl_rule_find(*list, number);
   if (present && *present == *kept) return OPEN_E_NONE;
-  if (!present && list->rules->size() >= model.limits.acl_rules) return OPEN_E_FULL;
+  if (!present && list->rules->size() >= model.limits.acl_rules)
+    return refuse_full("there is room for " + std::to_string(model.limits.acl_rules) + " rules only", error);
   acl_rules *rules = edit_rules(model, id);
   auto place = rule_place(*rules, number);
   if (!present) place = rules->insert(place, {number, nullptr});
   place->rule = std::move(kept);
-  return OPEN_E_NONE;
+  if (present || !is_bound(model, id) || tcam_has_room(model)) return OPEN_E_NONE;
+  return refuse_full("the TCAM has no room for another rule", error);
 }
 
 open_error_t acl_rule_remove(switch_model &model, uint32_t id, uint32_t number) {
@@ -247,7 +257,7 @@ open_error_t acl_bind(switch_model &model, const acl_place &place, uint32_t id, 
   acl_bindings *bindings = model.acls.edit()->bindings.edit();
   bindings->insert(binding_place(*bindings, place, sequence), {place, sequence, id});
   note_change(model, place);
-  return OPEN_E_NONE;
+  return tcam_has_room(model) ? OPEN_E_NONE : OPEN_E_FULL;
 }
 
 open_error_t acl_unbind(switch_model &model, const acl_place &place, uint32_t id) {

@@ -8,6 +8,7 @@
 #define KESTREL_SOFTSWITCH_MODEL_ACL_H
 
 #include "platform/softswitch/model/acl_rule.h"
+#include "platform/softswitch/model/limits.h"
 #include "platform/softswitch/model/shared_table.h"
 
 #include <compare>
@@ -21,7 +22,7 @@ namespace softswitch {
 
 inline constexpr uint32_t acl_rule_number_max = 2147483647;
 inline constexpr uint32_t acl_rule_step = 10; /* numbers that the switch picks are multiples of this */
-inline constexpr uint32_t acl_id_max = 100;   /* as many as there may be lists */
+inline constexpr uint32_t acl_id_max = limits().acls;
 
 struct acl_numbered_rule {
   uint32_t number;
@@ -93,7 +94,8 @@ bool acl_rule_duplicated(const acl_list &list, uint32_t number);
 open_error_t acl_rule_fits(const switch_model &model, const acl_list &list, const acl_rule &rule,
                            std::string *error);
 /* Puts a rule into a list, in the place of the one with this number. OPEN_E_PARAM: a number outside
- * 1..acl_rule_number_max. OPEN_E_FULL: no room for another. Otherwise what acl_rule_fits() says. */
+ * 1..acl_rule_number_max. OPEN_E_FULL: no room for another, in the list or, when it is bound, in the TCAM.
+ * Otherwise what acl_rule_fits() says. In `error` the reason in words for what a rule is refused for. */
 open_error_t acl_rule_put(switch_model &model, uint32_t id, uint32_t number, const acl_rule &rule,
                           std::string *error);
 open_error_t acl_rule_remove(switch_model &model, uint32_t id, uint32_t number);
@@ -122,7 +124,7 @@ std::vector<uint32_t> acl_bound_to(const switch_model &model, uint32_t id, acl_p
 
 /* Binds a list. OPEN_E_PARAM also: sequence 0. OPEN_E_EXISTS: it is bound here with another sequence number.
  * OPEN_E_FAIL: another list has this sequence number, or a rule of it mirrors or redirects to this interface.
- * OPEN_E_FULL: no room for another. */
+ * OPEN_E_FULL: no room for another here; or, with the list bound here in the model, no room in the TCAM. */
 open_error_t acl_bind(switch_model &model, const acl_place &place, uint32_t id, uint32_t sequence);
 /* OPEN_E_NOT_FOUND also: it is not bound here. */
 open_error_t acl_unbind(switch_model &model, const acl_place &place, uint32_t id);

@@ -74,6 +74,7 @@ static constexpr part_row parts[] = {
     {acl_part::redirect, "redirect", ip + mac + ipv6, has<&acl_rule::redirect>},
     {acl_part::time_range, "time range", ip + mac + ipv6, has<&acl_rule::time_range>},
     {acl_part::rate_limit, "rate limit", ip + mac + ipv6, has<&acl_rule::rate_limit>},
+    {acl_part::every, "\"every\"", ip + mac + ipv6, [](const acl_rule &rule) { return rule.every != 0; }},
 };
 
 static const part_row &row_of(acl_part part) {

@@ -132,6 +132,7 @@ enum class acl_part {
   redirect,
   time_range,
   rate_limit,
+  every,
 };
 
 bool acl_type_valid(uint32_t type);

@@ -17,6 +17,7 @@
 #include "platform/softswitch/model/shared_table.h"
 #include "platform/softswitch/model/switchport.h"
 #include "platform/softswitch/model/tcam.h"
+#include "platform/softswitch/model/time_ranges.h"
 #include "platform/softswitch/model/vlan.h"
 #include "platform/softswitch/services/profile.h"
 
@@ -39,6 +40,7 @@ struct switch_model {
   shared_table<mac_locking_table> mac_locking;
   shared_table<acl_table> acls;
   shared_table<tcam_table> tcam;
+  shared_table<time_range_table> time_ranges;
   shared_table<address_table> addresses;
   shared_table<counter_table> counters;
 };
@@ -47,7 +49,7 @@ struct switch_model {
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, counters (save of interfaces that go), readiness. */
+ * cables, time ranges, counters (save of interfaces that go), readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */

@@ -1,8 +1,11 @@
-/* What holds for every text that the switch keeps: names and descriptions. */
+/* What holds for every text that the switch keeps: names and descriptions; and bytes as text. */
 #ifndef KESTREL_SOFTSWITCH_MODEL_TEXT_H
 #define KESTREL_SOFTSWITCH_MODEL_TEXT_H
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace softswitch {
@@ -11,6 +14,19 @@ namespace softswitch {
 inline bool has_control_character(std::string_view text) {
   return std::any_of(text.begin(), text.end(),
                      [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; });
+}
+
+/* Reads two hexadecimal digits of any case; false for anything else. */
+inline bool hex_byte_read(std::string_view text, uint32_t *byte) {
+  if (text.size() != 2) return false;
+  auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), *byte, 16);
+  return failure == std::errc() && end == text.data() + text.size();
+}
+
+/* A byte as two hexadecimal digits in lower case. */
+inline std::string hex_byte_text(uint32_t byte) {
+  static constexpr std::string_view digits = "0123456789abcdef";
+  return {digits[byte >> 4 & 15], digits[byte & 15]};
 }
 
 } // namespace softswitch

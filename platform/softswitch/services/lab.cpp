@@ -156,6 +156,23 @@ static lab_outcome name_counters(const command_row &, const arguments &) {
   return done(std::move(text));
 }
 
+/* By OPEN_ACL_RULE_STATUS_t. */
+static constexpr std::string_view time_range_words[] = {"none", "inactive", "active"};
+
+static lab_outcome change_time_range(const command_row &row, const arguments &given) {
+  auto word = std::find(std::begin(time_range_words), std::end(time_range_words), given[1]);
+  if (word == std::end(time_range_words)) return misused(row);
+  uint32_t state = static_cast<uint32_t>(word - std::begin(time_range_words));
+  return set_time_range(given[0], state) ? done() : refused("no name of a time range");
+}
+
+static lab_outcome list_time_ranges(const command_row &, const arguments &) {
+  std::string text;
+  for (const auto &[name, state] : time_ranges())
+    text += name + " " + std::string(time_range_words[state]) + "\n";
+  return done(std::move(text));
+}
+
 static lab_outcome change_ready(const command_row &row, const arguments &given) {
   bool ready;
   if (!choice_from_text(given[0], "yes", "no", &ready)) return misused(row);
@@ -210,6 +227,9 @@ static const command_row commands[] = {
     {"counter list", "INTERFACE", 1, 1,
      "list an interface's counters: id, name, value, per second when running", list_counters},
     {"counter names", "", 0, 0, "list all counters: id, name", name_counters},
+    {"time-range list", "", 0, 0, "list the time ranges that are defined: name, state", list_time_ranges},
+    {"time-range", "NAME active|inactive|none", 2, 2, "define a time range with its state, or no longer",
+     change_time_range},
     {"ready", "yes|no", 1, 1, "whether the switch says that it has come up", change_ready},
     {"limit", "NAME VALUE", 2, 2, "lower a limit of the switch, to see its table full", change_limit},
     {"log", "LEVEL", 1, 1, "lines this severe go to the console: emergency ... debug, or 0 to 7", change_log},
