@@ -3,11 +3,13 @@ TCAM is used for, and that all of it is there again after the daemon was killed.
 
 import random
 import re
+import threading
 
 import harness
-from policies import EVERY, KINDS, NO_ROOM_FOR_RULE, acl, bound_acls, every_rule, made, policy_created
+from policies import (EVERY, KINDS, NO_ROOM_FOR_RULE, acl, bound_acls, every_rule, ip_fields, made,
+                      policy_created, tcp_flags)
 from scenes import FlowTest
-from wire import GOT, REFUSED, Rows
+from wire import GOT, REFUSED, Closed, Rows, xml_of
 
 
 class PolicyTest(FlowTest):
@@ -200,6 +202,55 @@ class Restart(PolicyTest):
             before = self.everything()
             self.restart()
             self.assertEqual(self.everything(), before)
+
+
+class SuddenDeath(PolicyTest):
+    """Rules are made one after the other until another thread kills the daemon."""
+
+    RULE = ("action=permit", "protocol=tcp", "src_ip=10.1.0.0", "src_mask=255.255.0.0", "dest_ip=any",
+            "tos=b8", "tcp_syn=1", "log=1", "assign_queue=3", "rate_limit=1000", "burst_size=64")
+
+    def rules(self, name):
+        """The text of each rule of a list, by number."""
+        text = self.ask("GET", f"/acl/ip/name/{name}")
+        found = re.findall(r"<rule><sequence_number>(\d+)</sequence_number>(.*?)</rule>", text)
+        return {int(number): rest for number, rest in found}
+
+    def whole(self, number):
+        fields = {"action": "Permit", "match_all": "FALSE", **ip_fields(
+            "6(TCP)", {"ip": "10.1.0.0", "mask": "255.255.0.0"}, {"l4_port": f"equal to {number}"},
+            tos="ToS Bits: b8, ToS Mask: ff", tcp_flags=tcp_flags(syn="set"), log="TRUE", assign_queue=3,
+            rate_limit=1000, burst_size=64)}
+        return xml_of(fields)
+
+    def make_rules_until_death(self, name, after):
+        """Returns the number of the rule that was under way."""
+        threading.Timer(after, self.daemon.process.kill).start()
+        for number in range(1, 1024):
+            try:
+                reply = self.logged_in.ask("POST", f"/acl/ip/name/{name}/rule", *self.RULE,
+                                           f"sequence={number}", f"dest_l4_port=eq:{number}")
+            except (Closed, OSError):
+                return number
+            self.assertEqual(reply.code(), 0, reply.text())
+        raise AssertionError("the daemon was never killed")
+
+    def test_no_rule_that_was_acknowledged_is_lost(self):
+        """The one that was under way may be there with some of its conditions, or not at all."""
+        choose, known = random.Random(5), {}
+        self.daemon.expect_log(r"journal-\d+: the last line was not written to its end and is dropped")
+        for name in "abcdefgh":
+            self.daemon.lab("limit", "journal-bytes", str(choose.choice((500, 100000))))
+            self.ask("POST", "/acl/ip/name", f"name={name}")
+            under_way = self.make_rules_until_death(name, choose.uniform(0.01, 0.06))
+            self.daemon.process.wait()
+            self.daemon.start()
+            self.logged_in = self.session(self.daemon)
+            known[name] = {number: self.whole(number) for number in range(1, under_way)}
+            if under_way in self.rules(name):
+                self.ask("DELETE", f"/acl/ip/name/{name}/rule", f"sequence={under_way}")
+            self.assertEqual({which: self.rules(which) for which in known}, known)
+        self.assertGreater(sum(map(len, known.values())), 8)
 
 
 class HeldChanges(PolicyTest):
