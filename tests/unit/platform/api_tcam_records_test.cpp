@@ -222,6 +222,20 @@ TEST_F(Tcam, ArgumentsOfActionsNotAskedForDoNotCountAndAreNotKept) {
   EXPECT_EQ(read(3), all_of(expected));
 }
 
+/* Lines of the configuration cannot say what does not count; the model takes it from whoever else makes
+ * policies. */
+TEST(TcamModel, PolicyIsKeptInNormalForm) {
+  softswitch::switch_model model = softswitch::make_switch(softswitch::built_in_profile());
+  record policy = plain_policy(0);
+  memset(&policy.actionVal, 0xff, sizeof policy.actionVal);
+  memset(policy.reserved, 0xff, sizeof policy.reserved);
+  ASSERT_EQ(softswitch::tcam_policy_create(model, 640, policy), OPEN_E_NONE);
+  EXPECT_EQ(all_of(softswitch::tcam_policy_find(model, 640)->record), all_of(plain_policy()));
+  EXPECT_EQ(softswitch::tcam_policy_create(model, 640, policy), OPEN_E_EXISTS);
+  EXPECT_EQ(softswitch::tcam_policy_create(model, 0, policy), OPEN_E_PARAM);
+  EXPECT_EQ(softswitch::tcam_policy_create(model, 641, policy), OPEN_E_PARAM);
+}
+
 TEST_F(Tcam, OnlyGenPoliciesMatchIpv6) {
   void (*const setters[])(record *) = {[](record *p) { p->matchSrcIpv6Addr.addr8[15] = 1; },
                                        [](record *p) { p->matchSrcIpv6Mask.addr8[0] = 1; },
