@@ -1,8 +1,10 @@
-/* What the tests of TCAM policies share: records, and all members of a record as text. */
+/* What the tests of TCAM policies share: records, all members of a record as text, and the C interface with
+ * ids as numbers. */
 #ifndef KESTREL_TESTS_TCAM_TEST_SUPPORT_H
 #define KESTREL_TESTS_TCAM_TEST_SUPPORT_H
 
 #include "platform/api/openapi_tcam.h"
+#include "tests/unit/platform/softswitch_test_support.h"
 
 #include <sstream>
 #include <string.h>
@@ -68,5 +70,63 @@ inline std::string all_of(const open_tcamApiPolicy_t &p) {
        << unsigned{p.actionVal.dscp};
   return text.str();
 }
+
+/* A running switch and its policies. Where a call can answer an id, a code stands in its place when it fails.
+ */
+class Tcam : public SoftSwitch {
+protected:
+  /* The id of a new policy; the code in its place when there is none. */
+  int create(const open_tcamApiPolicy_t &policy) {
+    uint32_t id = 99999;
+    open_error_t rc = rpcclt_openapiTcamPolicyCreate(&handle, policy, &id);
+    return rc == OPEN_E_NONE ? static_cast<int>(id) : rc;
+  }
+
+  int create(uint32_t type = OPEN_TCAM_POLICY_OPENFLOW) { return create(plain_policy(type)); }
+
+  /* A policy as text; the code in its place. */
+  std::string read(uint32_t id) {
+    open_tcamApiPolicy_t policy;
+    memset(&policy, 0xaa, sizeof policy);
+    open_error_t rc = rpcclt_openapiTcamPolicyGet(&handle, &id, &policy);
+    return rc == OPEN_E_NONE ? all_of(policy) : std::to_string(rc);
+  }
+
+  open_error_t destroy(uint32_t id) { return rpcclt_openapiTcamPolicyDestroy(&handle, &id); }
+
+  open_error_t apply(uint32_t id, uint32_t interface) {
+    return rpcclt_openapiTcamPolicyIntfAdd(&handle, &id, interface);
+  }
+
+  open_error_t take_off(uint32_t id, uint32_t interface) {
+    return rpcclt_openapiTcamPolicyIntfRem(&handle, &id, interface);
+  }
+
+  /* The ids that a walk finds. Each record must be that of its id. */
+  std::vector<uint32_t> walk() {
+    std::vector<uint32_t> found;
+    open_tcamApiPolicy_t policy;
+    uint32_t id, next;
+    open_error_t rc = rpcclt_openapiTcamPolicyGetFirst(&handle, &policy, &id);
+    while (rc == OPEN_E_NONE) {
+      EXPECT_EQ(all_of(policy), read(id));
+      found.push_back(id);
+      rc = rpcclt_openapiTcamPolicyGetNext(&handle, &id, &policy, &next);
+      EXPECT_EQ(id, found.back()) << "the id that goes in stays";
+      id = next;
+    }
+    EXPECT_EQ(rc, OPEN_E_FAIL);
+    return found;
+  }
+
+  int next_after(uint32_t id) {
+    open_tcamApiPolicy_t policy;
+    uint32_t next = 99999;
+    open_error_t rc = rpcclt_openapiTcamPolicyGetNext(&handle, &id, &policy, &next);
+    return rc == OPEN_E_NONE ? static_cast<int>(next) : rc;
+  }
+
+  using ids = std::vector<uint32_t>;
+};
 
 #endif

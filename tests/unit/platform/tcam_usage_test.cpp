@@ -264,17 +264,48 @@ TEST_F(TcamStatistics, GroupGrowsByARowAfterTheLastEntryOfItsSlices) {
   EXPECT_EQ(slices(), "0 5 5, 0 400 400, 0 801 801");
 }
 
-TEST_F(TcamStatistics, BoundRulesCountInTheirDirection) {
-  {
-    locked_switch model;
-    add_list(*model, OPEN_ACL_TYPE_MAC, 513, OPEN_ACL_DIRECTION_IN);
-    add_list(*model, OPEN_ACL_TYPE_IPV6, 257, OPEN_ACL_DIRECTION_OUT);
-  }
+/* The lines that make a list with so many rules. */
+std::string list_lines(const std::string &list, uint32_t rules) {
+  std::string lines = "acl " + list + "\n";
+  for (uint32_t number = 1; number <= rules; number++)
+    lines += "acl " + list + " rule " + std::to_string(number) + " permit\n";
+  return lines;
+}
+
+TEST_F(TcamStatistics, RulesCountInTheDirectionsThatTheirListIsBoundIn) {
+  std::string error;
+  ASSERT_TRUE(apply_configuration(list_lines("mac m", 513) + list_lines("ipv6 v", 257), &error)) << error;
+  const std::string nothing_in = unused + unused + unused + unused + unused + "0 206080 206080";
+  const std::string nothing_out = unused + unused + unused + unused + "0 205056 205056";
+  EXPECT_EQ(statistics(1), nothing_in);
+  EXPECT_EQ(statistics(2), nothing_out);
+
+  ASSERT_EQ(commit("interface 0/1 acl in mac m sequence 1"), OPEN_E_NONE);
+  ASSERT_EQ(commit("vlan 1 acl in mac m sequence 1"), OPEN_E_NONE);
+  ASSERT_EQ(commit("vlan 1 acl out ipv6 v sequence 1"), OPEN_E_NONE);
   EXPECT_EQ(statistics(1),
             unused + unused + unused + "1 4 5 513 511 1024 1 0 2 \n" + unused + "513 205567 206080");
   EXPECT_EQ(statistics(2), unused + unused + unused + "1 4 6 257 255 512 2 0 2 \n" + "514 204542 205056");
   EXPECT_EQ(slices(), "0 5 5, 2 398 400, 4 797 801");
-  locked_switch()->acls = {};
+
+  ASSERT_EQ(commit("no interface 0/1 acl in mac m"), OPEN_E_NONE);
+  ASSERT_EQ(commit("no vlan 1 acl out ipv6 v"), OPEN_E_NONE);
+  EXPECT_EQ(slices(), "0 5 5, 2 398 400, 0 801 801") << "the list is still bound to a VLAN";
+  ASSERT_EQ(commit("no vlan 1 acl in mac m"), OPEN_E_NONE);
+  EXPECT_EQ(statistics(1), nothing_in);
+  EXPECT_EQ(statistics(2), nothing_out);
+}
+
+TEST_F(TcamStatistics, PoliciesAndRulesShareTheSlicesOfEgress) {
+  std::string error;
+  ASSERT_TRUE(apply_configuration(list_lines("ip w", 1), &error)) << error;
+  ASSERT_TRUE(set_limit("tcam-egress-slices-256", 1));
+  ASSERT_EQ(commit("interface 0/1 acl out ip w sequence 1"), OPEN_E_NONE);
+  EXPECT_EQ(commit("tcam policy 1 egress"), OPEN_E_FULL);
+  ASSERT_EQ(commit("no interface 0/1 acl out ip w"), OPEN_E_NONE);
+  EXPECT_EQ(commit("tcam policy 1 egress"), OPEN_E_NONE);
+  EXPECT_EQ(commit("interface 0/1 acl out ip w sequence 1"), OPEN_E_FULL);
+  EXPECT_EQ(slices(), "0 5 5, 0 400 400, 1 0 1");
 }
 
 TEST_F(TcamStatistics, NothingIsFreeWhenLimitsWereLoweredBelowTheUse) {
