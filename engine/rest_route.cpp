@@ -16,11 +16,12 @@ static size_t literal_length(const char *pattern) {
 }
 
 static bool route_matches(const rest_route &route, const char *uri) {
+  uri_fields_t fields;
+  if (route.count == ROUTE_INSIDE) return scan_uri(uri, route.pattern, fields) == EOF;
   size_t literal = literal_length(route.pattern);
   if (strncmp(uri, route.pattern, literal) != 0) return false;
   if (route.count == ROUTE_EXACT) return uri[literal] == '\0';
 
-  uri_fields_t fields;
   if (scan_uri(uri, route.pattern, fields) != route.count) return false;
   return route.keyword == nullptr || strcmp(fields[route.count - 1], route.keyword) == 0;
 }

@@ -9,15 +9,17 @@
 
 typedef int (*rest_operation_t)(openapiClientHandle_t *client_handle, mg_connection *conn);
 
-/* The route's whole URI is the pattern's text before its "%": nothing may follow. */
-enum { ROUTE_EXACT = -1 };
+enum {
+  ROUTE_EXACT = -1,  /* the URI is the pattern's text before its "%": nothing may follow */
+  ROUTE_INSIDE = -2, /* the URI is that text or stops inside it: the scan meets the end of the input */
+};
 
 /* One route. `pattern` is a scan pattern in the sense of sscanf(3) that ends with "%s", which catches
  * whatever should not be there; the route matches when exactly `count` fields are converted. */
 struct rest_route {
   request_method_t method;
   const char *pattern;
-  int count;           /* fields that must be converted, or ROUTE_EXACT */
+  int count;           /* fields that must be converted, ROUTE_EXACT or ROUTE_INSIDE */
   const char *keyword; /* what the last of these fields must be, or null: a set like %4[name] limits the
                           letters only */
   rest_operation_t operation;

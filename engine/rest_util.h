@@ -5,12 +5,22 @@
 
 #include "platform/api/openapi_common.h"
 
+#include <memory>
 #include <span>
 #include <stdint.h>
+#include <stdlib.h>
 #include <time.h>
 
 /* Result of helpers. Note that 0 is success. */
 typedef enum { RC_TRUE = 0, RC_FALSE = 1 } RC_t;
+
+/* --- Memory -------------------------------------------------------------------------------------------- */
+
+/* A block from malloc(3) or calloc(3), null when there was no memory; freed at the end of its scope. */
+struct free_memory {
+  void operator()(void *memory) const { free(memory); }
+};
+template <typename T> using heap_array = std::unique_ptr<T[], free_memory>;
 
 /* --- Numbers and words --------------------------------------------------------------------------------- */
 

@@ -2,11 +2,13 @@
 
 #include "engine/rest_engine_session_hdr.h"
 #include "engine/rest_settings.h"
+#include "modules/rest_module_acl.h"
 #include "modules/rest_module_base.h"
 #include "modules/rest_module_interface.h"
 #include "modules/rest_module_lag.h"
 #include "modules/rest_module_login.h"
 #include "modules/rest_module_pml.h"
+#include "modules/rest_module_tcam.h"
 #include "modules/rest_module_vlan.h"
 #include "platform/api/l7proc.h"
 
@@ -26,7 +28,8 @@ struct rest_module {
 
 static const rest_module modules[] = {
     {"login", login_api_handler}, {"vlans", vlan_api_handler}, {"if", interface_api_handler},
-    {"base", base_api_handler},   {"lag", lag_api_handler},    {"pml", pml_api_handler},
+    {"base", base_api_handler},   {"lag", lag_api_handler},    {"tcam", tcam_api_handler},
+    {"pml", pml_api_handler},     {"acl", acl_api_handler},
 };
 
 static const rest_module *find_module(const char *name) {

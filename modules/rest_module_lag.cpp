@@ -7,7 +7,6 @@
 #include "platform/api/openapi_lag.h"
 
 #include <algorithm>
-#include <memory>
 #include <stdlib.h>
 
 /* --- Helpers -------------------------------------------------------------------------------------------- */
@@ -55,16 +54,11 @@ static open_error_t append_name(openapiClientHandle_t *client_handle, uint32_t i
   return rc;
 }
 
-struct free_memory {
-  void operator()(void *memory) const { free(memory); }
-};
-
 static open_error_t append_members(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *members) {
   uint32_t max = 0;
   open_error_t rc = rpcclt_openapiLagMaxMemberCountGet(client_handle, &max);
   if (rc != OPEN_E_NONE) return rc;
-  void *memory = calloc(std::max(max, 1u), sizeof(uint32_t));
-  std::unique_ptr<uint32_t[], free_memory> ports(static_cast<uint32_t *>(memory));
+  heap_array<uint32_t> ports(static_cast<uint32_t *>(calloc(std::max(max, 1u), sizeof(uint32_t))));
   if (!ports) return OPEN_E_INTERNAL;
   uint32_t count = max;
   rc = rpcclt_openapiLagMembersGet(client_handle, ifNum, &count, ports.get());
