@@ -291,7 +291,7 @@ protected:
 
 TEST_F(RandomAccessLists, AgreeWithTheTextbookThroughRestarts) {
   lower_limits();
-  for (int round = 0; round < 20; round++) {
+  for (int round = 0; round < 40; round++) {
     for (int step = 0; step < 400; step++) {
       change();
       if (HasFatalFailure()) FAIL() << "round " << round << ", step " << step;
