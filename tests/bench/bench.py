@@ -36,6 +36,7 @@ class Case:
     path: str  # {key} is replaced by a session key
     close: bool = False  # a new connection for every request
     slow: bool = False  # milliseconds each: measured three times as long
+    connections: tuple[int, ...] = CONNECTIONS
 
 
 CASES = [
@@ -47,6 +48,10 @@ CASES = [
     Case("GET /if/1/counters, JSON", "/if/1/counters?format=json&sessionkey={key}"),
     Case("GET /vlans, 4094 VLANs, XML", "/vlans?sessionkey={key}", slow=True),
     Case("GET /vlans, 4094 VLANs, JSON", "/vlans?format=json&sessionkey={key}", slow=True),
+    Case("GET of a list with 1023 rules, XML", "/acl/ip/name/long?sessionkey={key}", slow=True, connections=(1, 100)),
+    Case("GET of a list with 1023 rules, JSON", "/acl/ip/name/long?format=json&sessionkey={key}", slow=True,
+         connections=(1, 100)),
+    Case("GET /tcam/groupStats, 1023 rules bound", "/tcam/groupStats?sessionkey={key}"),
     Case("unauthorised", "/login?sessionkey=0123456789abcdef0123456789abcdef"),
     Case("GET /login, new connections", "/login?sessionkey={key}", close=True),
 ]
@@ -182,6 +187,33 @@ def fill_vlans(server, key):
             sys.exit(f"VLAN {vlan}: {body}")
 
 
+# All that a rule of an IPv4 list can hold at once; what comes before differs from rule to rule.
+RULE = ("action=permit&protocol=tcp&src_ip=10.1.0.0&src_mask=255.255.0.0&dest_ip=192.0.2.0&dest_mask=255.255.255.0"
+        "&dscp=46&precedence=5&tos=b8&tos_mask=fc&fragments=0&src_l4_port=gt:1023&tcp_syn=1&tcp_fin=0"
+        "&tcp_established=0&log=1&assign_queue=3&mirror_intf=4&redirect_intf=5&time_range=office&rate_limit=1000"
+        "&burst_size=64")
+
+
+def fill_rules(server, key):
+    """Makes an IPv4 list as long as lists get and binds it. Returns the microseconds that each rule cost: of the
+    server's CPU time, and of the time that the client waited."""
+    connection = http.client.HTTPConnection("127.0.0.1", server.ports["plain"])
+
+    def post(path, variables):
+        connection.request("POST", f"{path}?sessionkey={key}&{variables}")
+        body = connection.getresponse().read()
+        if b"<rlt_code>0<" not in body:
+            sys.exit(f"{path} {variables}: {body}")
+
+    post("/acl/ip/name", "name=long")
+    rules, cpu, begin = 1023, cpu_nanoseconds(server.pid), time.monotonic_ns()
+    for port in range(rules):
+        post("/acl/ip/name/long/rule", f"dest_l4_port=eq:{port}&{RULE}")
+    waited, cpu = time.monotonic_ns() - begin, cpu_nanoseconds(server.pid) - cpu
+    post("/acl/if/1", "direction=in&type=ip&name=long&sequence=1")
+    return cpu / 1000 / rules, waited / 1000 / rules
+
+
 def fill_counters(root):
     """Gives every counter of port 1 a value that takes both of its halves."""
     with socket.socket(socket.AF_UNIX) as lab:
@@ -229,7 +261,7 @@ def run_cases(daemon, nginx, key, cases, seconds):
     print_row(*["---"] * 9)
     for number, case in cases:
         for transport in ("plain", "TLS"):
-            for connections in CONNECTIONS:
+            for connections in case.connections:
                 path = case.path.format(key=key)
                 long = case.slow or (transport == "TLS" and connections > 100)  # hundreds of handshakes first
                 duration = 3 * seconds if long else seconds
@@ -268,8 +300,9 @@ def main():
             for transport in ("plain", "TLS"):
                 cost = connection_cost(daemon, transport, f"/login?sessionkey={key}")
                 print(f"An idle {transport} connection after one request: {cost:.0f} bytes resident")
-            print(flush=True)
             fill_vlans(daemon, key)
+            cpu, waited = fill_rules(daemon, key)
+            print(f"Each of 1023 rules with many conditions: {cpu:.0f} us of CPU, made in {waited:.0f} us\n", flush=True)
             fill_counters(root)
             bodies = [request(daemon, "GET", case.path.format(key=key)) for case in CASES]
             nginx = start_nginx(root, bodies)

@@ -1,4 +1,5 @@
-"""Scenes: what a client of the API does, played once for each form of answer and over both ports."""
+"""Scenes: what a client of the API does, played once for each form of answer and over both ports; and flows,
+played once by one client from the start of a daemon through its restarts."""
 
 import harness
 from harness import DaemonTest
@@ -56,3 +57,21 @@ class UriTest(DaemonTest):
         reply = self.session_in_use.ask(method, uri, f"format={self.form}", *variables, body=body)
         self.assertEqual(reply.raw, rest_reply(*outcome, data, self.form),
                          f"{method} {uri} {variables} {body}")
+
+
+class FlowTest(DaemonTest):
+    """A daemon of the test's own and one session, which outlives restarts."""
+
+    def setUp(self):
+        self.daemon = self.start_daemon()
+        self.logged_in = self.session(self.daemon)
+
+    def ask(self, method, uri, *variables):
+        """A request that must succeed; returns the answer's text."""
+        reply = self.logged_in.ask(method, uri, *variables)
+        self.assertEqual(reply.code(), 0, f"{method} {uri} {variables}: {reply.text()}")
+        return reply.text()
+
+    def restart(self):
+        self.daemon.restart()
+        self.logged_in = self.session(self.daemon)

@@ -5,25 +5,12 @@ import random
 import re
 
 import harness
-from harness import DaemonTest, eventually
+from harness import eventually
+from scenes import FlowTest
 from wire import GOT, Rows
 
 
-class Layer2Test(DaemonTest):
-    def setUp(self):
-        self.daemon = self.start_daemon()
-        self.logged_in = self.session(self.daemon)
-
-    def ask(self, method, uri, *variables):
-        """A request that must succeed; returns the answer's text."""
-        reply = self.logged_in.ask(method, uri, *variables)
-        self.assertEqual(reply.code(), 0, f"{method} {uri} {variables}: {reply.text()}")
-        return reply.text()
-
-    def restart(self):
-        self.daemon.restart()
-        self.logged_in = self.session(self.daemon)
-
+class Layer2Test(FlowTest):
     def fact(self, number, name):
         return re.search(f"<{name}>([^<]*)</{name}>", self.ask("GET", f"/if/{number}")).group(1)
 

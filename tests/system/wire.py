@@ -32,18 +32,27 @@ class Rows(list):
         self.tag = tag
 
 
+class Nodes(list):
+    """Siblings as (name in JSON, name in XML, value) each, where a dictionary will not do: the names differ,
+    or one comes twice. JSON then has the first one's place and the last one's value."""
+
+
 def xml_of(data):
     if isinstance(data, Rows):
         return "".join(f"<{data.tag}>{xml_of(entry)}</{data.tag}>" for _, entry in data)
+    if isinstance(data, Nodes):
+        return "".join(f"<{tag}>{xml_of(value)}</{tag}>" for _, tag, value in data)
     if isinstance(data, dict):
         return "".join(f"<{name}>{xml_of(value)}</{name}>" for name, value in data.items())
     return str(data)
 
 
 def plain_of(data):
-    """Rows turned into the objects that stand for them in JSON."""
+    """Rows and nodes turned into the objects that stand for them in JSON."""
     if isinstance(data, Rows):
         return {str(position): plain_of(entry) for position, entry in data}
+    if isinstance(data, Nodes):
+        return {key: plain_of(value) for key, _, value in data}
     if isinstance(data, dict):
         return {name: plain_of(value) for name, value in data.items()}
     return data

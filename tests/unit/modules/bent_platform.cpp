@@ -5,6 +5,7 @@
 #include "platform/api/openapi_lag.h"
 #include "platform/api/openapi_pml.h"
 #include "platform/api/openapi_routing.h"
+#include "platform/api/openapi_tcam.h"
 #include "platform/api/openapi_vlan.h"
 #include "tests/unit/modules/bent_calls.h"
 
@@ -204,6 +205,31 @@ open_error_t rpcclt_openapiPmlIntfStaticEntryGetFirst(openapiClientHandle_t *han
 open_error_t rpcclt_openapiPmlIntfStaticEntryGetNext(openapiClientHandle_t *handle, uint32_t ifNum,
                                                      open_buffdesc *mac, uint32_t *vlanId, uint32_t *sticky) {
   return call_library(__func__, vlanId, handle, ifNum, mac, vlanId, sticky);
+}
+
+open_error_t rpcclt_openapiTcamPolicyGet(openapiClientHandle_t *handle, uint32_t *policyId,
+                                         open_tcamApiPolicy_t *policy) {
+  return call_library(__func__, &policy->policyType, handle, policyId, policy);
+}
+
+open_error_t rpcclt_openapiTcamPolicyGetNext(openapiClientHandle_t *handle, uint32_t *policyId,
+                                             open_tcamApiPolicy_t *policy, uint32_t *nextId) {
+  return call_library(__func__, nextId, handle, policyId, policy, nextId);
+}
+
+open_error_t rpcclt_openapiTcamGroupStatsGetZYL(openapiClientHandle_t *handle, uint32_t stage,
+                                                open_zylUsmdbTcamGroupsStats_t *groups, uint32_t *sliceSize,
+                                                uint32_t *entryCount, uint32_t *entryFree,
+                                                uint32_t *entryTotal) {
+  open_error_t rc =
+      call_library(__func__, sliceSize, handle, stage, groups, sliceSize, entryCount, entryFree, entryTotal);
+  bend("rpcclt_openapiTcamGroupStatsGetZYL inUse", &groups->group[0].inUse);
+  return rc;
+}
+
+open_error_t rpcclt_openapiTcamHapiBroadPolicyTypeNameGetZYL(openapiClientHandle_t *handle, uint32_t typeId,
+                                                             open_buffdesc *name) {
+  return read_from_library(__func__, handle, typeId, name);
 }
 
 #if defined(__SANITIZE_ADDRESS__)

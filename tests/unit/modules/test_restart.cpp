@@ -5,6 +5,7 @@
 #include "tests/unit/modules/interface_fixture.h"
 #include "tests/unit/modules/lag_fixture.h"
 #include "tests/unit/modules/pml_fixture.h"
+#include "tests/unit/modules/tcam_fixture.h"
 #include "tests/unit/modules/vlan_fixture.h"
 
 #include <memory>
@@ -42,6 +43,7 @@ protected:
   static rest_handler_t module_of(const std::string &uri) {
     if (uri.compare(0, 4, "/if/") == 0) return interface_api_handler;
     if (uri.compare(0, 4, "/lag") == 0) return lag_api_handler;
+    if (uri.compare(0, 5, "/tcam") == 0) return tcam_api_handler;
     return uri.compare(0, 4, "/pml") == 0 ? pml_api_handler : vlan_api_handler;
   }
   static std::string status_file() { return read_file(std::string(getenv(VARIABLE)) + "/sessions"); }
@@ -127,6 +129,12 @@ static const struct {
     {"PUT", "/pml/if/5/sticky", "value=1"},
     {"POST", "/pml/if/5/vlan/10/sticky/1/mac", "value=02:00:00:00:00:0a"},
     {"POST", "/pml/if/5/vlan/1/sticky/0/mac", "value=02:00:00:00:00:0b"},
+    {"POST", "/tcam/policy", "actionDrop=1"},
+    {"POST", "/tcam/policy", "policyType=3&matchVlanId=10&matchDstIp=10.0.0.0&matchDstIpMask=255.0.0.0"},
+    {"POST", "/tcam/policy", "policyType=2&matchSrcMac=1:2:3:4:5:6&actionRedirPort=56&actionNewVlanPrio=0"},
+    {"POST", "/tcam/policy/2/port/5", ""},
+    {"POST", "/tcam/policy/3/port/5", ""},
+    {"DELETE", "/tcam/policy/1", ""},
 };
 
 /* What the switch answers about everything that was changed. */
@@ -140,7 +148,8 @@ static std::string all_answers(std::string (*serve)(const char *, const std::str
     for (const char *vlan : {"/vlan/1", "/vlan/10", "/vlan/20"}) answers += serve("GET", uri + vlan, "");
   }
   for (const char *uri : {"/lag", "/lag/1", "/lag/64", "/pml/if/5/sticky", "/pml/if/6/sticky",
-                          "/pml/if/5/mac", "/vlans", "/vlans/1", "/vlans/10", "/vlans/20"})
+                          "/pml/if/5/mac", "/tcam/policy", "/tcam/policy/2", "/tcam/policy/3",
+                          "/tcam/groupStats", "/vlans", "/vlans/1", "/vlans/10", "/vlans/20"})
     answers += serve("GET", uri, "");
   return answers;
 }
@@ -163,6 +172,8 @@ TEST_F(RestartTest, EveryAnswerIsTheSameAfterwards) {
         start();
         wait_applied();
         EXPECT_EQ(all_answers(serve), read_file(file));
+        serve("DELETE", "/tcam/policy/2/port/5");
+        serve("DELETE", "/tcam/policy/3/port/5");
         serve("PUT", "/if/9/switchportMode", "value=1");
         serve("PUT", "/if/10/switchportMode", "value=3");
         EXPECT_EQ(serve("GET", "/if/10/vlan"), expected_participations({{0, 1}, {2, 20}}).xml);

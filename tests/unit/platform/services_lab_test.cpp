@@ -118,6 +118,8 @@ TEST_F(Lab, HelpListsEveryCommand) {
       "counter list INTERFACE                    list an interface's counters: id, name, value, per second "
       "when running\n"
       "counter names                             list all counters: id, name\n"
+      "time-range list                           list the time ranges that are defined: name, state\n"
+      "time-range NAME active|inactive|none      define a time range with its state, or no longer\n"
       "ready yes|no                              whether the switch says that it has come up\n"
       "limit NAME VALUE                          lower a limit of the switch, to see its table full\n"
       "log LEVEL                                 lines this severe go to the console: emergency ... debug, "
@@ -135,12 +137,32 @@ TEST_F(Lab, CommandsAreCarriedOut) {
     EXPECT_EQ(lab_command(line), "ok\n") << line;
 }
 
+TEST_F(Lab, TimeRangesHaveTheStateThatTheyWereGivenUntilARestart) {
+  EXPECT_EQ(lab_command("time-range list"), "ok\n");
+  EXPECT_EQ(lab_command("time-range office active"), "ok\n");
+  EXPECT_EQ(lab_command("time-range night active"), "ok\n");
+  EXPECT_EQ(lab_command("time-range night inactive"), "ok\n");
+  EXPECT_EQ(lab_command("time-range list"), "night inactive\noffice active\nok\n");
+  EXPECT_EQ(lab_command("reload"), "ok\n");
+  EXPECT_EQ(lab_command("time-range office none"), "ok\n");
+  EXPECT_EQ(lab_command("time-range list"), "night inactive\nok\n") << "a reload leaves them as they are";
+  std::string error;
+  stop();
+  ASSERT_TRUE(start(&error)) << error;
+  EXPECT_EQ(lab_command("time-range list"), "ok\n");
+}
+
 TEST_F(Lab, WrongLinesAreRefusedWithTheirUsage) {
   const char *fault = "error: usage: fault FUNCTION CODE [COUNT [SKIP]]\n";
   const struct {
     std::string line, reply;
   } table[] = {
       {"help me", "error: usage: help\n"},
+      {"time-range", "error: usage: time-range NAME active|inactive|none\n"},
+      {"time-range office", "error: usage: time-range NAME active|inactive|none\n"},
+      {"time-range office on", "error: usage: time-range NAME active|inactive|none\n"},
+      {"time-range list all", "error: usage: time-range list\n"},
+      {"time-range a/b active", "error: no name of a time range\n"},
       {"hold now", "error: usage: hold\n"},
       {"release x", "error: usage: release\n"},
       {"wait x", "error: usage: wait [MILLISECONDS]\n"},
