@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <string.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
@@ -19,8 +20,13 @@ static constexpr char snapshot_name[] = "running-config";
 static constexpr char next_snapshot_name[] = "running-config.next";
 static constexpr std::string_view journal_prefix = "journal-";
 static constexpr std::string_view generation_prefix = "! generation ";
-/* No configuration comes near this; whatever is larger is no configuration. */
-static constexpr size_t config_file_max = size_t{64} * 1024 * 1024;
+/* No configuration comes near this (that of 100 access lists with 1023 long rules each is 60 MiB); whatever
+ * is larger is no configuration. */
+static constexpr size_t config_file_max = size_t{256} * 1024 * 1024;
+/* What only lines that take something back may use of the disk. */
+static constexpr off_t undo_reserve = 512;
+/* The journal gets its room on disk in such steps. */
+static constexpr off_t allocation_step = off_t{64} * 1024;
 
 static std::string path_of(const std::string &dir, std::string_view name) {
   return dir + '/' + std::string(name);
@@ -177,10 +183,33 @@ bool journal_open(journal *journal, const std::string &dir, switch_model *model,
 
 /* --- Changes -------------------------------------------------------------------------------------------- */
 
+/* Whether a file may grow to this size, as far as the process is limited. */
+static bool size_allowed(off_t size) {
+  rlimit limit;
+  return getrlimit(RLIMIT_FSIZE, &limit) != 0 || static_cast<rlim_t>(size) <= limit.rlim_cur;
+}
+
+/* Makes sure that the disk has room for a journal of this size, which keeps its length. File systems that
+ * cannot tell are taken at their word later, when it is written. */
+static bool allocate(journal *journal, off_t size) {
+  if (!size_allowed(size)) return false;
+  if (size <= journal->allocated) return true;
+  for (off_t wanted : {size + allocation_step, size}) {
+    if (fallocate(journal->file->fd, FALLOC_FL_KEEP_SIZE, 0, wanted) == 0) {
+      journal->allocated = wanted;
+      return true;
+    }
+    if (errno != ENOSPC && errno != EDQUOT && errno != EFBIG) return true;
+  }
+  return false;
+}
+
 bool journal_append(journal *journal, std::string_view line) {
   int fd = journal->file->fd;
   if (journal->torn && ftruncate(fd, journal->length) != 0) return false;
   std::string text = std::string(line) + '\n';
+  off_t needed = journal->length + static_cast<off_t>(text.size()) + undo_reserve;
+  if (!line.starts_with("no ") && !allocate(journal, needed)) return false;
   ssize_t written = pwrite(fd, text.data(), text.size(), journal->length);
   journal->torn = written != static_cast<ssize_t>(text.size());
   if (journal->torn) {
@@ -227,6 +256,7 @@ bool snapshot_install(journal *journal, off_t offset, std::string *error) {
   journal->generation++;
   journal->file = file;
   journal->length -= offset;
+  journal->allocated = 0;
   journal->torn = false;
   return true;
 }

@@ -25,6 +25,7 @@ struct journal {
   uint64_t generation = 0;
   std::shared_ptr<file_guard> file; /* journal-N; shared with a thread that is syncing it */
   off_t length = 0;                 /* bytes of whole lines in it */
+  off_t allocated = 0;              /* bytes that the disk is known to have room for in it */
   bool torn = false;                /* bytes of a failed write may follow them */
 };
 
@@ -47,7 +48,9 @@ bool read_config_file(const std::string &dir, const std::string &name, std::stri
 
 /* --- Changes -------------------------------------------------------------------------------------------- */
 
-/* Adds a line. False when it cannot be stored (disk full); the journal is then as it was. */
+/* Adds a line. False when it cannot be stored (disk full); the journal is then as it was. Lines that take
+ * something back ("no ...") have a little room that others leave to them, so that what was begun can be
+ * undone when it cannot be finished. */
 bool journal_append(journal *journal, std::string_view line);
 
 /* Makes everything appended before safe from a power cut. Without the lock, on a copy of journal.file. */
