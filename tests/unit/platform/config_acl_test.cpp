@@ -259,6 +259,15 @@ TEST(AclLines, FullTablesSayHowMuchThereIsRoomFor) {
   }
 }
 
+TEST(AclLines, ReasonOutlivesTheCopiesOfTheSwitch) {
+  switch_model model = prepared();
+  { switch_model copy = model; }
+  std::string error;
+  ASSERT_TRUE(limit_override(&model.limits, "tcam-ingress-slices-512", 0));
+  EXPECT_EQ(apply_line(model, "vlan 1 acl in ip web sequence 1", &error), OPEN_E_FULL);
+  EXPECT_EQ(error, "the TCAM has no room for the rules of web") << "also when the tables were shared before";
+}
+
 TEST(AclLines, BindingToATargetAndDeletingOneIsRefusedInWords) {
   switch_model model = prepared();
   std::string error;
