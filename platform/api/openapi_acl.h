@@ -131,7 +131,7 @@ open_error_t rpcclt_openapiAclGetNext(openapiClientHandle_t *handle, OPEN_ACL_TY
  *   sequence  its place among the lists bound there in this direction, from 1; 0 stands for the one after
  *             the last
  * OPEN_E_EXISTS  it is bound there in this direction already
- * OPEN_E_FULL    also: 100 lists are
+ * OPEN_E_FULL    also: 100 lists are, or there is no number after the last
  * OPEN_E_FAIL    also: another list has this sequence number, or a rule mirrors or redirects to this very
  *                interface */
 open_error_t rpcclt_openapiAclIntfDirAdd(openapiClientHandle_t *handle, uint32_t ifNum,

@@ -132,7 +132,8 @@ static std::string place_words(const switch_model &model, const acl_place &place
 
 /* Why a list that exists was not bound to a place that exists. */
 static std::string refusal_words(const switch_model &model, open_error_t rc, const acl_place &place,
-                                 const acl_list &list, uint32_t sequence) {
+                                 uint32_t id, uint32_t sequence) {
+  const acl_list &list = *acl_find(model, id);
   std::string where = place_words(model, place);
   if (rc == OPEN_E_PARAM) return "sequence number out of range 1.." + std::to_string(UINT32_MAX);
   if (rc == OPEN_E_EXISTS)
@@ -155,9 +156,9 @@ static open_error_t bind(switch_model &model, acl_place::kind where, std::span<c
   if (rc != OPEN_E_NONE) return explain_vlan(rc, place.number, error);
   const acl_list *list = find_list(model, list_name(arguments.subspan(2)), error);
   if (!list) return OPEN_E_NOT_FOUND;
-  uint32_t sequence = arguments[4].number;
-  rc = acl_bind(model, place, list->id, sequence);
-  if (rc != OPEN_E_NONE) *error = refusal_words(model, rc, place, *list, sequence);
+  uint32_t id = list->id, sequence = arguments[4].number;
+  rc = acl_bind(model, place, id, sequence);
+  if (rc != OPEN_E_NONE) *error = refusal_words(model, rc, place, id, sequence);
   return rc;
 }
 

@@ -238,10 +238,10 @@ static open_error_t check_protocol(const rule_check &check) {
     if (check.rule.protocol == row.protocol || check.rule.protocol == row.other) continue;
     std::string wanted = std::to_string(row.protocol);
     if (row.other != row.protocol) wanted += " or " + std::to_string(row.other);
-    return refuse(check, OPEN_E_PARAM, std::string(row_of(row.part).name) + " needs protocol " + wanted);
+    return refuse(check, OPEN_E_PARAM, std::string(row_of(row.part).name) + " only with protocol " + wanted);
   }
   if (check.rule.icmp_code && !check.rule.icmp_type)
-    return refuse(check, OPEN_E_PARAM, "ICMP code needs an ICMP type");
+    return refuse(check, OPEN_E_PARAM, "ICMP code only with an ICMP type");
   return OPEN_E_NONE;
 }
 

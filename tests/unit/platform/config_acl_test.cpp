@@ -179,15 +179,15 @@ TEST(AclLines, WrongClausesNameTheirReason) {
       {"ip web rule 9 permit protocol 1 icmp-type 256", OPEN_E_PARAM, "ICMP type out of range 0..255"},
       {"ip web rule 9 permit protocol 1 icmp-type 8 icmp-code 256", OPEN_E_PARAM,
        "ICMP code out of range 0..255"},
-      {"ip web rule 9 permit protocol 1 icmp-code 8", OPEN_E_PARAM, "ICMP code needs an ICMP type"},
-      {"ip web rule 9 permit icmp-type 8", OPEN_E_PARAM, "ICMP type needs protocol 1"},
-      {"ipv6 six rule 9 permit protocol 1 icmp-type 8", OPEN_E_PARAM, "ICMP type needs protocol 58"},
-      {"ip web rule 9 permit igmp-type 8", OPEN_E_PARAM, "IGMP type needs protocol 2"},
-      {"ip web rule 9 permit protocol 17 tcp-flags 1 mask 1", OPEN_E_PARAM, "TCP flags needs protocol 6"},
-      {"ip web rule 9 permit established on", OPEN_E_PARAM, "\"established\" needs protocol 6"},
-      {"ip web rule 9 permit source-port equal 80", OPEN_E_PARAM, "source port needs protocol 6 or 17"},
+      {"ip web rule 9 permit protocol 1 icmp-code 8", OPEN_E_PARAM, "ICMP code only with an ICMP type"},
+      {"ip web rule 9 permit icmp-type 8", OPEN_E_PARAM, "ICMP type only with protocol 1"},
+      {"ipv6 six rule 9 permit protocol 1 icmp-type 8", OPEN_E_PARAM, "ICMP type only with protocol 58"},
+      {"ip web rule 9 permit igmp-type 8", OPEN_E_PARAM, "IGMP type only with protocol 2"},
+      {"ip web rule 9 permit protocol 17 tcp-flags 1 mask 1", OPEN_E_PARAM, "TCP flags only with protocol 6"},
+      {"ip web rule 9 permit established on", OPEN_E_PARAM, "\"established\" only with protocol 6"},
+      {"ip web rule 9 permit source-port equal 80", OPEN_E_PARAM, "source port only with protocol 6 or 17"},
       {"ip web rule 9 permit protocol 1 destination-port equal 80", OPEN_E_PARAM,
-       "destination port needs protocol 6 or 17"},
+       "destination port only with protocol 6 or 17"},
       {"ip web rule 9 permit protocol 6 source-port 80", OPEN_E_PARAM,
        "\"80\" is none of equal|not-equal|less|greater"},
       {"ip web rule 9 permit protocol 6 source-port equal 65536", OPEN_E_PARAM,
@@ -257,6 +257,15 @@ TEST(AclLines, FullTablesSayHowMuchThereIsRoomFor) {
     EXPECT_EQ(apply_line(model, row.line, &error), OPEN_E_FULL) << row.line;
     EXPECT_EQ(error, row.error) << row.line;
   }
+}
+
+TEST(AclLines, ReasonOutlivesTheCopiesOfTheSwitch) {
+  switch_model model = prepared();
+  { switch_model copy = model; }
+  std::string error;
+  ASSERT_TRUE(limit_override(&model.limits, "tcam-ingress-slices-512", 0));
+  EXPECT_EQ(apply_line(model, "vlan 1 acl in ip web sequence 1", &error), OPEN_E_FULL);
+  EXPECT_EQ(error, "the TCAM has no room for the rules of web") << "also when the tables were shared before";
 }
 
 TEST(AclLines, BindingToATargetAndDeletingOneIsRefusedInWords) {
