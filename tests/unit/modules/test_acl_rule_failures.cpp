@@ -1,9 +1,12 @@
 /* Making rules when the platform fails: every call with every result. Whatever fails, no rule is left behind
  * and the first failure is answered. */
+#include "tests/support/full_disk.h"
 #include "tests/unit/modules/acl_creation_fixture.h"
 #include "tests/unit/modules/failing_calls.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <stdlib.h>
 
 static const std::string ADD = "rpcclt_openapiAclRuleMatch";
 
@@ -364,4 +367,35 @@ TEST_F(AclRuleFailureTest, RangesAndFormsAreThePlatformsToCheck) {
         << row.query;
     expect_no_rule_left(row.list);
   }
+}
+
+/* Bytes of the journal of the switch's changes. */
+static rlim_t journal_size() {
+  for (const auto &file : std::filesystem::directory_iterator(getenv("KESTREL_STATE_DIR"))) {
+    if (file.path().filename().string().compare(0, 8, "journal-") == 0) return file.file_size();
+  }
+  ADD_FAILURE() << "there is no journal";
+  return 0;
+}
+
+/* The disk is full at each point of the making in turn. */
+TEST_F(AclRuleFailureTest, ARuleThatTheDiskHasNoRoomForIsTakenBack) {
+  const std::string query = IPV4_TCP + "dscp=46&src_l4_port=gt:1023&tcp_syn=1&log=1&assign_queue=3";
+  const uint32_t before = rule_count(ipv4_list().id);
+  unsigned refusals = 0;
+  for (rlim_t room = 0; rule_count(ipv4_list().id) == before; room += 16) {
+    ASSERT_LT(room, 10000u);
+    std::string answer;
+    {
+      full_disk full(journal_size() + room);
+      answer = call_xml(acl_api_handler, "POST", ipv4_list().uri(), query);
+    }
+    if (answer == created(ipv4_list(), 10).xml) continue;
+    refusals++;
+    /* A protocol that cannot be added is answered as one that the platform does not know. */
+    bool told = answer == expected_platform_error(OPEN_E_FAIL).xml || answer == refused().xml;
+    ASSERT_TRUE(told) << answer;
+    ASSERT_EQ(rule_count(ipv4_list().id), before) << room;
+  }
+  EXPECT_GT(refusals, 50u);
 }

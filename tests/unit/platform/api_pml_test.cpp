@@ -2,7 +2,7 @@
  * they do. */
 #include "platform/api/openapi_pml.h"
 
-#include "tests/unit/platform/full_disk.h"
+#include "tests/support/full_disk.h"
 #include "tests/unit/platform/softswitch_test_support.h"
 
 #include <string.h>

@@ -3,7 +3,7 @@
 #include "platform/api/openapi_lag.h"
 #include "platform/api/openapi_tcam.h"
 
-#include "tests/unit/platform/full_disk.h"
+#include "tests/support/full_disk.h"
 #include "tests/unit/platform/tcam_test_support.h"
 
 #include <string.h>

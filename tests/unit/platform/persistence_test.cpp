@@ -1,6 +1,6 @@
 /* Tests of what survives: kills at any moment, full disks, compaction while changes go on, saving and
  * reloading. */
-#include "tests/unit/platform/full_disk.h"
+#include "tests/support/full_disk.h"
 #include "tests/unit/platform/softswitch_test_support.h"
 
 #include <random>

@@ -9,7 +9,7 @@
 #include "platform/softswitch/services/accounts.h"
 #include "platform/softswitch/services/faults.h"
 #include "platform/softswitch/softswitch.h"
-#include "tests/unit/platform/full_disk.h"
+#include "tests/support/full_disk.h"
 #include "tests/unit/platform/services_test_support.h"
 
 #include <gtest/gtest.h>
