@@ -24,7 +24,7 @@ open_error_t apply_vlan_acl(switch_model &, std::span<const argument>, std::stri
 open_error_t apply_no_vlan_acl(switch_model &, std::span<const argument>, std::string *error);
 void print_vlan_acls(const config_printer &);
 
-/* --- For the C interface, which stores changes as lines ------------------------------------------------- */
+/* --- A rule as a line, also for the C interface, which stores changes as lines ------------------------ */
 
 /* The arguments of the line of a rule. The rule has passed acl_rule_check(). */
 std::vector<argument> acl_rule_arguments(const switch_model &model, const acl_list &list, uint32_t number,
