@@ -80,6 +80,34 @@ TEST_F(RequestTest, ChangesOfInterfacesLagsAndLocksAreAudited) {
             }));
 }
 
+TEST_F(RequestTest, ChangesOfAccessControlListsAreAudited) {
+  std::string key = "sessionkey=" + log_in();
+  const std::string rule = key + "&action=deny&protocol=every";
+  serve("POST", "/acl/ip/name", key, "name=web");
+  serve("POST", "/acl/ip/name", key, "name=web");
+  serve("POST", "/acl/ip/name/web/rule", rule);
+  serve("POST", "/acl/ip/name/web/rule", rule);
+  serve("POST", "/acl/if/3", key + "&direction=in&type=ip&name=web&sequence=1");
+  serve("DELETE", "/acl/if/3", key + "&direction=in&type=ip&name=web");
+  serve("DELETE", "/acl/ip/name", key, "name=web");
+  serve("GET", "/acl/ip", key);
+  std::vector<std::string> lines = new_lines();
+  lines.erase(lines.begin()); /* the login */
+  EXPECT_EQ(lines,
+            (std::vector<std::string>{
+                AUDIT + "[POST /acl/ip/name?" + key + "]: Create successfully. (0)",
+                AUDIT + "[POST /acl/ip/name?" + key + "]: The ACL name already exists. (1)",
+                AUDIT + "[POST /acl/ip/name/web/rule?" + rule + "]: Create successfully. (0)",
+                AUDIT + "[POST /acl/ip/name/web/rule?" + rule +
+                    "]: Failed to create the specified rule as it duplicates already existing one. (3)",
+                AUDIT + "[POST /acl/if/3?" + key +
+                    "&direction=in&type=ip&name=web&sequence=1]: The rule attachs successfully. (0)",
+                AUDIT + "[DELETE /acl/if/3?" + key +
+                    "&direction=in&type=ip&name=web]: The ACL detaches successfully. (0)",
+                AUDIT + "[DELETE /acl/ip/name?" + key + "]: Delete successfully. (0)",
+            }));
+}
+
 TEST_F(RequestTest, PasswordNeverReachesTheLog) {
   serve("POST", "/login", "user=admin&password=correct+horse");
   serve("GET", "/login", "method=post&user=admin&password=correct+horse");
@@ -123,7 +151,9 @@ TEST_F(RequestTest, ReadingIsNeverLogged) {
 TEST_F(RequestTest, EveryModuleIsReachedByItsName) {
   std::string key = log_in();
   EXPECT_EQ(serve("GET", "/vlans", "sessionkey=" + key), expected_list({1}).xml);
-  for (const char *uri : {"/base/", "/vlans/", "/login/", "/if/", "/lag/", "/pml/"}) {
+  EXPECT_EQ(serve("GET", "/acl", "sessionkey=" + key),
+            expected_data({number("current_number", 0), number("max_number", 100)}).xml);
+  for (const char *uri : {"/base/", "/vlans/", "/login/", "/if/", "/lag/", "/pml/", "/acl/if/7/extra"}) {
     EXPECT_EQ(serve("GET", uri, "sessionkey=" + key), expected_bad_request().xml) << uri;
   }
 }
