@@ -114,7 +114,7 @@ open_error_t rpcclt_openapiAclCreate(openapiClientHandle_t *handle, OPEN_ACL_TYP
  * OPEN_E_FAIL  also: it is bound to an interface or VLAN */
 open_error_t rpcclt_openapiAclDelete(openapiClientHandle_t *handle, uint32_t aclId);
 
-/* The list of this type and name. */
+/* The list of this type and name. A name that no list can have is that of none. */
 open_error_t rpcclt_openapiAclGet(openapiClientHandle_t *handle, OPEN_ACL_TYPE_t type, open_buffdesc *name,
                                   uint32_t *aclId);
 open_error_t rpcclt_openapiAclNameGet(openapiClientHandle_t *handle, uint32_t aclId, open_buffdesc *name);

@@ -62,9 +62,8 @@ static open_error_t give_id(const acl_list *list, open_error_t when_none, uint32
 open_error_t rpcclt_openapiAclGet(openapiClientHandle_t *handle, OPEN_ACL_TYPE_t type, open_buffdesc *name,
                                   uint32_t *aclId) {
   return api_call(__func__, handle, {type, text_in(name), aclId}, [&](const switch_model &model) {
-    std::string_view text = text_of(*name);
-    if (!acl_type_valid(type) || !acl_name_valid(text)) return OPEN_E_PARAM;
-    return give_id(acl_by_name(model, type, text), OPEN_E_NOT_FOUND, aclId);
+    if (!acl_type_valid(type)) return OPEN_E_PARAM;
+    return give_id(acl_by_name(model, type, text_of(*name)), OPEN_E_NOT_FOUND, aclId);
   });
 }
 

@@ -59,7 +59,7 @@ TEST_F(AclLists, NameIsOneTo31BytesWithoutBlanksSlashesAndControlCharacters) {
        {std::string(""), std::string(32, 'n'), std::string("a b"), std::string(" "), std::string("a/b"),
         std::string("a\tb"), std::string("a\nb"), std::string("\x7f"), std::string("\x01")}) {
     EXPECT_EQ(create(OPEN_ACL_TYPE_IP, bad, &id), OPEN_E_PARAM) << bad;
-    EXPECT_EQ(find(OPEN_ACL_TYPE_IP, bad), OPEN_E_PARAM) << bad;
+    EXPECT_EQ(find(OPEN_ACL_TYPE_IP, bad), OPEN_E_NOT_FOUND) << bad;
   }
   EXPECT_EQ(softswitch::running_config(), before);
 }
