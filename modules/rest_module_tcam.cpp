@@ -5,6 +5,7 @@
 #include "engine/rest_route.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -321,13 +322,21 @@ static bool set_policy_type(openapiClientHandle_t *, const char *text, open_tcam
   return true;
 }
 
+/* A number for a field that is narrower than an int. What does not fit is the field's largest, which the
+ * platform refuses, and never another number. */
+template <typename Field> static Field fit_number(const char *text) {
+  int32_t number = text_to_int(text);
+  constexpr Field largest = std::numeric_limits<Field>::max();
+  return number < 0 || number > largest ? largest : static_cast<Field>(number);
+}
+
 static bool set_vlan(openapiClientHandle_t *, const char *text, open_tcamApiPolicy_t *policy) {
-  policy->matchVlanVal = static_cast<uint16_t>(text_to_int(text));
+  policy->matchVlanVal = fit_number<uint16_t>(text);
   return true;
 }
 
 static bool set_vlan_prio(openapiClientHandle_t *, const char *text, open_tcamApiPolicy_t *policy) {
-  policy->matchVlanPrio = static_cast<uint8_t>(text_to_int(text));
+  policy->matchVlanPrio = fit_number<uint8_t>(text);
   return true;
 }
 
@@ -340,7 +349,7 @@ static bool take_ip(openapiClientHandle_t *client_handle, const char *text, uint
   open_inet_addr_t parsed = {};
   if (convert_ip_string_to_inet_addr(client_handle, text, &parsed) != RC_TRUE) return false;
   *address = parsed.addr.ipv4;
-  return true;
+  return parsed.family == OPEN_AF_INET;
 }
 
 static bool set_dst_mac(openapiClientHandle_t *, const char *text, open_tcamApiPolicy_t *policy) {
@@ -376,7 +385,7 @@ static bool set_drop(openapiClientHandle_t *, const char *text, open_tcamApiPoli
 
 static bool set_new_vlan_prio(openapiClientHandle_t *, const char *text, open_tcamApiPolicy_t *policy) {
   policy->actionType |= OPEN_TCAM_ACTION_USERPRIO;
-  policy->actionVal.vlanPrio = static_cast<uint8_t>(text_to_int(text));
+  policy->actionVal.vlanPrio = fit_number<uint8_t>(text);
   return text[0] != '\0';
 }
 
