@@ -17,9 +17,9 @@ struct acl_name {
 /* Takes a name of 1 to 31 characters. OPEN_E_PARAM for any other text. */
 open_error_t take_acl_name(const char *text, acl_name *name);
 
-/* Takes type word and name out of a URI by a pattern with these two fields, of which exactly `count` fields
- * must be converted; `type_word` points into `fields` then. OPEN_E_PARAM for another URI, an unknown word, or
- * a name that is too long. */
+/* Takes type word and name out of a URI by a pattern of which exactly these two fields must be converted;
+ * fields[0] is the type word then. OPEN_E_PARAM for another URI, an unknown word, or a name that is too long.
+ */
 open_error_t take_uri_acl(const mg_connection *conn, const char *pattern, uri_fields_t fields,
                           OPEN_ACL_TYPE_t *type, acl_name *name);
 

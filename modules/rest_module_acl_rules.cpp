@@ -193,9 +193,11 @@ typedef open_error_t (*ip_mask_adder_t)(openapiClientHandle_t *client_handle, ui
 typedef open_error_t (*ipv6_prefix_adder_t)(openapiClientHandle_t *client_handle, uint32_t aclId,
                                             uint32_t ruleId, open_inet_addr_t prefix, uint32_t length);
 
+/* The platform is not asked about an empty text: the address is missing. */
 static bool take_address(const building_rule &rule, OPEN_AF_t family, const char *text,
                          open_inet_addr_t *addr) {
-  return convert_ip_string_to_inet_addr(rule.client_handle, text, addr) == RC_TRUE && addr->family == family;
+  return text[0] != '\0' && convert_ip_string_to_inet_addr(rule.client_handle, text, addr) == RC_TRUE &&
+         addr->family == family;
 }
 
 static open_error_t add_ip(building_rule *rule, const char *text, const char *mask_variable, bool *any,

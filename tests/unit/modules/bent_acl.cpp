@@ -30,6 +30,8 @@ static open_error_t bent_dir_list(const char *function, openapiClientHandle_t *h
                                   OPEN_ACL_DIRECTION_t direction, OPEN_ACL_INTF_DIR_LIST_t *list) {
   open_error_t rc = call_library(function, &list->listEntry[0].aclType, handle, number, direction, list);
   bend(std::string(function) + " count", &list->count);
+  bend(std::string(function) + " seqNum", &list->listEntry[0].seqNum);
+  bend(std::string(function) + " aclId", &list->listEntry[0].aclId);
   return rc;
 }
 
@@ -189,4 +191,47 @@ open_error_t rpcclt_openapiAclRuleMatchTimeRangeGet(openapiClientHandle_t *handl
 open_error_t rpcclt_openapiAclRuleMatchTimeRangeStatusGet(openapiClientHandle_t *handle, uint32_t aclId,
                                                           uint32_t ruleId, OPEN_ACL_RULE_STATUS_t *status) {
   return call_library(__func__, status, handle, aclId, ruleId, status);
+}
+
+/* --- Numbers of rules -------------------------------------------------------------------------------------
+ */
+
+open_error_t rpcclt_openapiAclRuleMatchMacCosGet(openapiClientHandle_t *handle, uint32_t aclId,
+                                                 uint32_t ruleId, uint32_t *cos) {
+  return call_library(__func__, cos, handle, aclId, ruleId, cos);
+}
+
+open_error_t rpcclt_openapiAclRuleMatchDscpGet(openapiClientHandle_t *handle, uint32_t aclId, uint32_t ruleId,
+                                               uint32_t *dscp) {
+  return call_library(__func__, dscp, handle, aclId, ruleId, dscp);
+}
+
+open_error_t rpcclt_openapiAclRuleMatchPrecedenceGet(openapiClientHandle_t *handle, uint32_t aclId,
+                                                     uint32_t ruleId, uint32_t *precedence) {
+  return call_library(__func__, precedence, handle, aclId, ruleId, precedence);
+}
+
+open_error_t rpcclt_openapiAclRuleMatchFlowLabelGet(openapiClientHandle_t *handle, uint32_t aclId,
+                                                    uint32_t ruleId, uint32_t *label) {
+  return call_library(__func__, label, handle, aclId, ruleId, label);
+}
+
+open_error_t rpcclt_openapiAclRuleMatchAssignQueueGet(openapiClientHandle_t *handle, uint32_t aclId,
+                                                      uint32_t ruleId, uint32_t *queue) {
+  return call_library(__func__, queue, handle, aclId, ruleId, queue);
+}
+
+open_error_t rpcclt_openapiAclRuleMatchMirrorGet(openapiClientHandle_t *handle, uint32_t aclId,
+                                                 uint32_t ruleId, uint32_t *ifNum) {
+  return call_library(__func__, ifNum, handle, aclId, ruleId, ifNum);
+}
+
+open_error_t rpcclt_openapiAclRuleMatchRedirectGet(openapiClientHandle_t *handle, uint32_t aclId,
+                                                   uint32_t ruleId, uint32_t *ifNum) {
+  return call_library(__func__, ifNum, handle, aclId, ruleId, ifNum);
+}
+
+open_error_t rpcclt_openapiAclRuleMatchRateLimitGet(openapiClientHandle_t *handle, uint32_t aclId,
+                                                    uint32_t ruleId, uint32_t *rate, uint32_t *burst) {
+  return call_library(__func__, burst, handle, aclId, ruleId, rate, burst);
 }

@@ -209,7 +209,28 @@ open_error_t rpcclt_openapiPmlIntfStaticEntryGetNext(openapiClientHandle_t *hand
 
 open_error_t rpcclt_openapiTcamPolicyGet(openapiClientHandle_t *handle, uint32_t *policyId,
                                          open_tcamApiPolicy_t *policy) {
-  return call_library(__func__, &policy->policyType, handle, policyId, policy);
+  open_error_t rc = call_library(__func__, &policy->policyType, handle, policyId, policy);
+  bend("rpcclt_openapiTcamPolicyGet policyId", policyId);
+  bend("rpcclt_openapiTcamPolicyGet policyPrio", &policy->policyPrio);
+  bend("rpcclt_openapiTcamPolicyGet rulePrio", &policy->rulePrio);
+  bend("rpcclt_openapiTcamPolicyGet major", &policy->policyHeader.versionInfo.versionMajor);
+  bend("rpcclt_openapiTcamPolicyGet minor", &policy->policyHeader.versionInfo.versionMinor);
+  bend("rpcclt_openapiTcamPolicyGet headerLen", &policy->policyHeader.headerLen);
+  return rc;
+}
+
+open_error_t rpcclt_openapiTcamPolicyDestroy(openapiClientHandle_t *handle, uint32_t *policyId) {
+  return call_library(__func__, policyId, handle, policyId);
+}
+
+open_error_t rpcclt_openapiTcamPolicyIntfAdd(openapiClientHandle_t *handle, uint32_t *policyId,
+                                             uint32_t ifNum) {
+  return call_library(__func__, policyId, handle, policyId, ifNum);
+}
+
+open_error_t rpcclt_openapiTcamPolicyIntfRem(openapiClientHandle_t *handle, uint32_t *policyId,
+                                             uint32_t ifNum) {
+  return call_library(__func__, policyId, handle, policyId, ifNum);
 }
 
 open_error_t rpcclt_openapiTcamPolicyGetNext(openapiClientHandle_t *handle, uint32_t *policyId,

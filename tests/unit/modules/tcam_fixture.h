@@ -17,6 +17,8 @@ struct shown_policy {
   std::string type = "OpenFlow policy";
   std::string rule_num = "0";
   int64_t rule_priority = 0;
+  std::string version = "0.1";
+  int64_t header_length = 12;
 
   std::string dst_mac = "0:0:0:0:0:0";
   std::string dst_ip = "0.0.0.0";
@@ -85,7 +87,8 @@ inline result_node shown_actions(uint32_t actions) {
 }
 
 inline Answers expected_policy(const shown_policy &p) {
-  result_node header = branch("policy_header", {text("version", "0.1"), number("header_length", 12)});
+  result_node header =
+      branch("policy_header", {text("version", p.version), number("header_length", p.header_length)});
   result_node values =
       branch("action_value", {number("dscp", p.new_dscp), text("ether_type", p.new_tpid),
                               number("redirect_if_num", p.redirect_if_num), text("src_mac", p.new_src_mac),

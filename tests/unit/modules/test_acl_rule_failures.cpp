@@ -268,6 +268,24 @@ TEST_F(AclRuleFailureTest, AddressThatCannotBeParsedIsRefused) {
   }
 }
 
+TEST_F(AclRuleFailureTest, PlatformIsNotAskedAboutAMissingAddress) {
+  struct {
+    const rule_list &list;
+    const char *query;
+  } rows[] = {{ipv4_list(), "action=permit&protocol=ip&src_mask=255.0.0.0&dest_ip=any"},
+              {ipv4_list(), "action=permit&protocol=ip&src_ip=&src_mask=255.0.0.0&dest_ip=any"},
+              {ipv4_list(), "action=permit&protocol=ip&src_ip=any&dest_mask=255.0.0.0"},
+              {ipv6_list(), "action=permit&protocol=ipv6&src_prefix_length=64&dest_prefix=any"},
+              {ipv6_list(), "action=permit&protocol=ipv6&src_prefix=any&dest_prefix=&dest_prefix_length=64"}};
+  for (const auto &row : rows) {
+    fault("rpcclt_openapiInetAddrGet", OPEN_E_EXISTS);
+    EXPECT_EQ(failed("POST", row.list.uri(), row.query), refused().xml) << row.query;
+    EXPECT_EQ(lab("fault list"), "rpcclt_openapiInetAddrGet OPEN_E_EXISTS 1 0\n") << row.query;
+    lab("fault clear");
+    expect_no_rule_left(row.list);
+  }
+}
+
 /* --- What the platform is asked --------------------------------------------------------------------------
  */
 

@@ -261,3 +261,49 @@ TEST_F(AclStrangeTest, NumbersOfRulesAreUnsigned) {
                        branch("rules", {entry(1, "rule", rule_nodes(10, "Permit", "FALSE"))})};
   EXPECT_EQ(read_rule("/acl/mac/name/m", "rpcclt_openapiAclRuleCountGet", 4294967295), expected_data(data));
 }
+
+TEST_F(AclStrangeTest, NumbersOfConditionsAndAttributesAreSignedButTheFlowLabel) {
+  full_mac_rule(create_list(MAC_LIST, "m"));
+  full_ipv6_rule(create_list(IPV6_LIST, "six"));
+  struct {
+    const char *function, *name;
+    bool mac;
+    int64_t value;
+  } rows[] = {{"MacCosGet", "cos", true, -1},
+              {"AssignQueueGet", "assign_queue", true, -1},
+              {"MirrorGet", "mirror_intf", true, -1},
+              {"RedirectGet", "redirect_intf", true, -1},
+              {"DscpGet", "dscp", false, -1},
+              {"PrecedenceGet", "precedence", false, -1},
+              {"FlowLabelGet", "flow_lable", false, 4294967295}};
+  for (const auto &row : rows) {
+    result_nodes nodes = replaced(row.mac ? mac_nodes() : joined(ipv6_ends(), ipv6_rest()), row.function,
+                                  {number(row.name, row.value)});
+    EXPECT_EQ(
+        read_rule(row.mac ? "/acl/mac/name/m" : "/acl/ipv6/name/six", MATCH + row.function, 4294967295),
+        expected_list(row.mac ? "m" : "six", row.mac ? 1 : 2, {rule_nodes(10, "Permit", "FALSE", nodes)}))
+        << row.function;
+  }
+}
+
+TEST_F(AclStrangeTest, NumbersOfBindingsAreUnsigned) {
+  create_list(MAC_LIST, "a");
+  add(rpcclt_openapiAclIntfDirAdd, 3, OPEN_ACL_DIRECTION_IN, 1u, 1u);
+  add(rpcclt_openapiAclVlanDirAdd, 1, OPEN_ACL_DIRECTION_IN, 1u, 1u);
+  for (const bound_place &place : PLACES) {
+    bent_output sequence((std::string(place.function) + " seqNum").c_str(), 4294967295);
+    bent_output id((std::string(place.function) + " aclId").c_str(), 4294967294);
+    EXPECT_EQ(get(place.uri, "direction=in"), /* a list of this id has no name */
+              expected_data({branch("acls", {entry(1, "acl",
+                                                   {text("type", "MAC"), number("id", 4294967294),
+                                                    number("sequence_number", 4294967295)})})}));
+  }
+}
+
+TEST_F(AclStrangeTest, BurstSizeIsUnsigned) {
+  full_mac_rule(create_list(MAC_LIST, "m"));
+  result_nodes nodes = replaced(mac_nodes(), "RateLimitGet",
+                                {number("rate_limit", 4294967295), number("burst_size", 4294967294)});
+  EXPECT_EQ(read_rule("/acl/mac/name/m", MATCH + "RateLimitGet", 4294967294),
+            expected_list("m", 1, {rule_nodes(10, "Permit", "FALSE", nodes)}));
+}

@@ -86,6 +86,42 @@ TEST_F(TcamTest, UnknownPolicyTypeAnswers97) {
   }
 }
 
+TEST_F(TcamTest, HeaderAndPrioritiesAreThoseOfTheRecord) {
+  make("");
+  const std::string get_policy = "rpcclt_openapiTcamPolicyGet";
+  bent_output priority((get_policy + " policyPrio").c_str(), UINT32_MAX);
+  bent_output rule_priority((get_policy + " rulePrio").c_str(), UINT32_MAX);
+  bent_output major((get_policy + " major").c_str(), 2);
+  bent_output minor((get_policy + " minor").c_str(), UINT32_MAX);
+  bent_output length((get_policy + " headerLen").c_str(), 16);
+  shown_policy expected;
+  expected.priority = expected.rule_priority = 4294967295;
+  expected.version = "2.-1";
+  expected.header_length = 16;
+  EXPECT_EQ(get("/tcam/policy/1"), expected_policy(expected));
+}
+
+/* The platform is given the place of an id; what it writes there is not answered. */
+TEST_F(TcamTest, IdOfTheRequestIsAnsweredWhateverThePlatformMakesOfIt) {
+  make("");
+  struct {
+    const char *method, *uri, *function, *message;
+  } rows[] = {{"POST", "/tcam/policy/1/port/5", "rpcclt_openapiTcamPolicyIntfAdd",
+               "Configure the policy 1 to port 5 successfully."},
+              {"DELETE", "/tcam/policy/1/port/5", "rpcclt_openapiTcamPolicyIntfRem",
+               "Delete the policy 1 from port 5 successfully."},
+              {"DELETE", "/tcam/policy/1", "rpcclt_openapiTcamPolicyDestroy",
+               "Delete the policy ID 1 successfully."}};
+  {
+    bent_output bent("rpcclt_openapiTcamPolicyGet policyId", 7);
+    EXPECT_EQ(get("/tcam/policy/1"), expected_policy({}));
+  }
+  for (const auto &row : rows) {
+    bent_output bent(row.function, 7);
+    EXPECT_EQ(done(row.method, row.uri), expected_answers(0, row.message).xml) << row.uri;
+  }
+}
+
 /* GET /tcam/groupStats of two OpenFlow policies and a Gen policy, with these ingress groups. */
 static Answers expected_stats(const std::vector<shown_group> &ingress) {
   return expected_data({branch(
