@@ -146,13 +146,14 @@ open_error_t acl_rule_put(switch_model &model, uint32_t id, uint32_t number, con
   if (kept->protocol == OPEN_ACL_PROTOCOL_IP) kept->protocol.reset();
   const acl_rule *present = acl_rule_find(*list, number);
   if (present && *present == *kept) return OPEN_E_NONE;
-  if (!present && list->rules->size() >= model.limits.acl_rules)
+  bool is_new = !present; /* the rule there, and the list, are not to be looked at after the edit */
+  if (is_new && list->rules->size() >= model.limits.acl_rules)
     return refuse_full("there is room for " + std::to_string(model.limits.acl_rules) + " rules only", error);
   acl_rules *rules = edit_rules(model, id);
   auto place = rule_place(*rules, number);
-  if (!present) place = rules->insert(place, {number, nullptr});
+  if (is_new) place = rules->insert(place, {number, nullptr});
   place->rule = std::move(kept);
-  if (present || !is_bound(model, id) || tcam_has_room(model)) return OPEN_E_NONE;
+  if (!is_new || !is_bound(model, id) || tcam_has_room(model)) return OPEN_E_NONE;
   return refuse_full("the TCAM has no room for another rule", error);
 }
 
