@@ -32,6 +32,7 @@ void add_list(switch_model &model, uint32_t type, size_t rules, uint32_t directi
   for (uint32_t number = 1; number <= rules; number++)
     table->lists.back().rules.edit()->push_back({number, rule});
   table->bindings.edit()->push_back({{acl_place::interface, port, direction}, id, id});
+  table->lists.back().bound[direction] = 1;
 }
 
 /* The groups of a stage as "kind:count/depth x width of slice", those without entries too. */
@@ -146,9 +147,8 @@ TEST(TcamUsage, AllListsFullAndBoundInBothDirectionsFitNextToAllPolicies) {
       uint32_t type = list < ipv6 ? uint32_t{OPEN_ACL_TYPE_IPV6} : OPEN_ACL_TYPE_IP + list % 2;
       add_list(model, type, built_in.acl_rules, OPEN_ACL_DIRECTION_IN);
     }
-    acl_bindings *bindings = model.acls.edit()->bindings.edit();
     for (uint32_t id = 1; id <= built_in.acls; id++)
-      bindings->push_back({{acl_place::vlan, 1, OPEN_ACL_DIRECTION_OUT}, id, id});
+      ASSERT_EQ(acl_bind(model, {acl_place::vlan, 1, OPEN_ACL_DIRECTION_OUT}, id, id), OPEN_E_NONE) << ipv6;
     ASSERT_TRUE(tcam_has_room(model)) << ipv6;
     /* With the last round nothing is left. */
     ASSERT_EQ(slices_of(model) == "5 400 801", ipv6 == built_in.acls) << slices_of(model);
