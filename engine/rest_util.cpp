@@ -71,14 +71,10 @@ RC_t convert_to_32bit_uint(const char *buf, uint32_t *localPref) {
 RC_t convert_inet_addr_to_ip_string(openapiClientHandle_t *, const open_inet_addr_t *ipAddr,
                                     char *out_ipStr) {
   if (ipAddr == nullptr || out_ipStr == nullptr) return RC_FALSE;
-  switch (ipAddr->family) {
-  case OPEN_AF_INET:
+  if (ipAddr->family == OPEN_AF_INET)
     return convert_ipv4_with_uint32_to_ip_string(ipAddr->addr.ipv4, out_ipStr);
-  case OPEN_AF_INET6:
+  if (ipAddr->family == OPEN_AF_INET6)
     return convert_ipv6_with_in6_addr_to_ip_string(&ipAddr->addr.ipv6, out_ipStr);
-  case OPEN_AF_NONE:
-    return RC_FALSE;
-  }
   return RC_FALSE;
 }
 

@@ -53,7 +53,8 @@ typedef struct openapiClientHandle_s {
   uint8_t opaque[256];
 } openapiClientHandle_t;
 
-typedef enum { OPEN_AF_NONE = 0, OPEN_AF_INET = 1, OPEN_AF_INET6 = 2 } OPEN_AF_t;
+typedef uint32_t OPEN_AF_t;
+enum { OPEN_AF_NONE = 0, OPEN_AF_INET = 1, OPEN_AF_INET6 = 2 };
 
 typedef struct {
   uint8_t addr8[16]; /* network byte order */

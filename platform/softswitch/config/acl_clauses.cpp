@@ -149,9 +149,6 @@ template <auto Member> static bool get_port_range(const acl_rule &rule, value_li
 
 /* --- The table ------------------------------------------------------------------------------------------ */
 
-#define set_kind                                                                                             \
-<&acl_rule::member>, get_kind<&acl_rule::member> set_##kind<&acl_rule::member>, get_##kind<&acl_rule::member>
-
 static constexpr clause<acl_rule> clauses[] = {
     {"every", set_every, get_every},
     {"source-mac <any-mac> mask <any-mac>", set_mac<&acl_rule::source_mac>, get_mac<&acl_rule::source_mac>},

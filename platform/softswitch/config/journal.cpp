@@ -204,16 +204,22 @@ static bool allocate(journal *journal, off_t size) {
   return false;
 }
 
+/* Cuts off what a failed write left, and with it the room that the disk kept behind the lines. */
+static bool cut_off(journal *journal) {
+  journal->allocated = 0;
+  journal->torn = ftruncate(journal->file->fd, journal->length) != 0;
+  return !journal->torn;
+}
+
 bool journal_append(journal *journal, std::string_view line) {
   int fd = journal->file->fd;
-  if (journal->torn && ftruncate(fd, journal->length) != 0) return false;
+  if (journal->torn && !cut_off(journal)) return false;
   std::string text = std::string(line) + '\n';
   off_t needed = journal->length + static_cast<off_t>(text.size()) + undo_reserve;
   if (!line.starts_with("no ") && !allocate(journal, needed)) return false;
   ssize_t written = pwrite(fd, text.data(), text.size(), journal->length);
-  journal->torn = written != static_cast<ssize_t>(text.size());
-  if (journal->torn) {
-    journal->torn = ftruncate(fd, journal->length) != 0;
+  if (written != static_cast<ssize_t>(text.size())) {
+    cut_off(journal);
     return false;
   }
   journal->length += written;

@@ -41,10 +41,14 @@ static bool read_vlan(const switch_model &, const token &from, argument *into, s
   return read_vlan_id(from.text, &into->number, error);
 }
 
-/* Any number; which are good is for the setting to say. */
+/* Any number of 32 bits; which are good is for the setting to say. */
 static bool read_plain_number(const switch_model &, const token &from, argument *into, std::string *error) {
-  if (read_number(from.text, &into->number)) return true;
-  *error = "\"" + from.text + "\" is not a number";
+  if (!read_number(from.text, &into->number)) {
+    *error = "\"" + from.text + "\" is not a number";
+    return false;
+  }
+  if (std::to_string(into->number) == from.text) return true;
+  *error = "the number " + from.text + " is too large";
   return false;
 }
 

@@ -22,7 +22,8 @@ static bool is_made_of(const switch_model &model, const tcam_policy *policy,
 static std::string refusal_words(const switch_model &model, open_error_t rc, uint32_t id, uint32_t type) {
   if (rc == OPEN_E_EXISTS) return policy_words(id) + " is there already and is another";
   if (rc == OPEN_E_PARAM) return "policy number out of range 1.." + std::to_string(tcam_policy_id_max);
-  if (!tcam_has_room(model)) return policy_words(id) + ": there is no room in the TCAM";
+  if (!tcam_has_room(model, tcam_stage_of_policy(type)))
+    return policy_words(id) + ": there is no room in the TCAM";
   bool egress = type == OPEN_TCAM_POLICY_EGRESS;
   return policy_words(id) + ": there is room for " +
          std::to_string(egress ? model.limits.tcam_egress_policies : model.limits.tcam_ingress_policies) +

@@ -4,7 +4,6 @@
 #include "platform/softswitch/model/switch.h"
 
 #include <algorithm>
-#include <bitset>
 #include <tuple>
 
 namespace softswitch {
@@ -62,15 +61,14 @@ open_error_t acl_make(switch_model &model, uint32_t type, std::string_view name,
   return OPEN_E_NONE;
 }
 
-static bool is_bound(const switch_model &model, uint32_t id) {
-  const acl_bindings &bindings = *model.acls->bindings;
-  return std::any_of(bindings.begin(), bindings.end(),
-                     [&](const acl_binding &binding) { return binding.acl == id; });
+static bool is_bound(const acl_list &list) {
+  return list.bound[OPEN_ACL_DIRECTION_IN] != 0 || list.bound[OPEN_ACL_DIRECTION_OUT] != 0;
 }
 
 open_error_t acl_remove(switch_model &model, uint32_t id) {
-  if (!acl_find(model, id)) return OPEN_E_NOT_FOUND;
-  if (is_bound(model, id)) return OPEN_E_FAIL;
+  const acl_list *list = acl_find(model, id);
+  if (!list) return OPEN_E_NOT_FOUND;
+  if (is_bound(*list)) return OPEN_E_FAIL;
   auto &lists = model.acls.edit()->lists;
   lists.erase(place_of(lists, id));
   next_change(model);
@@ -113,7 +111,7 @@ bool acl_rule_duplicated(const acl_list &list, uint32_t number) {
 open_error_t acl_rule_fits(const switch_model &model, const acl_list &list, const acl_rule &rule,
                            std::string *error) {
   open_error_t rc = acl_rule_check(model, list.type, rule, error);
-  if (rc != OPEN_E_NONE) return rc;
+  if (rc != OPEN_E_NONE || (!rule.mirror && !rule.redirect)) return rc;
   for (const acl_binding &binding : *model.acls->bindings) {
     if (binding.acl != list.id || binding.place.where != acl_place::interface) continue;
     uint32_t interface = binding.place.number;
@@ -128,6 +126,14 @@ open_error_t acl_rule_fits(const switch_model &model, const acl_list &list, cons
 static acl_rules *edit_rules(switch_model &model, uint32_t id) {
   next_change(model);
   return place_of(model.acls.edit()->lists, id)->rules.edit();
+}
+
+/* Whether the TCAM holds the rules of a list wherever it is bound. */
+static bool has_hardware_room(const switch_model &model, const acl_list &list) {
+  for (uint32_t direction : {OPEN_ACL_DIRECTION_IN, OPEN_ACL_DIRECTION_OUT}) {
+    if (list.bound[direction] != 0 && !tcam_has_room(model, tcam_stage_of(direction))) return false;
+  }
+  return true;
 }
 
 static open_error_t refuse_full(const std::string &reason, std::string *error) {
@@ -146,14 +152,14 @@ open_error_t acl_rule_put(switch_model &model, uint32_t id, uint32_t number, con
   if (kept->protocol == OPEN_ACL_PROTOCOL_IP) kept->protocol.reset();
   const acl_rule *present = acl_rule_find(*list, number);
   if (present && *present == *kept) return OPEN_E_NONE;
-  bool is_new = !present; /* the rule there, and the list, are not to be looked at after the edit */
+  bool is_new = !present; /* the rule there is not to be looked at after the edit */
   if (is_new && list->rules->size() >= model.limits.acl_rules)
     return refuse_full("there is room for " + std::to_string(model.limits.acl_rules) + " rules only", error);
   acl_rules *rules = edit_rules(model, id);
   auto place = rule_place(*rules, number);
   if (is_new) place = rules->insert(place, {number, nullptr});
   place->rule = std::move(kept);
-  if (!is_new || !is_bound(model, id) || tcam_has_room(model)) return OPEN_E_NONE;
+  if (!is_new || has_hardware_room(model, *acl_find(model, id))) return OPEN_E_NONE;
   return refuse_full("the TCAM has no room for another rule", error);
 }
 
@@ -176,13 +182,9 @@ const acl_list *acl_with_target(const switch_model &model, uint32_t interface) {
 }
 
 uint32_t acl_rules_in_use(const switch_model &model, uint32_t type, uint32_t direction) {
-  std::bitset<acl_id_max + 1> bound;
-  for (const acl_binding &binding : *model.acls->bindings) {
-    if (binding.place.direction == direction) bound.set(binding.acl);
-  }
   size_t rules = 0;
   for (const acl_list &list : model.acls->lists) {
-    if (list.type == type && bound[list.id]) rules += list.rules->size();
+    if (list.type == type && list.bound[direction] != 0) rules += list.rules->size();
   }
   return static_cast<uint32_t>(rules);
 }
@@ -255,10 +257,12 @@ open_error_t acl_bind(switch_model &model, const acl_place &place, uint32_t id, 
     return OPEN_E_FAIL;
   if (place.where == acl_place::interface && has_target(*list, place.number)) return OPEN_E_FAIL;
   if (others.size() >= model.limits.acl_bindings) return OPEN_E_FULL;
-  acl_bindings *bindings = model.acls.edit()->bindings.edit();
+  acl_table *acls = model.acls.edit();
+  acl_bindings *bindings = acls->bindings.edit();
   bindings->insert(binding_place(*bindings, place, sequence), {place, sequence, id});
+  place_of(acls->lists, id)->bound[place.direction]++;
   note_change(model, place);
-  return tcam_has_room(model) ? OPEN_E_NONE : OPEN_E_FULL;
+  return tcam_has_room(model, tcam_stage_of(place.direction)) ? OPEN_E_NONE : OPEN_E_FULL;
 }
 
 open_error_t acl_unbind(switch_model &model, const acl_place &place, uint32_t id) {
@@ -266,19 +270,27 @@ open_error_t acl_unbind(switch_model &model, const acl_place &place, uint32_t id
   if (rc != OPEN_E_NONE) return rc;
   uint32_t sequence = acl_bound_sequence(model, place, id);
   if (sequence == 0) return OPEN_E_NOT_FOUND;
-  acl_bindings *bindings = model.acls.edit()->bindings.edit();
+  acl_table *acls = model.acls.edit();
+  acl_bindings *bindings = acls->bindings.edit();
   bindings->erase(binding_place(*bindings, place, sequence));
+  place_of(acls->lists, id)->bound[place.direction]--;
   note_change(model, place);
   return OPEN_E_NONE;
 }
 
 void acl_unbind_all(switch_model &model, acl_place::kind where, uint32_t number) {
-  auto there = [&](const acl_binding &binding) {
-    return binding.place.where == where && binding.place.number == number;
-  };
-  const acl_bindings &bindings = *model.acls->bindings;
-  if (std::none_of(bindings.begin(), bindings.end(), there)) return;
-  std::erase_if(*model.acls.edit()->bindings.edit(), there);
+  for (uint32_t direction : {OPEN_ACL_DIRECTION_IN, OPEN_ACL_DIRECTION_OUT}) {
+    acl_place place = {where, number, direction};
+    size_t count = acl_bindings_at(model, place).size();
+    if (count == 0) continue;
+    acl_table *acls = model.acls.edit();
+    acl_bindings *bindings = acls->bindings.edit();
+    auto first = binding_place(*bindings, place, 0);
+    auto end = first + static_cast<std::ptrdiff_t>(count);
+    for (auto binding = first; binding != end; ++binding)
+      place_of(acls->lists, binding->acl)->bound[direction]--;
+    bindings->erase(first, end);
+  }
 }
 
 } // namespace softswitch

@@ -11,6 +11,7 @@
 #include "platform/softswitch/model/limits.h"
 #include "platform/softswitch/model/shared_table.h"
 
+#include <array>
 #include <compare>
 #include <memory>
 #include <span>
@@ -36,6 +37,7 @@ struct acl_list {
   uint32_t type; /* OPEN_ACL_TYPE_t */
   std::string name;
   shared_table<acl_rules> rules;
+  std::array<uint32_t, 2> bound = {}; /* by direction: how many bindings are of it */
 };
 
 /* One direction of an interface or VLAN. */

@@ -138,15 +138,18 @@ uint32_t tcam_policy_redirecting_to(const switch_model &model, uint32_t interfac
 
 /* --- Changing ------------------------------------------------------------------------------------------- */
 
-static bool at_egress(const open_tcamApiPolicy_t &record) {
-  return record.policyType == OPEN_TCAM_POLICY_EGRESS;
+uint32_t tcam_stage_of_policy(uint32_t type) {
+  return type == OPEN_TCAM_POLICY_EGRESS ? OPEN_TCAM_STAGE_EGRESS : OPEN_TCAM_STAGE_INGRESS;
 }
 
-/* Whether the stage of a policy has all the policies that it may have. */
-static bool stage_full(const switch_model &model, bool egress) {
+/* Whether a stage has all the policies that it may have. */
+static bool stage_full(const switch_model &model, uint32_t stage) {
   const auto &policies = model.tcam->policies;
-  auto there = [&](const auto &entry) { return at_egress(entry.second.record) == egress; };
+  auto there = [&](const auto &entry) {
+    return tcam_stage_of_policy(entry.second.record.policyType) == stage;
+  };
   auto count = std::count_if(policies.begin(), policies.end(), there);
+  bool egress = stage == OPEN_TCAM_STAGE_EGRESS;
   return count >= (egress ? model.limits.tcam_egress_policies : model.limits.tcam_ingress_policies);
 }
 
@@ -156,10 +159,11 @@ open_error_t tcam_policy_create(switch_model &model, uint32_t id, const open_tca
   open_error_t rc = tcam_record_check(model, normal);
   if (rc != OPEN_E_NONE) return rc;
   if (tcam_policy_find(model, id)) return OPEN_E_EXISTS;
-  if (stage_full(model, at_egress(normal))) return OPEN_E_FULL;
+  uint32_t stage = tcam_stage_of_policy(normal.policyType);
+  if (stage_full(model, stage)) return OPEN_E_FULL;
   model.tcam.edit()->policies[id].record = normal;
   next_change(model);
-  return tcam_has_room(model) ? OPEN_E_NONE : OPEN_E_FULL;
+  return tcam_has_room(model, stage) ? OPEN_E_NONE : OPEN_E_FULL;
 }
 
 open_error_t tcam_policy_delete(switch_model &model, uint32_t id) {

@@ -75,9 +75,13 @@ open_error_t tcam_policy_take_off(switch_model &model, uint32_t id, uint32_t int
 
 /* --- Room ----------------------------------------------------------------------------------------------- */
 
-/* Whether the slices of the TCAM hold all policies and all rules of bound access lists. Whoever adds to them
- * asks afterwards, on the changed model, and answers OPEN_E_FULL when they do not. */
-bool tcam_has_room(const switch_model &model);
+/* The stage (OPEN_TCAM_STAGE_...) of policies of a type. */
+uint32_t tcam_stage_of_policy(uint32_t type);
+/* The stage of access lists that are bound in a direction (OPEN_ACL_DIRECTION_t). */
+uint32_t tcam_stage_of(uint32_t direction);
+/* Whether the slices of a stage hold its policies and the rules of access lists bound there. Whoever adds to
+ * them asks afterwards, on the changed model, and answers OPEN_E_FULL when they do not. */
+bool tcam_has_room(const switch_model &model, uint32_t stage);
 
 } // namespace softswitch
 

@@ -92,12 +92,14 @@ tcam_slices tcam_slices_of(const switch_model &model, uint32_t stage, uint32_t s
   return slices;
 }
 
-bool tcam_has_room(const switch_model &model) {
-  for (uint32_t stage : {OPEN_TCAM_STAGE_INGRESS, OPEN_TCAM_STAGE_EGRESS}) {
-    for (uint32_t slice_entries : {256, 512}) {
-      tcam_slices slices = tcam_slices_of(model, stage, slice_entries);
-      if (slices.used > slices.total) return false;
-    }
+uint32_t tcam_stage_of(uint32_t direction) {
+  return direction == OPEN_ACL_DIRECTION_OUT ? OPEN_TCAM_STAGE_EGRESS : OPEN_TCAM_STAGE_INGRESS;
+}
+
+bool tcam_has_room(const switch_model &model, uint32_t stage) {
+  for (uint32_t slice_entries : {256, 512}) {
+    tcam_slices slices = tcam_slices_of(model, stage, slice_entries);
+    if (slices.used > slices.total) return false;
   }
   return true;
 }

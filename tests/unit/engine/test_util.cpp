@@ -247,7 +247,7 @@ TEST(ConvertInetAddr, OtherFamiliesAndNullPointersFail) {
   char text[IP_TEXT_SIZE];
   open_inet_addr_t address = {};
   EXPECT_EQ(convert_inet_addr_to_ip_string(nullptr, &address, text), RC_FALSE);
-  address.family = static_cast<OPEN_AF_t>(3);
+  address.family = 3;
   EXPECT_EQ(convert_inet_addr_to_ip_string(nullptr, &address, text), RC_FALSE);
   address.family = OPEN_AF_INET;
   EXPECT_EQ(convert_inet_addr_to_ip_string(nullptr, nullptr, text), RC_FALSE);

@@ -132,7 +132,7 @@ open_error_t rpcclt_openapiAclRuleMatchProtocolGet(openapiClientHandle_t *handle
 static void bend_family(const std::string &name, open_inet_addr_t *address) {
   uint32_t family = address->family;
   bend(name, &family);
-  address->family = static_cast<OPEN_AF_t>(family);
+  address->family = family;
 }
 
 static open_error_t bent_masks(const char *function, openapiClientHandle_t *handle, uint32_t aclId,

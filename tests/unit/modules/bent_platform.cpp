@@ -159,7 +159,7 @@ open_error_t rpcclt_openapiRtrIntfIpAddrGet(openapiClientHandle_t *handle, uint3
   open_error_t rc = call_library(__func__, &prefix->pfxLen, handle, family, ifNum, prefix);
   uint32_t bent_family = prefix->ipAddr.family;
   bend("rpcclt_openapiRtrIntfIpAddrGet family", &bent_family);
-  prefix->ipAddr.family = static_cast<OPEN_AF_t>(bent_family);
+  prefix->ipAddr.family = bent_family;
   return rc;
 }
 

@@ -222,6 +222,8 @@ TEST(AclLines, WrongClausesNameTheirReason) {
       {"ip web rule 9 permit time-range \"\"", OPEN_E_PARAM,
        "the name of a time range is 1 to 31 bytes without blanks and \"/\""},
       {"ip web rule 9 permit rate-limit 0 burst 1", OPEN_E_PARAM, "rate limit out of range 1..4294967295"},
+      {"ip web rule 9 permit rate-limit 4294967296 burst 1", OPEN_E_PARAM,
+       "the number 4294967296 is too large"},
       {"ip web rule 9 permit rate-limit 1 burst 129", OPEN_E_PARAM, "burst out of range 1..128"},
       {"ip web rule 9 permit rate-limit 1", OPEN_E_PARAM, "the line ends too early: burst is missing"},
       {"ip web rule 9 permit every dscp 1", OPEN_E_PARAM,

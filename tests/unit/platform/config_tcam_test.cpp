@@ -132,7 +132,7 @@ TEST(TcamLines, NearMissesNameTheirReason) {
       {"tcam policy x openflow", OPEN_E_PARAM, "\"x\" is not a number"},
       {"tcam policy 0 openflow", OPEN_E_PARAM, "policy number out of range 1..640"},
       {"tcam policy 641 openflow", OPEN_E_PARAM, "policy number out of range 1..640"},
-      {"tcam policy 4294967297 openflow", OPEN_E_PARAM, "policy number out of range 1..640"},
+      {"tcam policy 4294967297 openflow", OPEN_E_PARAM, "the number 4294967297 is too large"},
       {"tcam policy 2 gen", OPEN_E_PARAM, "\"gen\" is none of openflow|ipv6|egress"},
       {"tcam policy 1 openflow", OPEN_E_EXISTS, "TCAM policy 1 is there already and is another"},
       {"tcam policy 1 ipv6 policy-priority 5 redirect 3/2", OPEN_E_EXISTS,

@@ -145,7 +145,7 @@ TEST(InterfaceLines, NearMissesNameTheirReason) {
       {"interface 0/1 mtu \"\"", OPEN_E_PARAM, "\"\" is not a number"},
       {"interface 0/1 mtu 1517", OPEN_E_PARAM, "MTU out of range 1518..12270"},
       {"interface 0/1 mtu 12271", OPEN_E_PARAM, "MTU out of range 1518..12270"},
-      {"interface 0/1 mtu 4294968814", OPEN_E_PARAM, "MTU out of range 1518..12270"},
+      {"interface 0/1 mtu 4294968814", OPEN_E_PARAM, "the number 4294968814 is too large"},
       {"interface cpu mtu 0", OPEN_E_PARAM, "MTU out of range 1518..12270"},
       {"interface cpu mtu 1518", OPEN_E_UNAVAIL, "cpu has no MTU of its own"},
       {"no interface loopback0 mtu", OPEN_E_UNAVAIL, "loopback0 has no MTU of its own"},

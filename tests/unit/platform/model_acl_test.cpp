@@ -46,6 +46,29 @@ TEST(Acl, RulesInUseAreThoseOfBoundListsEachOnce) {
   EXPECT_EQ(acl_rules_in_use(model, OPEN_ACL_TYPE_IP, OPEN_ACL_DIRECTION_IN), 2u);
 }
 
+TEST(Acl, ListIsBoundUntilItIsTakenOffItsLastPlace) {
+  switch_model model = prepared();
+  const acl_place vlan_2_out = {acl_place::vlan, 2, OPEN_ACL_DIRECTION_OUT};
+  const acl_place lag_in = {acl_place::interface, lag_first, OPEN_ACL_DIRECTION_IN};
+  const acl_place lag_out = {acl_place::interface, lag_first, OPEN_ACL_DIRECTION_OUT};
+  ASSERT_EQ(vlan_create(model, 2), OPEN_E_NONE);
+  for (const acl_place &place : {vlan_2_out, lag_in, lag_out, port_2_in}) {
+    ASSERT_EQ(acl_bind(model, place, 2, 5), OPEN_E_NONE);
+    ASSERT_EQ(acl_bind(model, place, 1, 6), OPEN_E_NONE);
+  }
+  EXPECT_EQ(acl_bind(model, port_2_in, 2, 5), OPEN_E_NONE) << "again, which changes nothing";
+  ASSERT_EQ(lag_delete(model, lag_first), OPEN_E_NONE);
+  EXPECT_EQ(acl_rules_in_use(model, OPEN_ACL_TYPE_IP, OPEN_ACL_DIRECTION_IN), 3u) << "port 2";
+  EXPECT_EQ(acl_rules_in_use(model, OPEN_ACL_TYPE_IP, OPEN_ACL_DIRECTION_OUT), 3u) << "VLAN 2";
+  ASSERT_EQ(vlan_delete(model, 2), OPEN_E_NONE);
+  EXPECT_EQ(acl_rules_in_use(model, OPEN_ACL_TYPE_IP, OPEN_ACL_DIRECTION_OUT), 0u);
+  EXPECT_EQ(acl_remove(model, 2), OPEN_E_FAIL);
+  ASSERT_EQ(acl_unbind(model, port_2_in, 2), OPEN_E_NONE);
+  EXPECT_EQ(acl_rules_in_use(model, OPEN_ACL_TYPE_IP, OPEN_ACL_DIRECTION_IN), 1u) << "list 1";
+  EXPECT_EQ(acl_remove(model, 2), OPEN_E_NONE);
+  EXPECT_EQ(acl_remove(model, 1), OPEN_E_FAIL);
+}
+
 TEST(Acl, ChangeOfARuleCopiesTheRulesOfItsListAlone) {
   switch_model model = prepared(), copy = model;
   acl_rule deny;

@@ -5,6 +5,7 @@
 
 #include <random>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -166,6 +167,23 @@ TEST_F(Persistence, WhatWasBegunOnAnAlmostFullDiskCanBeTakenBack) {
     return; /* the journal has grown: other rooms are those of another test */
   }
   FAIL() << "no room for one change";
+}
+
+TEST_F(Persistence, RoomForTakingBackIsKeptAgainAfterAFailedWrite) {
+  struct stat journal;
+  std::string path = dir.path + "/journal-1";
+  hold_apply(true);
+  /* Until the last lines' block has no room for more than they need. */
+  for (int id = 2; stat(path.c_str(), &journal) == 0 && journal.st_size % 4096 < 4000; id++)
+    ASSERT_EQ(commit("vlan " + std::to_string(id)), OPEN_E_NONE);
+  if (journal.st_blocks * 512 < journal.st_size + 512) GTEST_SKIP() << "this file system keeps no room";
+  {
+    full_disk full(static_cast<rlim_t>(journal.st_size));
+    ASSERT_EQ(commit("no vlan 2"), OPEN_E_FAIL);
+  }
+  ASSERT_EQ(commit("vlan 4000"), OPEN_E_NONE);
+  ASSERT_EQ(stat(path.c_str(), &journal), 0);
+  EXPECT_GE(journal.st_blocks * 512, journal.st_size + 512);
 }
 
 TEST_F(Persistence, FullDiskWhileCompactingKeepsTheJournal) {
