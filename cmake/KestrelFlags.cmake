@@ -8,9 +8,7 @@ target_compile_options(kestrel_flags INTERFACE
   -Wall -Wextra -Werror -Wshadow -Wpointer-arith -Wvla -Wundef
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -Wnon-virtual-dtor>)
 
-# What a release gains by -O3 is within the noise of its benchmark; the code it takes is memory of every switch.
-string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
-# For what runs seldom: a release has it as small as it can be.
+# For what runs seldom: a release has it as small as it can be, which spares memory.
 set(KESTREL_SMALL $<$<CONFIG:Release>:-Os>)
 
 # GCC 12 sees overlapping copies in "literal" + std::string that are not there (GCC bug 105651).
