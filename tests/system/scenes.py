@@ -1,6 +1,8 @@
 """Scenes: what a client of the API does, played once for each form of answer and over both ports; and flows,
 played once by one client from the start of a daemon through its restarts."""
 
+import random
+
 import harness
 from harness import DaemonTest
 from wire import Client, rest_reply
@@ -75,3 +77,17 @@ class FlowTest(DaemonTest):
     def restart(self):
         self.daemon.restart()
         self.logged_in = self.session(self.daemon)
+
+    def assert_random_changes_survive(self, seed, journal_bytes):
+        """Requests of random_change() and sudden deaths by turns; everything() is the same after each death."""
+        choose = random.Random(seed)
+        self.daemon.lab("limit", "journal-bytes", str(journal_bytes))
+        for _ in range(4):
+            accepted = 0
+            for _ in range(250):
+                method, uri, variables = self.random_change(choose)
+                accepted += self.logged_in.ask(method, uri, *variables).code() == 0
+            self.assertGreater(accepted, 50)
+            before = self.everything()
+            self.restart()
+            self.assertEqual(self.everything(), before)

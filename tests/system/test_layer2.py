@@ -1,7 +1,6 @@
 """Interfaces, LAGs and locked addresses over time: what a change does elsewhere, and that all of it is there
 again after the daemon was killed."""
 
-import random
 import re
 
 import harness
@@ -150,17 +149,7 @@ class Restart(Layer2Test):
         ))
 
     def test_random_changes_survive_sudden_deaths(self):
-        choose = random.Random(11)
-        self.daemon.lab("limit", "journal-bytes", "2000")
-        for _ in range(4):
-            accepted = 0
-            for _ in range(250):
-                method, uri, variables = self.random_change(choose)
-                accepted += self.logged_in.ask(method, uri, *variables).code() == 0
-            self.assertGreater(accepted, 50)
-            before = self.everything()
-            self.restart()
-            self.assertEqual(self.everything(), before)
+        self.assert_random_changes_survive(seed=11, journal_bytes=2000)
 
 
 class HeldChanges(Layer2Test):

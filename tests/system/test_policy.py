@@ -191,17 +191,7 @@ class Restart(PolicyTest):
         ))
 
     def test_random_changes_survive_sudden_deaths(self):
-        choose = random.Random(23)
-        self.daemon.lab("limit", "journal-bytes", "4000")
-        for _ in range(4):
-            accepted = 0
-            for _ in range(250):
-                method, uri, variables = self.random_change(choose)
-                accepted += self.logged_in.ask(method, uri, *variables).code() == 0
-            self.assertGreater(accepted, 50)
-            before = self.everything()
-            self.restart()
-            self.assertEqual(self.everything(), before)
+        self.assert_random_changes_survive(seed=23, journal_bytes=4000)
 
 
 class SuddenDeath(PolicyTest):

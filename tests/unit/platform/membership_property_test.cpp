@@ -328,20 +328,8 @@ protected:
 
 TEST_F(Membership, AgreesWithItsDescriptionThroughRestarts) {
   random.seed(20260702);
-  begin();
-  for (int round = 0; round < 40; round++) {
-    for (int step = 0; step < 250; step++) {
-      change();
-      if (HasFatalFailure()) FAIL() << "round " << round << ", step " << step;
-    }
-    compare_all();
-    if (HasFatalFailure()) FAIL() << "after round " << round;
-    if (round % 5 != 4) continue;
-    restart();
-    begin();
-    compare_all();
-    if (HasFatalFailure()) FAIL() << "after the restart of round " << round;
-  }
+  change_through_restarts(
+      40, 250, [&] { begin(); }, [&] { change(); }, [&] { compare_all(); });
   for (open_error_t code :
        {OPEN_E_NONE, OPEN_E_PARAM, OPEN_E_NOT_FOUND, OPEN_E_EXISTS, OPEN_E_FAIL, OPEN_E_FULL})
     EXPECT_GT(answers[code], 10) << "the sequence must meet code " << code;

@@ -165,18 +165,9 @@ protected:
 };
 
 TEST_F(RandomChanges, AgreeWithTheTextbookThroughRestarts) {
-  softswitch::set_limit("settle-milliseconds", 0);
-  for (int round = 0; round < 20; round++) {
-    for (int step = 0; step < 400; step++) {
-      change();
-      if (HasFatalFailure()) FAIL() << "round " << round << ", step " << step;
-    }
-    compare_all();
-    if (HasFatalFailure()) FAIL() << "after round " << round;
-    if (round % 4 == 3) restart();
-    compare_all();
-    if (HasFatalFailure()) FAIL() << "after the restart of round " << round;
-  }
+  change_through_restarts(
+      20, 400, [&] { ASSERT_TRUE(softswitch::set_limit("settle-milliseconds", 0)); }, [&] { change(); },
+      [&] { compare_all(); });
   ASSERT_TRUE(softswitch::wait_applied(patience_ms));
   EXPECT_EQ(pending_vlans(), std::vector<int>());
 }

@@ -148,20 +148,8 @@ protected:
 };
 
 TEST_F(RandomMacLocking, AgreesWithTheTextbookThroughRestarts) {
-  lower_limits();
-  for (int round = 0; round < 20; round++) {
-    for (int step = 0; step < 300; step++) {
-      change();
-      if (HasFatalFailure()) FAIL() << "round " << round << ", step " << step;
-    }
-    compare_all();
-    if (HasFatalFailure()) FAIL() << "after round " << round;
-    if (round % 4 != 3) continue;
-    restart();
-    lower_limits();
-    compare_all();
-    if (HasFatalFailure()) FAIL() << "after the restart of round " << round;
-  }
+  change_through_restarts(
+      20, 300, [&] { lower_limits(); }, [&] { change(); }, [&] { compare_all(); });
   EXPECT_GT(done, 500);
 }
 

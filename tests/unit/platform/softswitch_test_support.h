@@ -12,6 +12,7 @@
 #include "tests/support/full_disk.h"
 #include "tests/unit/platform/services_test_support.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -120,6 +121,26 @@ protected:
     softswitch::hold_apply(false);
     ASSERT_TRUE(softswitch::wait_applied(patience_ms));
     softswitch::hold_apply(true);
+  }
+
+  /* The frame of random tests: rounds of changes, each round followed by a comparison, every fourth also by a
+   * restart and another. `begin` prepares the switch after each start, the one before the first round too. */
+  void change_through_restarts(int rounds, int steps, const std::function<void()> &begin,
+                               const std::function<void()> &change, const std::function<void()> &compare) {
+    begin();
+    for (int round = 0; round < rounds; round++) {
+      for (int step = 0; step < steps; step++) {
+        change();
+        if (HasFatalFailure()) FAIL() << "round " << round << ", step " << step;
+      }
+      compare();
+      if (HasFatalFailure()) FAIL() << "after round " << round;
+      if (round % 4 != 3) continue;
+      restart();
+      begin();
+      compare();
+      if (HasFatalFailure()) FAIL() << "after the restart of round " << round;
+    }
   }
 
   temporary_directory dir;
