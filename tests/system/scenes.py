@@ -78,6 +78,16 @@ class FlowTest(DaemonTest):
         self.daemon.restart()
         self.logged_in = self.session(self.daemon)
 
+    def assert_restarts_keep_everything(self):
+        """Returns what everything() answers, before the restarts as after them."""
+        before = self.everything()
+        configuration = self.daemon.lab("show", "running-config")
+        for _ in range(2):  # from snapshot and journal, then from the snapshot that start-up made
+            self.restart()
+            self.assertEqual(self.daemon.lab("show", "running-config"), configuration)
+            self.assertEqual(self.everything(), before)
+        return before
+
     def assert_random_changes_survive(self, seed, journal_bytes):
         """Requests of random_change() and sudden deaths by turns; everything() is the same after each death."""
         choose = random.Random(seed)
