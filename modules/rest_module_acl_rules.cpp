@@ -56,6 +56,11 @@ static open_error_t add_rows(building_rule *rule, std::span<const rule_row> rows
   return OPEN_E_NONE;
 }
 
+/* Whether nothing that was given so far narrows down what the rule matches. */
+static bool matches_all(const building_rule &rule) {
+  return rule.boolSrcAny && rule.boolDestAny && !rule.boolmatchother;
+}
+
 /* --- Values --------------------------------------------------------------------------------------------- */
 
 static open_error_t take_number(const char *text, uint32_t *number) {
@@ -172,9 +177,8 @@ static open_error_t add_mac_vlan(building_rule *rule, const rule_row &, const ch
 }
 
 static open_error_t add_mac_every(building_rule *rule, const rule_row &, const char *) {
-  bool every = rule->boolSrcAny && rule->boolDestAny && !rule->boolmatchother;
   return rpcclt_openapiAclRuleMatchEveryAdd(rule->client_handle, rule->aclId, rule->ruleId,
-                                            every ? OPEN_TRUE : OPEN_FALSE);
+                                            matches_all(*rule) ? OPEN_TRUE : OPEN_FALSE);
 }
 
 static const rule_row mac_rows[] = {
@@ -250,12 +254,8 @@ static open_error_t add_tos(building_rule *rule, const rule_row &, const char *t
   return rpcclt_openapiAclRuleMatchTosAdd(rule->client_handle, rule->aclId, rule->ruleId, &tos, &mask);
 }
 
-static bool both_ends_any(const building_rule &rule) {
-  return rule.boolSrcAny && rule.boolDestAny && !rule.boolmatchother;
-}
-
 static open_error_t add_protocol(building_rule *rule, const rule_row &, const char *) {
-  if (rule->protocol == OPEN_ACL_PROTOCOL_IP && both_ends_any(*rule)) return OPEN_E_NONE;
+  if (rule->protocol == OPEN_ACL_PROTOCOL_IP && matches_all(*rule)) return OPEN_E_NONE;
   if (rpcclt_openapiAclRuleMatchProtocolAdd(rule->client_handle, rule->aclId, rule->ruleId, rule->protocol) !=
       OPEN_E_NONE)
     return OPEN_E_PARAM; /* whatever the platform says */
@@ -360,7 +360,7 @@ static open_error_t add_established(building_rule *rule, const rule_row &row, co
 }
 
 static open_error_t add_ip_every(building_rule *rule, const rule_row &, const char *) {
-  if (rule->protocol != OPEN_ACL_PROTOCOL_EVERY && !both_ends_any(*rule)) return OPEN_E_NONE;
+  if (rule->protocol != OPEN_ACL_PROTOCOL_EVERY && !matches_all(*rule)) return OPEN_E_NONE;
   return rpcclt_openapiAclRuleMatchEveryAdd(rule->client_handle, rule->aclId, rule->ruleId, OPEN_TRUE);
 }
 
