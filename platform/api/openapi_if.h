@@ -57,11 +57,26 @@ open_error_t rpcclt_openapiIfNextGet(openapiClientHandle_t *handle, uint32_t typ
 open_error_t openapiIfNextChangedGet(openapiClientHandle_t *handle, uint32_t ifNum, uint32_t *nextIfNum,
                                      uint32_t *deletePending);
 
+/* Says whether an interface exists. */
+open_error_t rpcclt_openapiIntfExistCheck(openapiClientHandle_t *handle, uint32_t ifNum);
+
+/* The highest loopback id of this switch; ids count from 0. */
+open_error_t rpcclt_openapiDot1LoopbackIdMaxGet(openapiClientHandle_t *handle, uint32_t *max);
+
+/* The interface number of a loopback.
+ * OPEN_E_PARAM   above the highest id
+ * OPEN_E_NOT_FOUND  no such loopback */
+open_error_t rpcclt_openapiLoopbackIfNumGet(openapiClientHandle_t *handle, uint32_t loopbackId,
+                                            uint32_t *ifNum);
+
 /* --- Names and addresses -------------------------------------------------------------------------------- */
 
 /* Reads an interface's name ("0/1", "3/1", "cpu", "loopback0", "vlan10").
  * OPEN_E_PARAM   the buffer is too small */
 open_error_t openapiIfNameGet(openapiClientHandle_t *handle, uint32_t ifNum, open_buffdesc *name);
+
+/* Bytes that a buffer for an interface's name needs, the terminator included. */
+open_error_t rpcclt_openapiIntfNameSizeGet(openapiClientHandle_t *handle, uint32_t *size);
 
 /* Reads an interface's MAC address as text, "02:00:5E:10:00:01". Ports and LAGs have one each, counted on
  * from the switch's own; all others have the switch's.
