@@ -9,6 +9,7 @@
 #include "platform/api/openapi_common.h"
 #include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
+#include "platform/softswitch/model/bgp.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/lag.h"
@@ -42,6 +43,7 @@ struct switch_model {
   shared_table<tcam_table> tcam;
   shared_table<time_range_table> time_ranges;
   shared_table<address_table> addresses;
+  shared_table<bgp_table> bgp;
   shared_table<counter_table> counters;
 };
 
