@@ -2,6 +2,7 @@
  * configuration is printed, so what others refer to comes before them. */
 #include "platform/softswitch/config/acl_lines.h"
 #include "platform/softswitch/config/address_lines.h"
+#include "platform/softswitch/config/bgp_lines.h"
 #include "platform/softswitch/config/interface_lines.h"
 #include "platform/softswitch/config/lag_lines.h"
 #include "platform/softswitch/config/language.h"
@@ -103,6 +104,38 @@ static constexpr command table[] = {
     {"no interface <interface> ipv6 address <ipv6-prefix>", apply_no_ipv6_address, nullptr},
     {"interface <interface> ipv6 address auto", apply_autoconfiguration, print_autoconfiguration},
     {"no interface <interface> ipv6 address auto", apply_no_autoconfiguration, nullptr},
+
+    {"bgp local-as <number>", apply_bgp_number<&bgp_speaker::local_as>,
+     print_bgp_number<&bgp_speaker::local_as>},
+    {"no bgp local-as", apply_no_bgp_setting<&bgp_speaker::local_as>, nullptr},
+    {"bgp router-id <ip>", apply_bgp_router_id, print_bgp_router_id},
+    {"no bgp router-id", apply_no_bgp_setting<&bgp_speaker::router_id>, nullptr},
+    {"bgp hold-time <number>", apply_bgp_number<&bgp_speaker::hold_time>,
+     print_bgp_number<&bgp_speaker::hold_time>},
+    {"no bgp hold-time", apply_no_bgp_setting<&bgp_speaker::hold_time>, nullptr},
+    {"bgp keepalive-time <number>", apply_bgp_number<&bgp_speaker::keepalive_time>,
+     print_bgp_number<&bgp_speaker::keepalive_time>},
+    {"no bgp keepalive-time", apply_no_bgp_setting<&bgp_speaker::keepalive_time>, nullptr},
+    {"bgp local-preference <number>", apply_bgp_number<&bgp_speaker::local_preference>,
+     print_bgp_number<&bgp_speaker::local_preference>},
+    {"no bgp local-preference", apply_no_bgp_setting<&bgp_speaker::local_preference>, nullptr},
+    {"bgp log-neighbor-changes", apply_bgp_log_neighbor_changes, print_bgp_log_neighbor_changes},
+    {"no bgp log-neighbor-changes", apply_no_bgp_setting<&bgp_speaker::log_neighbor_changes>, nullptr},
+    {"bgp network <network>", apply_bgp_network, print_bgp_networks},
+    {"bgp network <network> route-map <text>", apply_bgp_network_with_route_map,
+     print_bgp_networks_with_route_map},
+    {"no bgp network <network>", apply_no_bgp_network, nullptr},
+    {"bgp neighbor <neighbor> remote-as <number>", apply_bgp_remote_as, print_bgp_remote_as},
+    {"no bgp neighbor <neighbor>", apply_no_bgp_neighbor, nullptr},
+    {"bgp neighbor <neighbor> activate ipv4|ipv6", apply_bgp_activate, print_bgp_activated},
+    {"no bgp neighbor <neighbor> activate ipv4|ipv6", apply_no_bgp_activate, print_bgp_deactivated},
+    {"bgp neighbor <neighbor> next-hop-self ipv4|ipv6", apply_bgp_next_hop_self, print_bgp_next_hop_self},
+    {"no bgp neighbor <neighbor> next-hop-self ipv4|ipv6", apply_no_bgp_next_hop_self, nullptr},
+    {"bgp neighbor <neighbor> update-source <interface>", apply_bgp_update_source, print_bgp_update_sources},
+    {"no bgp neighbor <neighbor> update-source", apply_no_bgp_update_source, nullptr},
+    {"bgp redistribute ipv4|ipv6 connected|static|ospf|rip ...", apply_bgp_redistribute,
+     print_bgp_redistributions},
+    {"no bgp redistribute ipv4|ipv6 connected|static|ospf|rip", apply_no_bgp_redistribute, nullptr},
 };
 
 std::span<const command> commands() {

@@ -9,6 +9,7 @@
 #include "platform/api/openapi_common.h"
 #include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
+#include "platform/softswitch/model/bgp.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/lag.h"
@@ -46,6 +47,7 @@ struct switch_model {
   shared_table<routing_table> routing;
   shared_table<address_table> addresses;
   shared_table<lease_table> leases;
+  shared_table<bgp_table> bgp;
   shared_table<counter_table> counters;
 };
 
