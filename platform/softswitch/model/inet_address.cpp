@@ -18,6 +18,14 @@ std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address) {
   return bytes;
 }
 
+open_inet_pfx_t inet_ipv4_host(uint32_t address) {
+  open_inet_pfx_t prefix = {};
+  prefix.ipAddr.family = OPEN_AF_INET;
+  prefix.ipAddr.addr.ipv4 = address;
+  prefix.pfxLen = ipv4_bits;
+  return prefix;
+}
+
 /* --- Text ----------------------------------------------------------------------------------------------- */
 
 bool inet_address_read(const std::string &text, open_inet_addr_t *address) {

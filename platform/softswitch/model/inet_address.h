@@ -16,6 +16,9 @@ inline constexpr uint32_t ipv6_bits = 128;
 /* An address in network order, IPv4 in the first four bytes. */
 std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address);
 
+/* An IPv4 address, given in host byte order, as a prefix of all its bits. */
+open_inet_pfx_t inet_ipv4_host(uint32_t address);
+
 /* Reads four decimal numbers without leading zeros, or IPv6 text (RFC 4291 section 2.2); no blanks, no zone.
  * False, with `address` cleared, for anything else. */
 bool inet_address_read(const std::string &text, open_inet_addr_t *address);
