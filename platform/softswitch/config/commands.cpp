@@ -9,6 +9,7 @@
 #include "platform/softswitch/config/switchport_lines.h"
 #include "platform/softswitch/config/tcam_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
+#include "platform/softswitch/config/vxlan_lines.h"
 
 namespace softswitch {
 
@@ -87,6 +88,25 @@ static constexpr command table[] = {
     {"no interface <interface> ip secondary-address <ip-prefix>", apply_no_secondary_address, nullptr},
     {"interface <interface> ipv6 address <ipv6-prefix>", apply_ipv6_address, print_ipv6_addresses},
     {"no interface <interface> ipv6 address <ipv6-prefix>", apply_no_ipv6_address, nullptr},
+
+    {"vxlan mode unicast|multicast", apply_vxlan_mode, print_vxlan_mode},
+    {"no vxlan mode", apply_no_vxlan_mode, nullptr},
+    {"vxlan udp-port <number>", apply_vxlan_udp_port, print_vxlan_udp_port},
+    {"no vxlan udp-port", apply_no_vxlan_udp_port, nullptr},
+    {"vxlan source-interface <interface>", apply_vxlan_source, print_vxlan_source},
+    {"no vxlan source-interface", apply_no_vxlan_source, nullptr},
+    {"vxlan remote-vtep <ip>", apply_remote_vtep, print_remote_vteps},
+    {"no vxlan remote-vtep <ip>", apply_no_remote_vtep, nullptr},
+    {"vxlan multicast-group <ip>", apply_default_group, print_default_group},
+    {"no vxlan multicast-group", apply_no_default_group, nullptr},
+    {"vxlan tenant <number>", apply_tenant, print_tenants},
+    {"no vxlan tenant <number>", apply_no_tenant, nullptr},
+    {"vxlan tenant <number> vlan <vlan>", apply_tenant_vlan, print_tenant_vlans},
+    {"no vxlan tenant <number> vlan <vlan>", apply_no_tenant_vlan, nullptr},
+    {"vxlan tenant <number> remote-vteps", apply_tenant_vteps, print_tenant_vteps},
+    {"no vxlan tenant <number> remote-vteps", apply_no_tenant_vteps, nullptr},
+    {"vxlan tenant <number> multicast-group <ip>", apply_tenant_group, print_tenant_groups},
+    {"no vxlan tenant <number> multicast-group", apply_no_tenant_group, nullptr},
 };
 
 std::span<const command> commands() {

@@ -19,6 +19,7 @@
 #include "platform/softswitch/model/tcam.h"
 #include "platform/softswitch/model/time_ranges.h"
 #include "platform/softswitch/model/vlan.h"
+#include "platform/softswitch/model/vxlan.h"
 #include "platform/softswitch/services/profile.h"
 
 #include <memory>
@@ -41,6 +42,7 @@ struct switch_model {
   shared_table<acl_table> acls;
   shared_table<tcam_table> tcam;
   shared_table<time_range_table> time_ranges;
+  shared_table<vxlan_table> vxlan;
   shared_table<address_table> addresses;
   shared_table<counter_table> counters;
 };
