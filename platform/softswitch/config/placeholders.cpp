@@ -5,7 +5,6 @@
 #include "platform/softswitch/model/text.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace softswitch {
 
@@ -14,17 +13,8 @@ static constexpr size_t ranges_per_line = 8;
 
 /* --- Numbers -------------------------------------------------------------------------------------------- */
 
-/* Decimal digits alone, no sign, no leading zero. A number too large for 32 bits reads as the largest. */
-static bool read_number(std::string_view text, uint32_t *number) {
-  bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-  if (!digits || (text.size() > 1 && text[0] == '0')) return false;
-  if (std::from_chars(text.data(), text.data() + text.size(), *number).ec != std::errc())
-    *number = UINT32_MAX;
-  return true;
-}
-
 static bool read_vlan_id(std::string_view text, uint32_t *id, std::string *error) {
-  if (!read_number(text, id)) {
+  if (!decimal_read(text, id)) {
     *error = "\"" + std::string(text) + "\" is not a VLAN id";
     return false;
   }
@@ -43,7 +33,7 @@ static bool read_vlan(const switch_model &, const token &from, argument *into, s
 
 /* Any number of 32 bits; which are good is for the setting to say. */
 static bool read_plain_number(const switch_model &, const token &from, argument *into, std::string *error) {
-  if (!read_number(from.text, &into->number)) {
+  if (!decimal_read(from.text, &into->number)) {
     *error = "\"" + from.text + "\" is not a number";
     return false;
   }
@@ -141,7 +131,7 @@ static std::string print_interface(const switch_model &model, const argument &fr
 }
 
 static bool read_port_channel(const switch_model &, const token &from, argument *into, std::string *error) {
-  if (!read_number(from.text, &into->number)) {
+  if (!decimal_read(from.text, &into->number)) {
     *error = "\"" + from.text + "\" is not a port-channel id";
     return false;
   }
@@ -210,11 +200,7 @@ static std::string print_address(const switch_model &, const argument &from) {
 /* Reads an address of a family with a prefix of 1 to `bits` bits. */
 static bool read_prefix(const std::string &text, OPEN_AF_t family, uint32_t bits, open_inet_pfx_t *prefix,
                         std::string *error) {
-  size_t slash = text.find('/');
-  bool good = slash != std::string::npos && inet_address_read(text.substr(0, slash), &prefix->ipAddr) &&
-              prefix->ipAddr.family == family &&
-              read_number(std::string_view(text).substr(slash + 1), &prefix->pfxLen);
-  if (!good) {
+  if (!inet_prefix_read(text, prefix) || prefix->ipAddr.family != family) {
     const char *kind = family == OPEN_AF_INET ? "IPv4" : "IPv6";
     *error = "\"" + text + "\" is not an " + kind + " address with a prefix length";
     return false;
