@@ -2,7 +2,6 @@
 #include "platform/api/openapi_acl.h"
 
 #include "platform/softswitch/api/acl_rule_call.h"
-#include "platform/softswitch/model/inet_address.h"
 #include "platform/softswitch/model/text.h"
 
 #include <string.h>
@@ -36,8 +35,8 @@ static open_error_t take_ipv4(const open_inet_addr_t &addr, const open_inet_addr
 static open_error_t give_ipv4(const std::optional<acl_ipv4_match> &part, open_inet_addr_t *addr,
                               open_inet_addr_t *mask) {
   if (!part) return OPEN_E_NOT_FOUND;
-  *addr = inet_ipv4_host(part->address).ipAddr;
-  *mask = inet_ipv4_host(part->mask).ipAddr;
+  *addr = inet_ipv4(part->address);
+  *mask = inet_ipv4(part->mask);
   return OPEN_E_NONE;
 }
 

@@ -28,7 +28,7 @@ static std::string number_text(const uint8_t *bytes, size_t size) {
 }
 
 static std::string ip_text(const uint8_t *bytes, size_t) {
-  return inet_address_text(inet_ipv4_host(number_at<uint32_t>(bytes)).ipAddr);
+  return inet_address_text(inet_ipv4(number_at<uint32_t>(bytes)));
 }
 
 static std::string hex_text(const uint8_t *bytes, size_t size) {

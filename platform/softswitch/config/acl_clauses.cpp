@@ -3,7 +3,6 @@
 #include "platform/softswitch/config/acl_lines.h"
 
 #include "platform/softswitch/config/clauses.h"
-#include "platform/softswitch/model/inet_address.h"
 
 #include <string.h>
 
@@ -78,7 +77,7 @@ template <auto Member> static void set_ipv4(acl_rule *rule, values given) {
 
 template <auto Member> static bool get_ipv4(const acl_rule &rule, value_list *list) {
   const std::optional<acl_ipv4_match> &match = rule.*Member;
-  if (match) *list = {inet_ipv4_host(match->address), inet_ipv4_host(match->mask)};
+  if (match) *list = {inet_ipv4(match->address), inet_ipv4(match->mask)};
   return match.has_value();
 }
 

@@ -38,6 +38,7 @@ struct argument {
   argument(id_list value) : list(std::move(value)) {}
   argument(const mac_address &value) : mac(value) {}
   argument(const open_inet_pfx_t &value) : prefix(value) {}
+  argument(const open_inet_addr_t &value) : prefix{value, 0, 0} {}
 
   uint32_t number = 0;
   std::string text;

@@ -3,7 +3,6 @@
 #include "platform/softswitch/config/tcam_clauses.h"
 
 #include "platform/softswitch/config/clauses.h"
-#include "platform/softswitch/model/inet_address.h"
 
 #include <string.h>
 
@@ -71,7 +70,7 @@ template <auto Member, auto Mask> static void set_ip(policy_clauses *line, argum
 }
 
 template <auto Member, auto Mask> static bool get_ip(const policy_clauses &line, arguments_out arguments) {
-  *arguments = {inet_ipv4_host(line.policy.*Member), inet_ipv4_host(line.policy.*Mask)};
+  *arguments = {inet_ipv4(line.policy.*Member), inet_ipv4(line.policy.*Mask)};
   return line.policy.*Member != 0 || line.policy.*Mask != 0;
 }
 

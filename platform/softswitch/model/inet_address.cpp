@@ -20,12 +20,11 @@ std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address) {
   return bytes;
 }
 
-open_inet_pfx_t inet_ipv4_host(uint32_t address) {
-  open_inet_pfx_t prefix = {};
-  prefix.ipAddr.family = OPEN_AF_INET;
-  prefix.ipAddr.addr.ipv4 = address;
-  prefix.pfxLen = ipv4_bits;
-  return prefix;
+open_inet_addr_t inet_ipv4(uint32_t address) {
+  open_inet_addr_t result = {};
+  result.family = OPEN_AF_INET;
+  result.addr.ipv4 = address;
+  return result;
 }
 
 /* --- Text ----------------------------------------------------------------------------------------------- */
@@ -82,6 +81,20 @@ bool inet_overlap(const open_inet_pfx_t &one, const open_inet_pfx_t &other) {
 
 bool inet_conflict(const open_inet_pfx_t &one, const open_inet_pfx_t &other) {
   return !inet_link_local(one.ipAddr) && !inet_link_local(other.ipAddr) && inet_overlap(one, other);
+}
+
+open_inet_pfx_t inet_masked(const open_inet_pfx_t &prefix) {
+  open_inet_pfx_t masked = prefix;
+  uint32_t bits = prefix.pfxLen;
+  if (prefix.ipAddr.family != OPEN_AF_INET6) {
+    masked.ipAddr.addr.ipv4 &= bits == 0 ? 0 : UINT32_MAX << (ipv4_bits - bits);
+    return masked;
+  }
+  uint8_t *bytes = masked.ipAddr.addr.ipv6.addr8;
+  uint32_t whole = bits / 8;
+  for (uint32_t index = whole; index < 16; index++)
+    bytes[index] &= static_cast<uint8_t>(index == whole ? 0xff00 >> bits % 8 : 0);
+  return masked;
 }
 
 /* --- Kinds of addresses --------------------------------------------------------------------------------- */

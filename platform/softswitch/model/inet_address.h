@@ -17,8 +17,8 @@ inline constexpr uint32_t ipv6_bits = 128;
 /* An address in network order, IPv4 in the first four bytes. */
 std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address);
 
-/* An IPv4 address, given in host byte order, as a prefix of all its bits. */
-open_inet_pfx_t inet_ipv4_host(uint32_t address);
+/* An IPv4 address, given in host byte order. */
+open_inet_addr_t inet_ipv4(uint32_t address);
 
 /* Reads four decimal numbers without leading zeros, or IPv6 text (RFC 4291 section 2.2); no blanks, no zone.
  * False, with `address` cleared, for anything else. */
@@ -39,6 +39,8 @@ bool inet_same_prefix(const open_inet_pfx_t &one, const open_inet_pfx_t &other);
 bool inet_overlap(const open_inet_pfx_t &one, const open_inet_pfx_t &other);
 /* Whether two interfaces cannot have these two at a time: they overlap, and neither is a link-local one. */
 bool inet_conflict(const open_inet_pfx_t &one, const open_inet_pfx_t &other);
+/* The prefix with the bits behind it zero. Its length is that of a prefix of the family. */
+open_inet_pfx_t inet_masked(const open_inet_pfx_t &prefix);
 /* Whether an IPv6 address is a link-local one (RFC 4291 section 2.5.6). */
 bool inet_link_local(const open_inet_addr_t &address);
 
