@@ -2,7 +2,6 @@
 #include "platform/api/openapi_acl.h"
 
 #include "platform/softswitch/api/acl_rule_call.h"
-#include "platform/softswitch/model/inet_address.h"
 #include "platform/softswitch/model/text.h"
 
 #include <string.h>

@@ -3,7 +3,6 @@
 #include "platform/softswitch/config/tcam_clauses.h"
 
 #include "platform/softswitch/config/clauses.h"
-#include "platform/softswitch/model/inet_address.h"
 
 #include <string.h>
 
