@@ -7,6 +7,7 @@
 #include "platform/softswitch/config/lag_lines.h"
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/config/mac_locking_lines.h"
+#include "platform/softswitch/config/routing_lines.h"
 #include "platform/softswitch/config/switchport_lines.h"
 #include "platform/softswitch/config/tcam_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
@@ -18,6 +19,9 @@ static constexpr command table[] = {
     {"no vlan <vlan-list>", apply_no_vlans, nullptr},
     {"vlan <vlan> name <text>", apply_vlan_name, print_vlan_names},
     {"no vlan <vlan> name", apply_no_vlan_name, nullptr},
+    {"vlan <vlan> routing", apply_vlan_routing, nullptr},
+    {"vlan <vlan> routing interface <number>", apply_vlan_routing_interface, print_vlan_routing_interfaces},
+    {"no vlan <vlan> routing", apply_no_vlan_routing, nullptr},
 
     /* In factory state all LAGs exist, so that it is the deleted ones that are printed. */
     {"lag <port-channel>", apply_lag, nullptr},
@@ -81,13 +85,25 @@ static constexpr command table[] = {
     {"interface <port> tcam-policy <number>", apply_interface_tcam_policy, print_interface_tcam_policies},
     {"no interface <port> tcam-policy <number>", apply_no_interface_tcam_policy, nullptr},
 
+    {"ip routing", apply_ip_routing, print_ip_routing},
+    {"no ip routing", apply_no_ip_routing, nullptr},
+    {"ipv6 routing", apply_ipv6_routing, print_ipv6_routing},
+    {"no ipv6 routing", apply_no_ipv6_routing, nullptr},
+    /* In factory state VLAN routing interfaces route and others do not. */
+    {"interface <interface> routing", apply_interface_routing, print_routing_interfaces},
+    {"no interface <interface> routing", apply_no_interface_routing, print_silent_vlan_interfaces},
+
     {"interface <interface> ip address <ip-prefix>", apply_primary_address, print_primary_addresses},
     {"no interface <interface> ip address", apply_no_primary_address, nullptr},
+    {"interface <interface> ip address dhcp", apply_dhcp, print_dhcp},
+    {"no interface <interface> ip address dhcp", apply_no_dhcp, nullptr},
     {"interface <interface> ip secondary-address <ip-prefix>", apply_secondary_address,
      print_secondary_addresses},
     {"no interface <interface> ip secondary-address <ip-prefix>", apply_no_secondary_address, nullptr},
     {"interface <interface> ipv6 address <ipv6-prefix>", apply_ipv6_address, print_ipv6_addresses},
     {"no interface <interface> ipv6 address <ipv6-prefix>", apply_no_ipv6_address, nullptr},
+    {"interface <interface> ipv6 address auto", apply_autoconfiguration, print_autoconfiguration},
+    {"no interface <interface> ipv6 address auto", apply_no_autoconfiguration, nullptr},
 
     {"bgp local-as <number>", apply_bgp_number<&bgp_speaker::local_as>,
      print_bgp_number<&bgp_speaker::local_as>},

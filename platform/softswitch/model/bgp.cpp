@@ -179,15 +179,11 @@ open_error_t bgp_set_update_source(switch_model &model, const bgp_peer_id &id, u
   return OPEN_E_NONE;
 }
 
-const bgp_peer_id *bgp_peer_using(const switch_model &model, uint32_t interface) {
-  for (const auto &[id, peer] : model.bgp->peers) {
-    if (id.scope == interface || peer.update_source == interface) return &id;
-  }
-  return nullptr;
-}
-
 bool bgp_uses_interface(const switch_model &model, uint32_t interface) {
-  return bgp_peer_using(model, interface) != nullptr;
+  const auto &peers = model.bgp->peers;
+  return std::any_of(peers.begin(), peers.end(), [&](const auto &entry) {
+    return entry.first.scope == interface || entry.second.update_source == interface;
+  });
 }
 
 /* --- Redistribution ------------------------------------------------------------------------------------- */

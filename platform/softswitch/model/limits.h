@@ -26,6 +26,9 @@ inline constexpr uint32_t interface_last = vlan_routing_last;
 inline constexpr uint32_t vlan_id_min = 1;
 inline constexpr uint32_t vlan_id_max = 4094;      /* IEEE 802.1Q: 0 and 4095 are reserved */
 inline constexpr uint32_t vlan_name_size = 32 + 1; /* bytes of a buffer for a name, terminator included */
+/* The same for an interface's: "loopback0" is the longest, as VLANs end with "vlan4094" and the profile's
+ * ports with "0/999". */
+inline constexpr uint32_t interface_name_size = sizeof "loopback0";
 inline constexpr uint32_t mtu_min = 1518;
 inline constexpr uint32_t mtu_max = 12270;
 inline constexpr uint32_t description_max = 64;    /* bytes of an interface's description */

@@ -12,6 +12,7 @@ switch_model make_switch(const chassis_profile &profile) {
 }
 
 void switch_reset(switch_model &model) {
+  routing_reset(model);
   addresses_reset(model);
   bgp_reset(model);
   mac_locking_reset(model);
