@@ -36,10 +36,6 @@ void bgp_reset(switch_model &model) {
   *model.bgp.edit() = bgp_table();
 }
 
-bool bgp_family_valid(uint32_t family) {
-  return family == OPEN_AF_INET || family == OPEN_AF_INET6;
-}
-
 /* --- The speaker ---------------------------------------------------------------------------------------- */
 
 static bool is_good(bgp_setting setting, uint32_t value) {
@@ -85,7 +81,7 @@ static bool is_ipv6_network(const open_inet_addr_t &address) {
 }
 
 bool bgp_network_valid(const open_inet_pfx_t &network) {
-  if (!bgp_family_valid(network.ipAddr.family)) return false;
+  if (!inet_family_valid(network.ipAddr.family)) return false;
   bool ipv4 = network.ipAddr.family == OPEN_AF_INET;
   if (network.pfxLen > (ipv4 ? ipv4_bits : ipv6_bits)) return false;
   open_inet_addr_t address = inet_masked(network).ipAddr;

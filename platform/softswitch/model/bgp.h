@@ -84,9 +84,7 @@ struct bgp_table {
 /* Returns everything to factory state. interfaces_reset() notes the change. */
 void bgp_reset(switch_model &model);
 
-/* Whether it is IPv4 or IPv6. */
-bool bgp_family_valid(uint32_t family);
-/* The place of a family that is valid in tables by family. */
+/* The place of IPv4 or IPv6 in tables by family. */
 inline uint32_t bgp_family_index(uint32_t family) {
   return family - OPEN_AF_INET;
 }
