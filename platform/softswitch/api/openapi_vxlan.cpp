@@ -280,13 +280,13 @@ open_error_t rpcclt_openapiL2oL3RemoteVtepAddAllTenant(openapiClientHandle_t *ha
   return api_call(__func__, handle, {address}, [&](switch_model &model) {
     /* For the line a VTEP in the list is as wanted; who adds wants to hear of it. */
     if (model.vxlan->remote_vteps.count(address)) return OPEN_E_EXISTS;
-    return commit(model, "vxlan remote-vtep <ip>", {inet_ipv4_host(address)});
+    return commit(model, "vxlan remote-vtep <ip>", {inet_ipv4(address)});
   });
 }
 
 open_error_t rpcclt_openapiL2oL3RemoteVtepRemoveAllTenant(openapiClientHandle_t *handle, uint32_t address) {
   return api_call(__func__, handle, {address}, [&](switch_model &model) {
-    return commit(model, "no vxlan remote-vtep <ip>", {inet_ipv4_host(address)});
+    return commit(model, "no vxlan remote-vtep <ip>", {inet_ipv4(address)});
   });
 }
 
@@ -333,7 +333,7 @@ open_error_t rpcclt_openapiL2oL3DefaultIPMCSetZYL(openapiClientHandle_t *handle,
     open_error_t rc = instance_check(vxlanId);
     if (rc != OPEN_E_NONE) return rc;
     if (address == 0) return commit(model, "no vxlan multicast-group", {});
-    return commit(model, "vxlan multicast-group <ip>", {inet_ipv4_host(address)});
+    return commit(model, "vxlan multicast-group <ip>", {inet_ipv4(address)});
   });
 }
 
@@ -353,7 +353,7 @@ open_error_t rpcclt_openapiL2oL3IPMCSet(openapiClientHandle_t *handle, uint32_t 
     open_error_t rc = instance_check(vxlanId);
     if (rc != OPEN_E_NONE) return rc;
     if (address == 0) return commit(model, "no vxlan tenant <number> multicast-group", {tenantId});
-    return commit(model, "vxlan tenant <number> multicast-group <ip>", {tenantId, inet_ipv4_host(address)});
+    return commit(model, "vxlan tenant <number> multicast-group <ip>", {tenantId, inet_ipv4(address)});
   });
 }
 

@@ -16,7 +16,7 @@ static uint32_t ipv4_of(const argument &given) {
 }
 
 static std::string address_words(uint32_t address) {
-  return inet_address_text(inet_ipv4_host(address).ipAddr);
+  return inet_address_text(inet_ipv4(address));
 }
 
 static std::string range_words(const std::string &what, const std::string &first, const std::string &last) {
@@ -116,7 +116,7 @@ open_error_t apply_no_remote_vtep(switch_model &model, std::span<const argument>
 }
 
 void print_remote_vteps(const config_printer &print) {
-  for (uint32_t address : print.model.vxlan->remote_vteps) print.line({inet_ipv4_host(address)});
+  for (uint32_t address : print.model.vxlan->remote_vteps) print.line({inet_ipv4(address)});
 }
 
 /* --- vxlan multicast-group <ip> ------------------------------------------------------------------------- */
@@ -146,7 +146,7 @@ open_error_t apply_no_default_group(switch_model &model, std::span<const argumen
 
 void print_default_group(const config_printer &print) {
   uint32_t group = print.model.vxlan->default_group;
-  if (group != 0) print.line({inet_ipv4_host(group)});
+  if (group != 0) print.line({inet_ipv4(group)});
 }
 
 /* --- vxlan tenant <number> ------------------------------------------------------------------------------ */
@@ -180,7 +180,7 @@ void print_tenants(const config_printer &print) {
 /* --- vxlan tenant <number> vlan <vlan> ------------------------------------------------------------------ */
 
 std::string tenant_binding_words(uint32_t vlan, uint32_t tenant) {
-  return "VLAN " + std::to_string(vlan) + " is bound to " + tenant_words(tenant);
+  return vlan_words(vlan) + " is bound to " + tenant_words(tenant);
 }
 
 open_error_t apply_tenant_vlan(switch_model &model, std::span<const argument> arguments, std::string *error) {
@@ -200,8 +200,7 @@ open_error_t apply_no_tenant_vlan(switch_model &model, std::span<const argument>
   open_error_t rc = check_tenant(model, id, error);
   if (rc != OPEN_E_NONE) return rc;
   rc = vxlan_tenant_unbind(model, id, vlan);
-  if (rc == OPEN_E_NOT_FOUND)
-    *error = "VLAN " + std::to_string(vlan) + " is not bound to " + tenant_words(id);
+  if (rc == OPEN_E_NOT_FOUND) *error = vlan_words(vlan) + " is not bound to " + tenant_words(id);
   return rc;
 }
 
@@ -255,7 +254,7 @@ open_error_t apply_no_tenant_group(switch_model &model, std::span<const argument
 
 void print_tenant_groups(const config_printer &print) {
   for (const vxlan_tenant &tenant : print.model.vxlan->tenants) {
-    if (tenant.group != 0) print.line({tenant.id, inet_ipv4_host(tenant.group)});
+    if (tenant.group != 0) print.line({tenant.id, inet_ipv4(tenant.group)});
   }
 }
 

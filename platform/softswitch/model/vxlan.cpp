@@ -143,7 +143,7 @@ open_error_t vxlan_tenant_unbind(switch_model &model, uint32_t id, uint32_t vlan
 /* --- Remote VTEPs --------------------------------------------------------------------------------------- */
 
 bool vxlan_vtep_address_valid(uint32_t address) {
-  return inet_is_host(inet_ipv4_host(address));
+  return inet_is_host({inet_ipv4(address), ipv4_bits, 0});
 }
 
 open_error_t vxlan_remote_vtep_add(switch_model &model, uint32_t address) {
