@@ -4,7 +4,7 @@
 
 namespace softswitch {
 
-static std::string vlan_words(uint32_t id) {
+std::string vlan_words(uint32_t id) {
   return "VLAN " + std::to_string(id);
 }
 

@@ -19,6 +19,8 @@ static constexpr limit_name limit_names[] = {
     {"secondary-addresses", &limits::secondary_addresses},
     {"ipv6-addresses", &limits::ipv6_addresses},
     {"equal-cost-routes", &limits::equal_cost_routes},
+    {"bgp-peers", &limits::bgp_peers},
+    {"bgp-networks", &limits::bgp_networks},
     {"tcam-ingress-policies", &limits::tcam_ingress_policies},
     {"tcam-egress-policies", &limits::tcam_egress_policies},
     {"tcam-ingress-slices-256", &limits::tcam_ingress_slices_256},
