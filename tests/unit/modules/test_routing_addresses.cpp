@@ -30,10 +30,10 @@ protected:
   }
   /* The target in its list, with these addresses. */
   void expect_listed(const address_target &target, const result_nodes &addresses) const {
-    if (target.ifNum == 5)
-      EXPECT_EQ(get("/routing/if"), expected_interfaces({{5, addresses}}));
-    else
-      EXPECT_EQ(get("/routing/vlanRtrIf"), expected_vlan_interfaces({{226}, {227, addresses}}));
+    bool port = target.ifNum == 5;
+    EXPECT_EQ(get(port ? "/routing/if" : "/routing/vlanRtrIf"),
+              port ? expected_interfaces({{5, addresses}})
+                   : expected_vlan_interfaces({{226}, {227, addresses}}));
   }
 };
 

@@ -213,7 +213,5 @@ TEST_F(RoutingRouteTest, OperationWithoutANumberInItsUriRefuses) {
               expected_platform_error(OPEN_E_PARAM))
         << uri;
   }
-  EXPECT_EQ(call(api_routing_update_interface_admin_mode, "PUT", "/routing/if/5/adminModes", "value=1"),
-            expected_platform_error(OPEN_E_PARAM));
   EXPECT_EQ(last_change(), "");
 }
