@@ -11,6 +11,7 @@
 #include "platform/softswitch/config/switchport_lines.h"
 #include "platform/softswitch/config/tcam_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
+#include "platform/softswitch/config/vxlan_lines.h"
 
 namespace softswitch {
 
@@ -136,6 +137,25 @@ static constexpr command table[] = {
     {"bgp redistribute ipv4|ipv6 connected|static|ospf|rip ...", apply_bgp_redistribute,
      print_bgp_redistributions},
     {"no bgp redistribute ipv4|ipv6 connected|static|ospf|rip", apply_no_bgp_redistribute, nullptr},
+
+    {"vxlan mode unicast|multicast", apply_vxlan_mode, print_vxlan_mode},
+    {"no vxlan mode", apply_no_vxlan_mode, nullptr},
+    {"vxlan udp-port <number>", apply_vxlan_udp_port, print_vxlan_udp_port},
+    {"no vxlan udp-port", apply_no_vxlan_udp_port, nullptr},
+    {"vxlan source-interface <interface>", apply_vxlan_source, print_vxlan_source},
+    {"no vxlan source-interface", apply_no_vxlan_source, nullptr},
+    {"vxlan remote-vtep <ip>", apply_remote_vtep, print_remote_vteps},
+    {"no vxlan remote-vtep <ip>", apply_no_remote_vtep, nullptr},
+    {"vxlan multicast-group <ip>", apply_default_group, print_default_group},
+    {"no vxlan multicast-group", apply_no_default_group, nullptr},
+    {"vxlan tenant <number>", apply_tenant, print_tenants},
+    {"no vxlan tenant <number>", apply_no_tenant, nullptr},
+    {"vxlan tenant <number> vlan <vlan>", apply_tenant_vlan, print_tenant_vlans},
+    {"no vxlan tenant <number> vlan <vlan>", apply_no_tenant_vlan, nullptr},
+    {"vxlan tenant <number> remote-vteps", apply_tenant_vteps, print_tenant_vteps},
+    {"no vxlan tenant <number> remote-vteps", apply_no_tenant_vteps, nullptr},
+    {"vxlan tenant <number> multicast-group <ip>", apply_tenant_group, print_tenant_groups},
+    {"no vxlan tenant <number> multicast-group", apply_no_tenant_group, nullptr},
 };
 
 std::span<const command> commands() {

@@ -21,6 +21,8 @@ static constexpr limit_name limit_names[] = {
     {"equal-cost-routes", &limits::equal_cost_routes},
     {"bgp-peers", &limits::bgp_peers},
     {"bgp-networks", &limits::bgp_networks},
+    {"vxlan-tenants", &limits::vxlan_tenants},
+    {"remote-vteps", &limits::remote_vteps},
     {"tcam-ingress-policies", &limits::tcam_ingress_policies},
     {"tcam-egress-policies", &limits::tcam_egress_policies},
     {"tcam-ingress-slices-256", &limits::tcam_ingress_slices_256},

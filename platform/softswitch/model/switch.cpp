@@ -18,6 +18,7 @@ void switch_reset(switch_model &model) {
   mac_locking_reset(model);
   acls_reset(model);
   tcam_reset(model);
+  vxlan_reset(model);
   interfaces_reset(model);
   vlans_reset(model);
 }

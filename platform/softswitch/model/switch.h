@@ -22,6 +22,7 @@
 #include "platform/softswitch/model/tcam.h"
 #include "platform/softswitch/model/time_ranges.h"
 #include "platform/softswitch/model/vlan.h"
+#include "platform/softswitch/model/vxlan.h"
 #include "platform/softswitch/services/profile.h"
 
 #include <memory>
@@ -48,6 +49,7 @@ struct switch_model {
   shared_table<address_table> addresses;
   shared_table<lease_table> leases;
   shared_table<bgp_table> bgp;
+  shared_table<vxlan_table> vxlan;
   shared_table<counter_table> counters;
 };
 
