@@ -16,6 +16,20 @@ void forget_calls() {
   recorded.clear();
 }
 
+static unsigned idle_guards = 0;
+
+changes_not_carried_out::changes_not_carried_out() {
+  idle_guards++;
+}
+
+changes_not_carried_out::~changes_not_carried_out() {
+  idle_guards--;
+}
+
+bool changes_are_carried_out() {
+  return idle_guards == 0;
+}
+
 void record_call(const char *function, const std::string &arguments) {
   recorded[function] = arguments;
 }

@@ -5,6 +5,7 @@
 #define KESTREL_TESTS_MODULES_RECORDED_CALLS_H
 
 #include "platform/api/openapi_common.h"
+#include "tests/unit/modules/bent_calls.h"
 
 #include <string>
 
@@ -13,6 +14,15 @@
  * Empty when there was no call since the last forget_calls(). */
 std::string recorded_arguments(const std::string &function);
 void forget_calls();
+
+/* While it lives, the recorded functions of routing and BGP that change something answer OPEN_E_NONE and
+ * change nothing, whatever they are called with. */
+struct changes_not_carried_out {
+  changes_not_carried_out();
+  ~changes_not_carried_out();
+  changes_not_carried_out(const changes_not_carried_out &) = delete;
+  changes_not_carried_out &operator=(const changes_not_carried_out &) = delete;
+};
 
 /* --- For the functions that record ---------------------------------------------------------------------- */
 
@@ -25,6 +35,13 @@ std::string written(const open_inet_addr_t *address);
 template <typename First, typename Second, typename... Others>
 std::string written(First first, Second second, Others... others) {
   return written(first) + " " + written(second, others...);
+}
+
+bool changes_are_carried_out();
+
+/* Calls the library's function, which changes something, when changes are carried out. */
+template <typename... Arguments> open_error_t carry_out(const char *function, Arguments... arguments) {
+  return changes_are_carried_out() ? library_call(function, arguments...) : OPEN_E_NONE;
 }
 
 #endif
