@@ -206,11 +206,15 @@ RC_t get_open_error_string_by_eum(open_error_t errorEnum, char *out_errorStr) {
 }
 
 RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr) {
-  return copy_text_by_enum(control_words, controlEnum, out_controlStr);
+  return copy_text_by_enum(control_words, static_cast<int32_t>(controlEnum), out_controlStr);
 }
 
 node_t *append_tree_word(node_t *n1_ptr, const char *name, std::span<const enum_text> words, uint32_t value) {
   return append_tree_string(n1_ptr, name, name, find_text_by_enum(words, static_cast<int32_t>(value)));
+}
+
+node_t *append_tree_control(node_t *n1_ptr, const char *name, uint32_t control) {
+  return append_tree_word(n1_ptr, name, control_words, control);
 }
 
 /* --- How operations end --------------------------------------------------------------------------------- */
@@ -235,6 +239,11 @@ int refuse(mg_connection *conn, uint16_t result_code, const char *format, ...) {
   va_start(ap, format);
   send_formatted(conn, result_code, nullptr, format, ap);
   va_end(ap);
+  return 0;
+}
+
+int refuse_with_tree(mg_connection *conn, uint16_t result_code, const char *message, node_t *tree) {
+  send_response(conn, result_code, message, tree);
   return 0;
 }
 

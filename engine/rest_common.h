@@ -77,6 +77,8 @@ void send_open_error_response(mg_connection *conn, open_error_t open_rlt, node_t
 int succeed(mg_connection *conn, node_t *tree, const char *format, ...) __attribute__((format(printf, 3, 4)));
 int refuse(mg_connection *conn, uint16_t result_code, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
+/* A refusal that sends data along. */
+int refuse_with_tree(mg_connection *conn, uint16_t result_code, const char *message, node_t *tree);
 int fail(mg_connection *conn, open_error_t open_rlt, node_t *tree);
 
 /* Texts of platform values. RC_FALSE (with an empty text) for an unknown value, RC_FALSE for a null buffer.
@@ -86,6 +88,8 @@ RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr)
 
 /* A string leaf with the word that a table has for a platform value, empty when it has none. */
 node_t *append_tree_word(node_t *n1_ptr, const char *name, std::span<const enum_text> words, uint32_t value);
+/* The same for OPEN_CONTROL_t: "enable" or "disable". */
+node_t *append_tree_control(node_t *n1_ptr, const char *name, uint32_t control);
 
 /* Copies a query string with the value of its variable "password" masked; empty when it has none or does not
  * fit into dst_len - 1 characters. The masked text may take up to 10 characters more than `data`: dst_len

@@ -23,6 +23,13 @@ bool number_or_reply(mg_connection *conn, const char *name, int32_t *number) {
   return true;
 }
 
+bool number_or_reply(mg_connection *conn, const char *name, uint32_t *number) {
+  int32_t value = 0;
+  if (!number_or_reply(conn, name, &value)) return false;
+  *number = static_cast<uint32_t>(value);
+  return true;
+}
+
 open_buffdesc describe_text(const char *text) {
   return {static_cast<uint32_t>(strlen(text) + 1), const_cast<char *>(text)};
 }

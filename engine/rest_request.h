@@ -18,6 +18,9 @@ request_variable read_variable(const mg_connection *conn, const char *name);
 bool variable_or_reply(mg_connection *conn, const char *name, request_variable *variable);
 /* The same for a number as text_to_int() reads it. */
 bool number_or_reply(mg_connection *conn, const char *name, int32_t *number);
+/* The same as the platform takes numbers. A negative one comes out above 2147483647, for the platform to
+ * refuse. */
+bool number_or_reply(mg_connection *conn, const char *name, uint32_t *number);
 
 /* Describe a text for the platform, its terminator counted or not: each platform call says which. The
  * platform only reads it. */

@@ -4,12 +4,15 @@
 #include "engine/rest_settings.h"
 #include "modules/rest_module_acl.h"
 #include "modules/rest_module_base.h"
+#include "modules/rest_module_bgp.h"
 #include "modules/rest_module_interface.h"
 #include "modules/rest_module_lag.h"
 #include "modules/rest_module_login.h"
 #include "modules/rest_module_pml.h"
+#include "modules/rest_module_routing.h"
 #include "modules/rest_module_tcam.h"
 #include "modules/rest_module_vlan.h"
+#include "modules/rest_module_vxlan.h"
 #include "platform/api/l7proc.h"
 
 #include <stdio.h>
@@ -28,7 +31,8 @@ struct rest_module {
 
 static const rest_module modules[] = {
     {"login", login_api_handler}, {"vlans", vlan_api_handler}, {"if", interface_api_handler},
-    {"base", base_api_handler},   {"lag", lag_api_handler},    {"tcam", tcam_api_handler},
+    {"base", base_api_handler},   {"lag", lag_api_handler},    {"routing", routing_api_handler},
+    {"bgp", bgp_api_handler},     {"tcam", tcam_api_handler},  {"vxlan", vxlan_api_handler},
     {"pml", pml_api_handler},     {"acl", acl_api_handler},
 };
 

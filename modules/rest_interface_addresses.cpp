@@ -19,6 +19,17 @@ static void append_ipv4(openapiClientHandle_t *client_handle, const open_inet_pf
   append_tree_string(tree, key, tagname, text);
 }
 
+void append_ipv4_and_mask(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *tree) {
+  open_inet_pfx_t prefix = {};
+  open_error_t rc = rpcclt_openapiRtrIntfIpAddrGet(client_handle, OPEN_AF_INET, ifNum, &prefix);
+  if (rc != OPEN_E_NONE) return;
+  char address[IP_TEXT_SIZE] = {}, mask[IP_TEXT_SIZE] = {};
+  convert_inet_addr_to_ip_string(client_handle, &prefix.ipAddr, address);
+  ipv4_mask_text(prefix.pfxLen, mask);
+  append_tree_string(tree, "ipv4_address", "ipv4_address", address);
+  append_tree_string(tree, "subnet_mask", "subnet_mask", mask);
+}
+
 void append_primary_ipv4(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *tree,
                          const char *key) {
   open_inet_pfx_t prefix = {};

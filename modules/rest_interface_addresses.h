@@ -5,6 +5,8 @@
 
 #include "engine/rest_common.h"
 
+/* The leaves ipv4_address and subnet_mask with the primary IPv4 address. */
+void append_ipv4_and_mask(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *tree);
 /* The leaf `key` with the primary IPv4 address, "10.0.0.1/255.255.255.0". */
 void append_primary_ipv4(openapiClientHandle_t *client_handle, uint32_t ifNum, node_t *tree, const char *key);
 /* The subtree `key` with the secondary IPv4 addresses, each under the index that the platform gives it. */

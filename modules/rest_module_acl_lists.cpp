@@ -22,11 +22,6 @@ open_error_t take_uri_acl(const mg_connection *conn, const char *pattern, uri_fi
   return rc == OPEN_E_NONE ? get_acl_type_eum_by_string(type, fields[0]) : rc;
 }
 
-int refuse_with_tree(mg_connection *conn, uint16_t result_code, const char *message, node_t *tree) {
-  send_response(conn, result_code, message, tree);
-  return 0;
-}
-
 bool acl_or_reply(openapiClientHandle_t *client_handle, mg_connection *conn, OPEN_ACL_TYPE_t type,
                   acl_name *name, node_t *tree, uint32_t *aclId) {
   open_error_t rc = rpcclt_openapiAclGet(client_handle, type, &name->desc, aclId);

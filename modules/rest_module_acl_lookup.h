@@ -23,9 +23,6 @@ open_error_t take_acl_name(const char *text, acl_name *name);
 open_error_t take_uri_acl(const mg_connection *conn, const char *pattern, uri_fields_t fields,
                           OPEN_ACL_TYPE_t *type, acl_name *name);
 
-/* Answers with a tree and a refusal in the module's own words; returns 0. Takes ownership of the tree. */
-int refuse_with_tree(mg_connection *conn, uint16_t result_code, const char *message, node_t *tree);
-
 /* Looks a list up. When there is none, or the platform fails, the request is answered, with the tree that has
  * been built so far (which may be null), and the result is false. */
 bool acl_or_reply(openapiClientHandle_t *client_handle, mg_connection *conn, OPEN_ACL_TYPE_t type,

@@ -37,7 +37,8 @@ typedef enum {
   OPEN_E_ERROR = -31      /* any other error */
 } open_error_t;
 
-typedef enum { OPEN_DISABLE = 0, OPEN_ENABLE = 1 } OPEN_CONTROL_t;
+typedef uint32_t OPEN_CONTROL_t;
+enum { OPEN_DISABLE = 0, OPEN_ENABLE = 1 };
 
 typedef uint32_t OPEN_BOOL_t;
 enum { OPEN_FALSE = 0, OPEN_TRUE = 1 };

@@ -309,6 +309,56 @@ std::map<std::string, uint32_t, std::less<>> time_ranges() {
   return sw->time_ranges->states;
 }
 
+/* Why an offer was refused. */
+static std::string lease_refusal(const switch_model &model, open_error_t rc, uint32_t interface,
+                                 const open_inet_pfx_t &offer) {
+  std::string shown = inet_prefix_text(offer);
+  if (rc == OPEN_E_PARAM) return shown + " is not the address of a host";
+  if (rc == OPEN_E_NOT_FOUND) return interface_name(model, interface) + " cannot have IP addresses";
+  return shown + " overlaps with what " + interface_name(model, lease_overlap(model, interface, offer)) +
+         " is offered";
+}
+
+bool offer_lease(std::string_view interface_name, std::string_view prefix, std::string *error) {
+  locked_switch sw;
+  uint32_t number = interface_by_name(*sw, interface_name);
+  open_inet_pfx_t offer = {};
+  if (number == 0) {
+    *error = no_interface(interface_name);
+    return false;
+  }
+  if (!inet_prefix_read(std::string(prefix), &offer)) {
+    *error = "\"" + std::string(prefix) + "\" is not an address with a prefix length";
+    return false;
+  }
+  open_error_t rc = lease_offer(*sw, number, offer);
+  if (rc != OPEN_E_NONE) *error = lease_refusal(*sw, rc, number, offer);
+  return rc == OPEN_E_NONE;
+}
+
+bool withdraw_lease(std::string_view interface_name, std::string *error) {
+  locked_switch sw;
+  uint32_t number = interface_by_name(*sw, interface_name);
+  if (number == 0) {
+    *error = no_interface(interface_name);
+    return false;
+  }
+  lease_withdraw(*sw, number);
+  return true;
+}
+
+std::string lease_list() {
+  locked_switch sw;
+  std::string text;
+  for (const auto &[number, offered] : sw->leases->by_interface) {
+    for (const open_inet_pfx_t &offer : {offered.ipv4, offered.ipv6}) {
+      if (offer.ipAddr.family != OPEN_AF_NONE)
+        text += interface_name(*sw, number) + " " + inet_prefix_text(offer) + "\n";
+    }
+  }
+  return text;
+}
+
 void set_ready(bool ready) {
   locked_switch sw;
   sw->ready = ready;

@@ -81,6 +81,12 @@ bool read_counters(std::string_view interface_name, std::map<uint32_t, counter> 
 bool set_time_range(std::string_view name, uint32_t state);
 /* The time ranges that are defined, with their states. */
 std::map<std::string, uint32_t, std::less<>> time_ranges();
+/* Offers an address to an interface that obtains its own, or withdraws what is offered to it. False with the
+ * reason when that cannot be. */
+bool offer_lease(std::string_view interface_name, std::string_view prefix, std::string *error);
+bool withdraw_lease(std::string_view interface_name, std::string *error);
+/* One line per offer: interface and prefix. */
+std::string lease_list();
 /* What openapiSystemReadyStateGet answers. */
 void set_ready(bool ready);
 /* Overrides a limit by name (see model/limits.h). False for an unknown name or a value above the built-in. */

@@ -77,6 +77,8 @@ static std::string shown(const call_argument &argument) {
   switch (argument.what) {
   case call_argument::kind::number:
     return std::to_string(argument.number);
+  case call_argument::kind::number64:
+    return std::to_string(*static_cast<const int64_t *>(argument.pointer));
   case call_argument::kind::number_in:
   case call_argument::kind::number_out:
     return std::to_string(*static_cast<const uint32_t *>(argument.pointer));

@@ -6,9 +6,9 @@
  *     return vlan_next(model, vlanId, nextVlanId);
  *   });
  *
- * Numbers are inputs; pointers to numbers are outputs, or wrapped in number_in(); texts are wrapped in
- * text_in(), text_out() or secret(), addresses in address_in() or address_out(), other structures in input()
- * or output(). */
+ * Numbers are inputs, those of 64 bits wrapped in number64(); pointers to numbers are outputs, or wrapped in
+ * number_in(); texts are wrapped in text_in(), text_out() or secret(), addresses in address_in() or
+ * address_out(), other structures in input() or output(). */
 #ifndef KESTREL_SOFTSWITCH_API_CALL_H
 #define KESTREL_SOFTSWITCH_API_CALL_H
 
@@ -25,6 +25,7 @@ namespace softswitch {
 struct call_argument {
   enum class kind {
     number,
+    number64,
     number_in,
     number_out,
     text,
@@ -42,10 +43,14 @@ struct call_argument {
 
   kind what;
   uint32_t number = 0;
-  const void *pointer = nullptr; /* by kind: uint32_t, open_buffdesc, open_inet_addr_t, anything */
+  const void *pointer = nullptr; /* by kind: uint32_t, int64_t, open_buffdesc, open_inet_addr_t, anything */
   std::string (*describe)(const void *) = nullptr; /* other_in: gives what the trace shows */
 };
 
+/* A number of 64 bits going in. */
+inline call_argument number64(const int64_t &number) {
+  return {call_argument::kind::number64, &number};
+}
 /* A number going in that is pointed to. */
 inline call_argument number_in(const uint32_t *number) {
   return {call_argument::kind::number_in, number};
@@ -62,6 +67,9 @@ inline call_argument secret(const open_buffdesc *text) {
 }
 inline call_argument address_in(const open_inet_addr_t &address) {
   return {call_argument::kind::address, &address};
+}
+inline call_argument address_in(const open_inet_addr_t *address) {
+  return {call_argument::kind::address, address};
 }
 inline call_argument address_out(const open_inet_addr_t *address) {
   return {call_argument::kind::address_out, address};

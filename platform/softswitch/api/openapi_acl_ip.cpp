@@ -32,18 +32,11 @@ static open_error_t take_ipv4(const open_inet_addr_t &addr, const open_inet_addr
   return OPEN_E_NONE;
 }
 
-static open_inet_addr_t ipv4_address(uint32_t value) {
-  open_inet_addr_t address = {};
-  address.family = OPEN_AF_INET;
-  address.addr.ipv4 = value;
-  return address;
-}
-
 static open_error_t give_ipv4(const std::optional<acl_ipv4_match> &part, open_inet_addr_t *addr,
                               open_inet_addr_t *mask) {
   if (!part) return OPEN_E_NOT_FOUND;
-  *addr = ipv4_address(part->address);
-  *mask = ipv4_address(part->mask);
+  *addr = inet_ipv4(part->address);
+  *mask = inet_ipv4(part->mask);
   return OPEN_E_NONE;
 }
 

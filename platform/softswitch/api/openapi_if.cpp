@@ -83,10 +83,39 @@ open_error_t openapiIfNextChangedGet(openapiClientHandle_t *handle, uint32_t ifN
   });
 }
 
+open_error_t rpcclt_openapiIntfExistCheck(openapiClientHandle_t *handle, uint32_t ifNum) {
+  return api_call(__func__, handle, {ifNum},
+                  [&](switch_model &model) { return interface_check(model, ifNum); });
+}
+
+open_error_t rpcclt_openapiDot1LoopbackIdMaxGet(openapiClientHandle_t *handle, uint32_t *max) {
+  return api_call(__func__, handle, {max}, [&](switch_model &) {
+    *max = loopback_last - loopback_first;
+    return OPEN_E_NONE;
+  });
+}
+
+open_error_t rpcclt_openapiLoopbackIfNumGet(openapiClientHandle_t *handle, uint32_t loopbackId,
+                                            uint32_t *ifNum) {
+  return api_call(__func__, handle, {loopbackId, ifNum}, [&](switch_model &model) {
+    if (loopbackId > loopback_last - loopback_first) return OPEN_E_PARAM;
+    open_error_t rc = interface_check(model, loopback_first + loopbackId);
+    if (rc == OPEN_E_NONE) *ifNum = loopback_first + loopbackId;
+    return rc;
+  });
+}
+
 /* --- Names and addresses -------------------------------------------------------------------------------- */
 
 open_error_t openapiIfNameGet(openapiClientHandle_t *handle, uint32_t ifNum, open_buffdesc *name) {
   return read_text(__func__, handle, ifNum, name, interface_name);
+}
+
+open_error_t rpcclt_openapiIntfNameSizeGet(openapiClientHandle_t *handle, uint32_t *size) {
+  return api_call(__func__, handle, {size}, [&](switch_model &) {
+    *size = interface_name_size;
+    return OPEN_E_NONE;
+  });
 }
 
 open_error_t rpcclt_openapiIfMacAddrGet(openapiClientHandle_t *handle, uint32_t ifNum, open_buffdesc *mac) {

@@ -28,10 +28,7 @@ static std::string number_text(const uint8_t *bytes, size_t size) {
 }
 
 static std::string ip_text(const uint8_t *bytes, size_t) {
-  open_inet_addr_t address = {};
-  address.family = OPEN_AF_INET;
-  address.addr.ipv4 = number_at<uint32_t>(bytes);
-  return inet_address_text(address);
+  return inet_address_text(inet_ipv4(number_at<uint32_t>(bytes)));
 }
 
 static std::string hex_text(const uint8_t *bytes, size_t size) {

@@ -71,20 +71,13 @@ template <auto Member, auto First, auto Second> static bool get_pair(const acl_r
   return pair.has_value();
 }
 
-static open_inet_pfx_t ipv4_address(uint32_t value) {
-  open_inet_pfx_t address = {};
-  address.ipAddr.family = OPEN_AF_INET;
-  address.ipAddr.addr.ipv4 = value;
-  return address;
-}
-
 template <auto Member> static void set_ipv4(acl_rule *rule, values given) {
   rule->*Member = {given[0].prefix.ipAddr.addr.ipv4, given[1].prefix.ipAddr.addr.ipv4};
 }
 
 template <auto Member> static bool get_ipv4(const acl_rule &rule, value_list *list) {
   const std::optional<acl_ipv4_match> &match = rule.*Member;
-  if (match) *list = {ipv4_address(match->address), ipv4_address(match->mask)};
+  if (match) *list = {inet_ipv4(match->address), inet_ipv4(match->mask)};
   return match.has_value();
 }
 

@@ -14,13 +14,19 @@ static std::string conflict(const switch_model &model, uint32_t interface, const
   return inet_prefix_text(prefix) + " overlaps with a prefix of " + interface_name(model, other);
 }
 
+/* Says why an interface that exists was refused any address; passes the code on. */
+static open_error_t explain_interface(open_error_t rc, const switch_model &model, uint32_t interface,
+                                      std::string *error) {
+  if (rc == OPEN_E_NOT_FOUND) *error = interface_name(model, interface) + " cannot have IP addresses";
+  return rc;
+}
+
 /* Says why an address was refused to an interface; passes the code on. */
 static open_error_t explain(open_error_t rc, const switch_model &model, uint32_t interface,
                             const open_inet_pfx_t &prefix, std::string *error) {
   if (rc == OPEN_E_PARAM) *error = inet_prefix_text(prefix) + " is not the address of a host";
-  if (rc == OPEN_E_NOT_FOUND) *error = interface_name(model, interface) + " cannot have IP addresses";
   if (rc == OPEN_E_EXISTS) *error = conflict(model, interface, prefix);
-  return rc;
+  return explain_interface(rc, model, interface, error);
 }
 
 /* Says which address an interface does not have; passes the code on. */
@@ -36,6 +42,10 @@ static std::string room(const switch_model &model, uint32_t interface, uint32_t 
          " addresses only";
 }
 
+static std::string secondary_words(const switch_model &model, uint32_t interface) {
+  return interface_name(model, interface) + " has secondary addresses";
+}
+
 /* --- interface <interface> ip address <ip-prefix> ------------------------------------------------------- */
 
 open_error_t apply_primary_address(switch_model &model, std::span<const argument> arguments,
@@ -48,13 +58,35 @@ open_error_t apply_primary_address(switch_model &model, std::span<const argument
 open_error_t apply_no_primary_address(switch_model &model, std::span<const argument> arguments,
                                       std::string *error) {
   open_error_t rc = address_remove_primary(model, arguments[0].number);
-  if (rc == OPEN_E_FAIL) *error = interface_name(model, arguments[0].number) + " has secondary addresses";
+  if (rc == OPEN_E_FAIL) *error = secondary_words(model, arguments[0].number);
   return rc;
 }
 
 void print_primary_addresses(const config_printer &print) {
   for (const auto &[interface, addresses] : print.model.addresses->by_interface) {
     if (addresses.primary.ipAddr.family != OPEN_AF_NONE) print.line({interface, addresses.primary});
+  }
+}
+
+/* --- interface <interface> ip address dhcp -------------------------------------------------------------- */
+
+static open_error_t set_dhcp(switch_model &model, uint32_t interface, bool on, std::string *error) {
+  open_error_t rc = address_set_dhcp(model, interface, on);
+  if (rc == OPEN_E_FAIL) *error = secondary_words(model, interface);
+  return explain_interface(rc, model, interface, error);
+}
+
+open_error_t apply_dhcp(switch_model &model, std::span<const argument> arguments, std::string *error) {
+  return set_dhcp(model, arguments[0].number, true, error);
+}
+
+open_error_t apply_no_dhcp(switch_model &model, std::span<const argument> arguments, std::string *error) {
+  return set_dhcp(model, arguments[0].number, false, error);
+}
+
+void print_dhcp(const config_printer &print) {
+  for (const auto &[interface, addresses] : print.model.addresses->by_interface) {
+    if (addresses.dhcp) print.line({interface});
   }
 }
 
@@ -65,7 +97,7 @@ open_error_t apply_secondary_address(switch_model &model, std::span<const argume
   uint32_t interface = arguments[0].number;
   const open_inet_pfx_t &prefix = arguments[1].prefix;
   open_error_t rc = address_add_secondary(model, interface, prefix);
-  if (rc == OPEN_E_FAIL) *error = interface_name(model, interface) + " has no primary address";
+  if (rc == OPEN_E_FAIL) *error = interface_name(model, interface) + " has no given primary address";
   if (rc == OPEN_E_FULL) *error = room(model, interface, model.limits.secondary_addresses, "secondary");
   return explain(rc, model, interface, prefix, error);
 }
@@ -106,6 +138,29 @@ open_error_t apply_no_ipv6_address(switch_model &model, std::span<const argument
 void print_ipv6_addresses(const config_printer &print) {
   for (const auto &[interface, addresses] : print.model.addresses->by_interface) {
     for (const open_inet_pfx_t &prefix : addresses.ipv6) print.line({interface, prefix});
+  }
+}
+
+/* --- interface <interface> ipv6 address auto ------------------------------------------------------------ */
+
+static open_error_t set_autoconfiguration(switch_model &model, uint32_t interface, bool on,
+                                          std::string *error) {
+  return explain_interface(address_set_autoconfiguration(model, interface, on), model, interface, error);
+}
+
+open_error_t apply_autoconfiguration(switch_model &model, std::span<const argument> arguments,
+                                     std::string *error) {
+  return set_autoconfiguration(model, arguments[0].number, true, error);
+}
+
+open_error_t apply_no_autoconfiguration(switch_model &model, std::span<const argument> arguments,
+                                        std::string *error) {
+  return set_autoconfiguration(model, arguments[0].number, false, error);
+}
+
+void print_autoconfiguration(const config_printer &print) {
+  for (const auto &[interface, addresses] : print.model.addresses->by_interface) {
+    if (addresses.autoconfiguration) print.line({interface});
   }
 }
 

@@ -5,7 +5,6 @@
 #include "platform/softswitch/model/text.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace softswitch {
 
@@ -14,17 +13,8 @@ static constexpr size_t ranges_per_line = 8;
 
 /* --- Numbers -------------------------------------------------------------------------------------------- */
 
-/* Decimal digits alone, no sign, no leading zero. A number too large for 32 bits reads as the largest. */
-static bool read_number(std::string_view text, uint32_t *number) {
-  bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-  if (!digits || (text.size() > 1 && text[0] == '0')) return false;
-  if (std::from_chars(text.data(), text.data() + text.size(), *number).ec != std::errc())
-    *number = UINT32_MAX;
-  return true;
-}
-
 static bool read_vlan_id(std::string_view text, uint32_t *id, std::string *error) {
-  if (!read_number(text, id)) {
+  if (!decimal_read(text, id)) {
     *error = "\"" + std::string(text) + "\" is not a VLAN id";
     return false;
   }
@@ -43,7 +33,7 @@ static bool read_vlan(const switch_model &, const token &from, argument *into, s
 
 /* Any number of 32 bits; which are good is for the setting to say. */
 static bool read_plain_number(const switch_model &, const token &from, argument *into, std::string *error) {
-  if (!read_number(from.text, &into->number)) {
+  if (!decimal_read(from.text, &into->number)) {
     *error = "\"" + from.text + "\" is not a number";
     return false;
   }
@@ -141,7 +131,7 @@ static std::string print_interface(const switch_model &model, const argument &fr
 }
 
 static bool read_port_channel(const switch_model &, const token &from, argument *into, std::string *error) {
-  if (!read_number(from.text, &into->number)) {
+  if (!decimal_read(from.text, &into->number)) {
     *error = "\"" + from.text + "\" is not a port-channel id";
     return false;
   }
@@ -207,20 +197,19 @@ static std::string print_address(const switch_model &, const argument &from) {
   return inet_address_text(from.prefix.ipAddr);
 }
 
+static bool check_prefix_length(uint32_t length, uint32_t shortest, uint32_t bits, std::string *error) {
+  if (length >= shortest && length <= bits) return true;
+  *error = "prefix length out of range " + std::to_string(shortest) + ".." + std::to_string(bits);
+  return false;
+}
+
 /* Reads an address of a family with a prefix of 1 to `bits` bits. */
 static bool read_prefix(const std::string &text, OPEN_AF_t family, uint32_t bits, open_inet_pfx_t *prefix,
                         std::string *error) {
-  size_t slash = text.find('/');
-  bool good = slash != std::string::npos && inet_address_read(text.substr(0, slash), &prefix->ipAddr) &&
-              prefix->ipAddr.family == family &&
-              read_number(std::string_view(text).substr(slash + 1), &prefix->pfxLen);
-  if (!good) {
-    const char *kind = family == OPEN_AF_INET ? "IPv4" : "IPv6";
-    *error = "\"" + text + "\" is not an " + kind + " address with a prefix length";
-    return false;
-  }
-  if (prefix->pfxLen >= 1 && prefix->pfxLen <= bits) return true;
-  *error = "prefix length out of range 1.." + std::to_string(bits);
+  if (inet_prefix_read(text, prefix) && prefix->ipAddr.family == family)
+    return check_prefix_length(prefix->pfxLen, 1, bits, error);
+  const char *kind = family == OPEN_AF_INET ? "IPv4" : "IPv6";
+  *error = "\"" + text + "\" is not an " + kind + " address with a prefix length";
   return false;
 }
 
@@ -234,6 +223,40 @@ static bool read_ipv6_prefix(const switch_model &, const token &from, argument *
 
 static std::string print_prefix(const switch_model &, const argument &from) {
   return inet_prefix_text(from.prefix);
+}
+
+/* --- Networks and neighbors ----------------------------------------------------------------------------- */
+
+static bool read_network(const switch_model &, const token &from, argument *into, std::string *error) {
+  open_inet_pfx_t network = {};
+  if (!inet_prefix_read(from.text, &network)) {
+    *error = "\"" + from.text + "\" is not an IP address with a prefix length";
+    return false;
+  }
+  uint32_t bits = network.ipAddr.family == OPEN_AF_INET ? ipv4_bits : ipv6_bits;
+  if (!check_prefix_length(network.pfxLen, 0, bits, error)) return false;
+  into->prefix = inet_masked(network);
+  return true;
+}
+
+static std::string print_network(const switch_model &, const argument &from) {
+  return inet_prefix_text(inet_masked(from.prefix));
+}
+
+/* Reads an address with, maybe, the interface by which it is reached (RFC 4007 section 11): "fe80::1%0/3". */
+static bool read_neighbor(const switch_model &model, const token &from, argument *into, std::string *error) {
+  size_t percent = from.text.find('%');
+  if (!inet_address_read(from.text.substr(0, percent), &into->prefix.ipAddr)) {
+    *error = "\"" + from.text + "\" is not an IP address";
+    return false;
+  }
+  if (percent == std::string::npos) return true;
+  return read_interface(model, {from.text.substr(percent + 1)}, into, error);
+}
+
+static std::string print_neighbor(const switch_model &model, const argument &from) {
+  std::string text = inet_address_text(from.prefix.ipAddr);
+  return from.number == 0 ? text : quote_token(text + '%' + interface_name(model, from.number));
 }
 
 /* --- Speeds --------------------------------------------------------------------------------------------- */
@@ -302,6 +325,8 @@ static constexpr placeholder placeholders[] = {
     {"<hex-byte>", read_hex_byte, print_hex_byte},
     {"<ip-prefix>", read_ip_prefix, print_prefix},
     {"<ipv6-prefix>", read_ipv6_prefix, print_prefix},
+    {"<network>", read_network, print_network},
+    {"<neighbor>", read_neighbor, print_neighbor},
     {"<text>", read_text, print_text},
     {"<number>", read_plain_number, print_number},
     {"<speed>", read_speed, print_speed},

@@ -26,6 +26,8 @@ using id_list = std::vector<uint32_t>;
  *   <ip>, <ipv6>  prefix: its address, of the family
  *   <hex-byte>    number
  *   <ip-prefix>, <ipv6-prefix>  prefix, of the family
+ *   <network>     prefix: of either family, masked
+ *   <neighbor>    prefix: its address, of either family; number: the interface behind "%", or 0
  *   <text>        text
  *   <number>      number
  *   <speed>       number: OPEN_IF_SPEED_t
@@ -38,6 +40,8 @@ struct argument {
   argument(id_list value) : list(std::move(value)) {}
   argument(const mac_address &value) : mac(value) {}
   argument(const open_inet_pfx_t &value) : prefix(value) {}
+  argument(const open_inet_addr_t &value) : prefix{value, 0, 0} {}
+  argument(const bgp_peer_id &value) : number(value.scope), prefix{value.address, 0, 0} {}
 
   uint32_t number = 0;
   std::string text;

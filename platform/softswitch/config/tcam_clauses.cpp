@@ -69,15 +69,8 @@ template <auto Member, auto Mask> static void set_ip(policy_clauses *line, argum
   line->policy.*Mask = arguments[1].prefix.ipAddr.addr.ipv4;
 }
 
-static open_inet_pfx_t ip(uint32_t address) {
-  open_inet_pfx_t prefix = {};
-  prefix.ipAddr.family = OPEN_AF_INET;
-  prefix.ipAddr.addr.ipv4 = address;
-  return prefix;
-}
-
 template <auto Member, auto Mask> static bool get_ip(const policy_clauses &line, arguments_out arguments) {
-  *arguments = {ip(line.policy.*Member), ip(line.policy.*Mask)};
+  *arguments = {inet_ipv4(line.policy.*Member), inet_ipv4(line.policy.*Mask)};
   return line.policy.*Member != 0 || line.policy.*Mask != 0;
 }
 

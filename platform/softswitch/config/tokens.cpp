@@ -82,7 +82,7 @@ bool split_line(std::string_view line, std::vector<token> *tokens, std::string *
 static bool is_plain(char byte) {
   bool letter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
   return letter || (byte >= '0' && byte <= '9') ||
-         std::string_view("._/:,+-").find(byte) != std::string_view::npos;
+         std::string_view("._/:,+-%").find(byte) != std::string_view::npos;
 }
 
 std::string quote_token(std::string_view text) {

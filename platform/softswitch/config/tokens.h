@@ -22,7 +22,7 @@ struct token {
 /* Splits a line. False with the reason for a line too long, a control character or a wrong quote. */
 bool split_line(std::string_view line, std::vector<token> *tokens, std::string *error);
 
-/* A text as a token: in quotes when it holds anything but letters, digits and . _ / : , + - */
+/* A text as a token: in quotes when it holds anything but letters, digits and . _ / : , + - % */
 std::string quote_token(std::string_view text);
 
 } // namespace softswitch

@@ -2,9 +2,11 @@
  * they get their words. */
 #include "platform/softswitch/config/vlan_lines.h"
 
+#include "platform/softswitch/config/vxlan_lines.h"
+
 namespace softswitch {
 
-static std::string vlan_words(uint32_t id) {
+std::string vlan_words(uint32_t id) {
   return "VLAN " + std::to_string(id);
 }
 
@@ -49,12 +51,18 @@ open_error_t apply_vlans(switch_model &model, std::span<const argument> argument
   return OPEN_E_NONE;
 }
 
+/* Why a VLAN that exists cannot be deleted. */
+static std::string use_words(const switch_model &model, uint32_t id) {
+  if (id == 1) return vlan_words(id) + " cannot be deleted";
+  uint32_t tenant = vxlan_tenant_of_vlan(model, id);
+  return tenant != 0 ? tenant_binding_words(id, tenant) : vlan_words(id) + " has a routing interface";
+}
+
 open_error_t apply_no_vlans(switch_model &model, std::span<const argument> arguments, std::string *error) {
   for (uint32_t id : arguments[0].list) {
     open_error_t rc = vlan_delete(model, id);
     if (rc == OPEN_E_NONE) continue;
-    if (rc == OPEN_E_FAIL)
-      *error = vlan_words(id) + (id == 1 ? " cannot be deleted" : " has a routing interface");
+    if (rc == OPEN_E_FAIL) *error = use_words(model, id);
     return explain_vlan(rc, id, error);
   }
   return OPEN_E_NONE;

@@ -7,6 +7,8 @@
 
 namespace softswitch {
 
+/* "VLAN 10" */
+std::string vlan_words(uint32_t id);
 /* Says why something was refused for its VLAN, which does not exist; passes the code on. For lines of other
  * families that name a VLAN, too. */
 open_error_t explain_vlan(open_error_t rc, uint32_t id, std::string *error);

@@ -1,6 +1,8 @@
 /* IPv4 and IPv6 addresses; see inet_address.h. */
 #include "platform/softswitch/model/inet_address.h"
 
+#include "platform/softswitch/model/text.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <string.h>
@@ -16,6 +18,13 @@ std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address) {
     memcpy(bytes.data(), &ipv4, sizeof ipv4);
   }
   return bytes;
+}
+
+open_inet_addr_t inet_ipv4(uint32_t address) {
+  open_inet_addr_t result = {};
+  result.family = OPEN_AF_INET;
+  result.addr.ipv4 = address;
+  return result;
 }
 
 /* --- Text ----------------------------------------------------------------------------------------------- */
@@ -35,6 +44,12 @@ bool inet_address_read(const std::string &text, open_inet_addr_t *address) {
   return true;
 }
 
+bool inet_prefix_read(const std::string &text, open_inet_pfx_t *prefix) {
+  size_t slash = text.find('/');
+  return slash != std::string::npos && inet_address_read(text.substr(0, slash), &prefix->ipAddr) &&
+         decimal_read(std::string_view(text).substr(slash + 1), &prefix->pfxLen);
+}
+
 std::string inet_address_text(const open_inet_addr_t &address) {
   char text[INET6_ADDRSTRLEN] = "";
   int family = address.family == OPEN_AF_INET6 ? AF_INET6 : AF_INET;
@@ -52,12 +67,34 @@ bool inet_same_address(const open_inet_pfx_t &one, const open_inet_pfx_t &other)
   return one.ipAddr.family == other.ipAddr.family && inet_bytes(one.ipAddr) == inet_bytes(other.ipAddr);
 }
 
+bool inet_same_prefix(const open_inet_pfx_t &one, const open_inet_pfx_t &other) {
+  return inet_same_address(one, other) && one.pfxLen == other.pfxLen;
+}
+
 bool inet_overlap(const open_inet_pfx_t &one, const open_inet_pfx_t &other) {
   if (one.ipAddr.family != other.ipAddr.family) return false;
   auto bytes = inet_bytes(one.ipAddr), other_bytes = inet_bytes(other.ipAddr);
   uint32_t bits = std::min(one.pfxLen, other.pfxLen), whole = bits / 8, rest = bits % 8;
   if (memcmp(bytes.data(), other_bytes.data(), whole) != 0) return false;
   return rest == 0 || (bytes[whole] ^ other_bytes[whole]) >> (8 - rest) == 0;
+}
+
+bool inet_conflict(const open_inet_pfx_t &one, const open_inet_pfx_t &other) {
+  return !inet_link_local(one.ipAddr) && !inet_link_local(other.ipAddr) && inet_overlap(one, other);
+}
+
+open_inet_pfx_t inet_masked(const open_inet_pfx_t &prefix) {
+  open_inet_pfx_t masked = prefix;
+  uint32_t bits = prefix.pfxLen;
+  if (prefix.ipAddr.family != OPEN_AF_INET6) {
+    masked.ipAddr.addr.ipv4 &= bits == 0 ? 0 : UINT32_MAX << (ipv4_bits - bits);
+    return masked;
+  }
+  uint8_t *bytes = masked.ipAddr.addr.ipv6.addr8;
+  uint32_t whole = bits / 8;
+  for (uint32_t index = whole; index < 16; index++)
+    bytes[index] &= static_cast<uint8_t>(index == whole ? 0xff00 >> bits % 8 : 0);
+  return masked;
 }
 
 /* --- Kinds of addresses --------------------------------------------------------------------------------- */
@@ -95,6 +132,15 @@ bool inet_is_host(const open_inet_pfx_t &prefix) {
     return length >= 1 && length <= ipv6_bits && is_ipv6_host(prefix.ipAddr.addr.ipv6);
   }
   return false;
+}
+
+/* --- Interface identifiers ------------------------------------------------------------------------------ */
+
+void inet_set_interface_id(open_inet_addr_t *address, const mac_address &mac) {
+  const uint8_t universal = 0x02; /* the bit that says so; it is inverted */
+  const uint8_t id[8] = {
+      static_cast<uint8_t>(mac[0] ^ universal), mac[1], mac[2], 0xff, 0xfe, mac[3], mac[4], mac[5]};
+  memcpy(address->addr.ipv6.addr8 + 8, id, sizeof id);
 }
 
 } // namespace softswitch

@@ -60,7 +60,10 @@ void interfaces_reset(switch_model &model) {
   for (uint32_t number = port_first; number <= interface_last; number++) {
     interface_entry &entry = table->at[number];
     if (!entry.exists && !in_range(number, OPEN_INTF_TYPE_LAG)) continue;
-    if (in_range(number, OPEN_INTF_TYPE_VLAN_RTR)) counters_forget(model, number);
+    if (in_range(number, OPEN_INTF_TYPE_VLAN_RTR)) {
+      counters_forget(model, number);
+      lease_withdraw(model, number);
+    }
     entry = factory_interface(model, number);
     entry.changed = change;
   }
@@ -136,12 +139,17 @@ interface_entry *interface_edit(switch_model &model, uint32_t number) {
   return entry;
 }
 
+bool interface_in_use(const switch_model &model, uint32_t number) {
+  return acl_with_target(model, number) || tcam_policy_redirecting_to(model, number) != 0;
+}
+
 void interface_remove(switch_model &model, uint32_t number) {
   vlans_forget_interface(model, number);
   mac_locks_forget(model, number);
   acl_unbind_all(model, acl_place::interface, number);
   tcam_forget_interface(model, number);
   addresses_forget(model, number);
+  lease_withdraw(model, number);
   counters_forget(model, number);
   interface_entry *entry = interface_edit(model, number);
   uint64_t change = entry->changed;
@@ -188,27 +196,37 @@ uint32_t interface_of_vlan(const switch_model &model, uint32_t vlan) {
 }
 
 open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uint32_t *number) {
+  uint32_t free = vlan_routing_first;
+  while (free < vlan_routing_last && interface_exists(model, free)) free++;
+  open_error_t rc = interface_make_vlan_routing_as(model, vlan, free);
+  if (rc == OPEN_E_NONE) *number = free;
+  return rc;
+}
+
+static bool vlan_routing_full(const switch_model &model) {
+  uint32_t existing = 0;
+  for (uint32_t number = vlan_routing_first; number <= vlan_routing_last; number++)
+    existing += interface_exists(model, number) ? 1 : 0;
+  return existing >= model.limits.vlan_routing_interfaces;
+}
+
+open_error_t interface_make_vlan_routing_as(switch_model &model, uint32_t vlan, uint32_t number) {
+  if (!in_range(number, OPEN_INTF_TYPE_VLAN_RTR)) return OPEN_E_PARAM;
   if (!vlan_exists(model, vlan)) return OPEN_E_NOT_FOUND;
   if (interface_of_vlan(model, vlan) != 0) return OPEN_E_EXISTS;
-  uint32_t free = 0, existing = 0;
-  for (uint32_t candidate = vlan_routing_last; candidate >= vlan_routing_first; candidate--) {
-    if (interface_exists(model, candidate)) {
-      existing++;
-    } else {
-      free = candidate;
-    }
-  }
-  if (existing >= model.limits.vlan_routing_interfaces) return OPEN_E_FULL;
-  interface_entry *entry = interface_edit(model, free);
+  if (vlan_routing_full(model)) return OPEN_E_FULL;
+  if (interface_exists(model, number)) return OPEN_E_EXISTS;
+  interface_entry *entry = interface_edit(model, number);
   entry->exists = true;
+  entry->routing = true;
   entry->routed_vlan = static_cast<uint16_t>(vlan);
-  *number = free;
   return OPEN_E_NONE;
 }
 
 open_error_t interface_remove_vlan_routing(switch_model &model, uint32_t vlan) {
   uint32_t number = interface_of_vlan(model, vlan);
   if (number == 0) return OPEN_E_NOT_FOUND;
+  if (interface_in_use(model, number)) return OPEN_E_FAIL;
   interface_remove(model, number);
   return OPEN_E_NONE;
 }

@@ -32,6 +32,7 @@ struct interface_entry {
   uint8_t accept_frames = OPEN_DOT1Q_ADMIT_ALL; /* ports and LAGs: OPEN_DOT1Q_ACCEPT_FRAME_TYPE_t */
   switchport_settings switchport;               /* ports and LAGs */
   uint16_t lag = 0;                             /* ports: number of the LAG that it is a member of, or 0 */
+  bool routing = false;                         /* ports, LAGs and VLAN routing interfaces: routing is on */
   uint16_t routed_vlan = 0;                     /* VLAN routing interfaces: the VLAN */
   uint64_t changed = 0;                         /* number of its latest change, its removal included */
 };
@@ -81,8 +82,11 @@ open_error_t interface_next(const switch_model &model, uint32_t type, uint32_t s
 
 /* An interface for changing, its change noted. The caller has checked that it exists. */
 interface_entry *interface_edit(switch_model &model, uint32_t number);
+/* Whether another family refers to an interface, so that it cannot be removed: a rule of an access list or a
+ * TCAM policy sends packets to it. */
+bool interface_in_use(const switch_model &model, uint32_t number);
 /* Removes an interface with all that any family keeps about it. The caller has checked that it exists and
- * that nothing else refers to it. */
+ * that it is not in use. */
 void interface_remove(switch_model &model, uint32_t number);
 
 /* The first interface above `after` with a pending change. OPEN_E_FAIL when there is none. */
@@ -102,7 +106,10 @@ void interface_set_link(switch_model &model, uint32_t number, bool up);
 /* Makes the routing interface of a VLAN, with the lowest free number.
  * OPEN_E_NOT_FOUND: no such VLAN. OPEN_E_EXISTS: it has one. OPEN_E_FULL: no room for another. */
 open_error_t interface_make_vlan_routing(switch_model &model, uint32_t vlan, uint32_t *number);
-/* Removes it with its addresses. OPEN_E_NOT_FOUND: the VLAN has none. */
+/* Makes it with this number. OPEN_E_PARAM: no number of VLAN routing interfaces. OPEN_E_EXISTS also: another
+ * VLAN's has this number. */
+open_error_t interface_make_vlan_routing_as(switch_model &model, uint32_t vlan, uint32_t number);
+/* Removes it with its addresses. OPEN_E_NOT_FOUND: the VLAN has none. OPEN_E_FAIL: it is in use. */
 open_error_t interface_remove_vlan_routing(switch_model &model, uint32_t vlan);
 /* The routing interface of a VLAN; 0 when it has none. */
 uint32_t interface_of_vlan(const switch_model &model, uint32_t vlan);

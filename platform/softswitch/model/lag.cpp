@@ -33,7 +33,7 @@ open_error_t lag_create(switch_model &model, uint32_t number) {
 open_error_t lag_delete(switch_model &model, uint32_t number) {
   open_error_t rc = lag_check(model, number);
   if (rc != OPEN_E_NONE) return rc;
-  if (acl_with_target(model, number) || tcam_policy_redirecting_to(model, number) != 0) return OPEN_E_FAIL;
+  if (interface_in_use(model, number)) return OPEN_E_FAIL;
   for (uint32_t port : lag_members(model, number)) lag_remove_port(model, number, port);
   interface_remove(model, number);
   return OPEN_E_NONE;

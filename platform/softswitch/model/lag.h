@@ -36,8 +36,8 @@ open_error_t lag_and_port_check(const switch_model &model, uint32_t number, uint
 
 /* Makes a LAG that was deleted, in factory state. OPEN_E_EXISTS: exists already. */
 open_error_t lag_create(switch_model &model, uint32_t number);
-/* Deletes a LAG with all its settings; its members leave it. OPEN_E_FAIL: a rule of an access list mirrors or
- * redirects to it, or a TCAM policy redirects to it. */
+/* Deletes a LAG with all its settings; its members leave it. OPEN_E_FAIL: it is in use (interface_in_use()).
+ */
 open_error_t lag_delete(switch_model &model, uint32_t number);
 
 /* --- Members -------------------------------------------------------------------------------------------- */

@@ -26,9 +26,20 @@ inline constexpr uint32_t interface_last = vlan_routing_last;
 inline constexpr uint32_t vlan_id_min = 1;
 inline constexpr uint32_t vlan_id_max = 4094;      /* IEEE 802.1Q: 0 and 4095 are reserved */
 inline constexpr uint32_t vlan_name_size = 32 + 1; /* bytes of a buffer for a name, terminator included */
+/* The same for an interface's: "loopback0" is the longest, as VLANs end with "vlan4094" and the profile's
+ * ports with "0/999". */
+inline constexpr uint32_t interface_name_size = sizeof "loopback0";
 inline constexpr uint32_t mtu_min = 1518;
 inline constexpr uint32_t mtu_max = 12270;
-inline constexpr uint32_t description_max = 64; /* bytes of an interface's description */
+inline constexpr uint32_t description_max = 64;    /* bytes of an interface's description */
+inline constexpr uint32_t route_map_name_max = 31; /* bytes */
+inline constexpr uint32_t bgp_seconds_max = 65535; /* of hold and keepalive times */
+inline constexpr uint32_t bgp_hold_time_min = 3;   /* RFC 4271 section 4.2, if it is not 0 */
+inline constexpr uint32_t udp_port_max = 65535;
+inline constexpr uint32_t vxlan_factory_udp_port = 4789;  /* as IANA assigned it */
+inline constexpr uint32_t vxlan_tenant_id_max = 0xfffffe; /* from 1; of 24 bits, all ones are not used */
+inline constexpr uint32_t vxlan_group_min = 0xe0000100;   /* 224.0.1.0 */
+inline constexpr uint32_t vxlan_group_max = 0xefffffff;   /* 239.255.255.255 */
 
 /* --- Limits --------------------------------------------------------------------------------------------- */
 
@@ -40,11 +51,15 @@ struct limits {
   uint32_t lag_members = 32; /* of one LAG */
   uint32_t static_macs = 20; /* locked on one port or LAG */
   uint32_t acls = 100;
-  uint32_t acl_rules = 1023;           /* of one list */
-  uint32_t acl_bindings = 100;         /* of one interface or VLAN and direction */
-  uint32_t secondary_addresses = 31;   /* IPv4, of one interface */
-  uint32_t ipv6_addresses = 32;        /* of one interface */
-  uint32_t equal_cost_routes = 32;     /* to one destination */
+  uint32_t acl_rules = 1023;         /* of one list */
+  uint32_t acl_bindings = 100;       /* of one interface or VLAN and direction */
+  uint32_t secondary_addresses = 31; /* IPv4, of one interface */
+  uint32_t ipv6_addresses = 32;      /* of one interface */
+  uint32_t equal_cost_routes = 32;   /* to one destination */
+  uint32_t bgp_peers = 128;
+  uint32_t bgp_networks = 64; /* that BGP originates */
+  uint32_t vxlan_tenants = 1024;
+  uint32_t remote_vteps = 128;
   uint32_t settle_milliseconds = 250;  /* how long a change may be followed by others before it is taken */
   uint32_t journal_bytes = 256 * 1024; /* the journal is compacted when it exceeds this */
 

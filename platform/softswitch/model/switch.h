@@ -9,16 +9,20 @@
 #include "platform/api/openapi_common.h"
 #include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
+#include "platform/softswitch/model/bgp.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/lag.h"
+#include "platform/softswitch/model/leases.h"
 #include "platform/softswitch/model/limits.h"
 #include "platform/softswitch/model/mac_locking.h"
+#include "platform/softswitch/model/routing.h"
 #include "platform/softswitch/model/shared_table.h"
 #include "platform/softswitch/model/switchport.h"
 #include "platform/softswitch/model/tcam.h"
 #include "platform/softswitch/model/time_ranges.h"
 #include "platform/softswitch/model/vlan.h"
+#include "platform/softswitch/model/vxlan.h"
 #include "platform/softswitch/services/profile.h"
 
 #include <memory>
@@ -41,7 +45,11 @@ struct switch_model {
   shared_table<acl_table> acls;
   shared_table<tcam_table> tcam;
   shared_table<time_range_table> time_ranges;
+  shared_table<routing_table> routing;
   shared_table<address_table> addresses;
+  shared_table<lease_table> leases;
+  shared_table<bgp_table> bgp;
+  shared_table<vxlan_table> vxlan;
   shared_table<counter_table> counters;
 };
 
@@ -49,7 +57,7 @@ struct switch_model {
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, time ranges, counters (save of interfaces that go), readiness. */
+ * cables, time ranges, counters and leases (save of interfaces that go), readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */

@@ -16,6 +16,16 @@ inline bool has_control_character(std::string_view text) {
                      [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; });
 }
 
+/* Reads decimal digits alone, no sign, no leading zero; false for anything else. A number too large for 32
+ * bits reads as the largest. */
+inline bool decimal_read(std::string_view text, uint32_t *number) {
+  bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+  if (!digits || (text.size() > 1 && text[0] == '0')) return false;
+  if (std::from_chars(text.data(), text.data() + text.size(), *number).ec != std::errc())
+    *number = UINT32_MAX;
+  return true;
+}
+
 /* Reads two hexadecimal digits of any case; false for anything else. */
 inline bool hex_byte_read(std::string_view text, uint32_t *byte) {
   if (text.size() != 2) return false;

@@ -110,7 +110,8 @@ static void release_interfaces(switch_model &model, const vlan_entry &vlan) {
 open_error_t vlan_delete(switch_model &model, uint32_t id) {
   open_error_t rc = vlan_check(model, id);
   if (rc != OPEN_E_NONE) return rc;
-  if (id == 1 || interface_of_vlan(model, id) != 0) return OPEN_E_FAIL;
+  bool in_use = interface_of_vlan(model, id) != 0 || vxlan_tenant_of_vlan(model, id) != 0;
+  if (id == 1 || in_use) return OPEN_E_FAIL;
   vlan_entry *vlan = vlan_edit(model, id);
   vlan->exists = false;
   model.vlans.edit()->existing--;

@@ -58,7 +58,8 @@ open_error_t vlan_check(const switch_model &model, uint32_t id);
 open_error_t vlan_create(switch_model &model, uint32_t id);
 /* Deletes a VLAN. Interfaces whose port VLAN id, access VLAN or native VLAN it was fall back to VLAN 1; MAC
  * addresses locked in it are released, access lists bound to it no longer are.
- * OPEN_E_PARAM: outside 1..4094. OPEN_E_FAIL: VLAN 1, or a VLAN with a routing interface. */
+ * OPEN_E_PARAM: outside 1..4094. OPEN_E_FAIL: VLAN 1, or a VLAN with a routing interface or a VXLAN tenant.
+ */
 open_error_t vlan_delete(switch_model &model, uint32_t id);
 
 /* An existing VLAN for changing, its change noted. */

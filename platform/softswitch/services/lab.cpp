@@ -173,6 +173,16 @@ static lab_outcome list_time_ranges(const command_row &, const arguments &) {
   return done(std::move(text));
 }
 
+static lab_outcome change_lease(const command_row &, const arguments &given) {
+  std::string error;
+  bool good = given[1] == "none" ? withdraw_lease(given[0], &error) : offer_lease(given[0], given[1], &error);
+  return good ? done() : refused(error);
+}
+
+static lab_outcome list_leases(const command_row &, const arguments &) {
+  return done(lease_list());
+}
+
 static lab_outcome change_ready(const command_row &row, const arguments &given) {
   bool ready;
   if (!choice_from_text(given[0], "yes", "no", &ready)) return misused(row);
@@ -230,6 +240,9 @@ static const command_row commands[] = {
     {"time-range list", "", 0, 0, "list the time ranges that are defined: name, state", list_time_ranges},
     {"time-range", "NAME active|inactive|none", 2, 2, "define a time range with its state, or no longer",
      change_time_range},
+    {"lease list", "", 0, 0, "list what is offered: interface, prefix", list_leases},
+    {"lease", "INTERFACE PREFIX|none", 2, 2,
+     "offer an address to an interface that obtains its own, or withdraw what is offered", change_lease},
     {"ready", "yes|no", 1, 1, "whether the switch says that it has come up", change_ready},
     {"limit", "NAME VALUE", 2, 2, "lower a limit of the switch, to see its table full", change_limit},
     {"log", "LEVEL", 1, 1, "lines this severe go to the console: emergency ... debug, or 0 to 7", change_log},
