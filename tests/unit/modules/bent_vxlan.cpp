@@ -5,9 +5,11 @@
 #include "tests/unit/modules/recorded_calls.h"
 
 template <typename... Numbers> static void record_numbers(const char *function, Numbers... numbers) {
-  std::string arguments;
-  ((arguments += (arguments.empty() ? "" : " ") + std::to_string(numbers)), ...);
-  record_call(function, arguments);
+  if constexpr (sizeof...(numbers) == 0) {
+    record_call(function, "");
+  } else {
+    record_call(function, written(numbers...));
+  }
 }
 
 /* A function that puts one number out, and one that puts none out. */

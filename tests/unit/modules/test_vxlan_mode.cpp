@@ -92,7 +92,7 @@ TEST_F(VxlanTest, ModeIsChangedOnlyThroughOff) {
       {OFF, "value=2147483647", refused("Invalid mode."), OFF, NO_CALLS},
       {OFF, "value=unicast", done, OFF, CLEAR_BOTH},
       {OFF, "value=1x", done, UNICAST, SET_UNICAST},
-      {OFF, "value=+02", done, OFF, CLEAR_BOTH}, /* the plus sign is a blank, and 02 with it */
+      {OFF, "value=+02", done, MULTICAST, SET_MULTICAST}, /* the plus sign is a blank */
       {UNICAST, "", missing, UNICAST, NO_CALLS},
       {UNICAST, "value=", missing, UNICAST, NO_CALLS},
       {UNICAST, "value=0", done, OFF, CLEAR_UNICAST},
