@@ -166,6 +166,16 @@ TEST_F(VxlanGroupTest, RemoteVtepIsListedOnceAndRemovedOnce) {
   EXPECT_EQ(unicast(), expected_unicast({"10.0.0.2"}));
 }
 
+TEST_F(VxlanGroupTest, NoMoreRemoteVtepsAreListedThanThereMayBe) {
+  lower_limit("remote-vteps", 2);
+  begin(UNICAST);
+  EXPECT_EQ(serve("PUT", "/vxlan/1/unicastGroup", "value=10.0.0.3"), expected_platform_error(OPEN_E_FULL));
+  remove_vtep("10.0.0.1");
+  add_vtep("10.0.0.3");
+  EXPECT_EQ(unicast(), expected_unicast({"10.0.0.2", "10.0.0.3"}));
+  lower_limit("remote-vteps", 128);
+}
+
 TEST_F(VxlanGroupTest, RemoteVtepToRemoveMustBeGiven) {
   begin(UNICAST);
   EXPECT_EQ(serve("DELETE", "/vxlan/1/unicastGroup"), expected_platform_error(OPEN_E_PARAM));

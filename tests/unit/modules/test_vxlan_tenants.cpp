@@ -97,6 +97,18 @@ TEST_F(VxlanTenantTest, NoTenantIsMadeForAVlanThatHasOne) {
   }
 }
 
+TEST_F(VxlanTenantTest, NoMoreTenantsAreMadeThanThereMayBe) {
+  lower_limit("vxlan-tenants", 2);
+  for (tunnel_mode mode : {UNICAST, MULTICAST}) {
+    begin(mode);
+    EXPECT_EQ(serve("POST", "/vxlan/1/tenant/7/vlan/30"), expected_platform_error(OPEN_E_FULL));
+    EXPECT_EQ(get("/vxlan/1/tenant"), expected_tenants({{5, 10}, {6, 20}}));
+    once("DELETE", "/vxlan/1/tenant/5/vlan/10");
+    expect_done("POST", "/vxlan/1/tenant/7/vlan/30", "", "Create VxLAN tenant 7 successfully.");
+  }
+  lower_limit("vxlan-tenants", 1024);
+}
+
 /* --- Making: refusals in the order of their checks --------------------------------------------------------
  */
 
