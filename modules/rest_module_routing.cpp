@@ -166,7 +166,7 @@ static int delete_ip_address(openapiClientHandle_t *client_handle, mg_connection
   if (rc == OPEN_E_ERROR && obtained(request))
     return refuse(conn, 1,
                   "Operation failed. The interface is assigned an IP address by manual configuration, or "
-                  "DHCP client has already been disabled");
+                  "DHCP client has already been disabled.");
   if (rc != OPEN_E_NONE) return fail(conn, rc, nullptr);
   if (obtained(request)) return succeed(conn, nullptr, "Disable the DHCP client on the interface.");
   return succeed(conn, nullptr, "Delete %s IP address (address: %s, prefix length: %u) successfully.",
