@@ -5,7 +5,7 @@ import random
 
 import harness
 from harness import DaemonTest
-from wire import Client, rest_reply
+from wire import REFUSED, Client, rest_reply
 
 FORMS = ("xml", "json")
 
@@ -59,6 +59,17 @@ class UriTest(DaemonTest):
         reply = self.session_in_use.ask(method, uri, f"format={self.form}", *variables, body=body)
         self.assertEqual(reply.raw, rest_reply(*outcome, data, self.form),
                          f"{method} {uri} {variables} {body}")
+
+    def put(self, uri, value, outcome):
+        self.check("PUT", uri, outcome, variables=(f"value={value}",))
+
+    def create_vlans(self, *vids):
+        for vid in vids:
+            self.check("POST", f"/vlans/{vid}", (0, f"Create VLAN {vid} successfully."))
+
+    def assert_missing_value_is_refused(self, method, uri, name="value", others=()):
+        for variables in ((), (f"{name}=",), (f"{name}={'1' * 256}",)):
+            self.check(method, uri, REFUSED, variables=(*variables, *others))
 
 
 class FlowTest(DaemonTest):
