@@ -209,6 +209,10 @@ RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr)
   return copy_text_by_enum(control_words, static_cast<int32_t>(controlEnum), out_controlStr);
 }
 
+node_t *append_tree_number(node_t *n1_ptr, const char *name, uint32_t value) {
+  return append_tree_int(n1_ptr, name, name, static_cast<int>(value));
+}
+
 node_t *append_tree_word(node_t *n1_ptr, const char *name, std::span<const enum_text> words, uint32_t value) {
   return append_tree_string(n1_ptr, name, name, find_text_by_enum(words, static_cast<int32_t>(value)));
 }

@@ -86,6 +86,8 @@ int fail(mg_connection *conn, open_error_t open_rlt, node_t *tree);
 RC_t get_open_error_string_by_eum(open_error_t errorEnum, char *out_errorStr);    /* up to 20 bytes */
 RC_t get_control_string_by_eum(OPEN_CONTROL_t controlEnum, char *out_controlStr); /* up to 8 bytes */
 
+/* An int leaf whose key and tag name are the same word. */
+node_t *append_tree_number(node_t *n1_ptr, const char *name, uint32_t value);
 /* A string leaf with the word that a table has for a platform value, empty when it has none. */
 node_t *append_tree_word(node_t *n1_ptr, const char *name, std::span<const enum_text> words, uint32_t value);
 /* The same for OPEN_CONTROL_t: "enable" or "disable". */

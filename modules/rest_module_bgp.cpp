@@ -266,10 +266,6 @@ int api_bgp_update_log_neighbor_changes(openapiClientHandle_t *client_handle, mg
                        "the log neighbor changes parameter");
 }
 
-static void append_int(node_t *tree, const char *name, uint32_t value) {
-  append_tree_int(tree, name, name, static_cast<int>(value));
-}
-
 int api_bgp_get_info(openapiClientHandle_t *client_handle, mg_connection *conn) {
   uint32_t hold = 0, keep_alive = 0, asn = 0, id = 0, preference = 0;
   OPEN_BOOL_t logs_changes = OPEN_FALSE;
@@ -285,11 +281,11 @@ int api_bgp_get_info(openapiClientHandle_t *client_handle, mg_connection *conn) 
   convert_ipv4_with_uint32_to_ip_string(id, router_id);
   node_t *tree = new_tree();
   node_t *information = append_branch(tree, "infomation");
-  append_int(information, "hold_time", hold);
-  append_int(information, "keep_alive_time", keep_alive);
-  append_int(information, "local_AS_number", asn);
+  append_tree_number(information, "hold_time", hold);
+  append_tree_number(information, "keep_alive_time", keep_alive);
+  append_tree_number(information, "local_AS_number", asn);
   append_tree_string(information, "local_router_id", "local_router_id", router_id);
-  append_int(information, "local_preference", preference);
+  append_tree_number(information, "local_preference", preference);
   append_tree_string(information, "log_neighbor_changes", "log_neighbor_changes",
                      logs_changes != OPEN_FALSE ? "Enable" : "Disable");
   return succeed(conn, tree, "Get data successfully.");
@@ -428,7 +424,7 @@ static open_error_t append_neighbor(openapiClientHandle_t *client_handle, OPEN_A
   open_error_t rc = rpcclt_openapiBgpPeerRemoteASGet(client_handle, &peer.address, peer.scopeId, &asn);
   if (rc != OPEN_E_NONE) return rc;
   append_tree_string(tree, "remote_address", "remote_address", peer.text);
-  append_int(tree, "remote_as", asn);
+  append_tree_number(tree, "remote_as", asn);
 
   if (family == OPEN_AF_INET6) rc = append_activate(client_handle, peer, tree);
   if (rc == OPEN_E_NONE)

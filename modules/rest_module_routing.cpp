@@ -251,14 +251,13 @@ static open_error_t append_vlan_interface(openapiClientHandle_t *client_handle, 
   node_t *interface = append_branch(tree, "vlan_routing_interface");
   append_tree_int(interface, "logical_interface_id", "logical_interface_id",
                   get_logical_id_by_vlan_routing_interface_num(client_handle, ifNum));
-  append_tree_int(interface, "vlan_routing_interface_num", "vlan_routing_interface_num",
-                  static_cast<int>(ifNum));
+  append_tree_number(interface, "vlan_routing_interface_num", ifNum);
   append_tree_string(interface, "vlan_routing_interface_name", "vlan_routing_interface_name", name.text());
 
   uint32_t vlanId = 0;
   rc = rpcclt_openapiRtrIntfVlanIdGet(client_handle, ifNum, &vlanId);
   if (rc != OPEN_E_NONE) return rc;
-  append_tree_int(interface, "vlan_id", "vlan_id", static_cast<int>(vlanId));
+  append_tree_number(interface, "vlan_id", vlanId);
   append_primary_ipv4(client_handle, ifNum, interface, "primary_ipv4_address");
   append_secondary_ipv4(client_handle, ifNum, interface, "secondary_ipv4_addresses");
   append_ipv6(client_handle, ifNum, interface);
@@ -276,8 +275,8 @@ int api_routing_get_vlan_interface_specified_id(openapiClientHandle_t *client_ha
 /* Lists an interface; `first` is the number of the first one of its kind. */
 static void append_listed_vlan_interface(openapiClientHandle_t *client_handle, uint32_t ifNum, uint32_t first,
                                          node_t *entry) {
-  append_tree_int(entry, "logical_interface_id", "logical_interface_id", static_cast<int>(ifNum - first + 1));
-  append_tree_int(entry, "vlan_routing_interface_num", "vlan_routing_interface_num", static_cast<int>(ifNum));
+  append_tree_number(entry, "logical_interface_id", ifNum - first + 1);
+  append_tree_number(entry, "vlan_routing_interface_num", ifNum);
   append_list_addresses(client_handle, ifNum, entry);
 }
 
@@ -311,7 +310,7 @@ int api_routing_get_interface_list(openapiClientHandle_t *client_handle, mg_conn
   for (; more; more = next_of_type(client_handle, OPEN_INTF_TYPE_PHY, &ifNum)) {
     if (listed == MAX_LIST_ENTRIES) return fail(conn, OPEN_E_INTERNAL, tree);
     node_t *entry = append_entry(list, ++listed, "interface");
-    append_tree_int(entry, "ifNum", "ifNum", static_cast<int>(ifNum));
+    append_tree_number(entry, "ifNum", ifNum);
     append_list_addresses(client_handle, ifNum, entry);
   }
   if (listed == 0) return refuse_with_tree(conn, 1, "Physical routing interface doesn't exist.", tree);

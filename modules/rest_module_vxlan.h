@@ -1,5 +1,11 @@
 /* VXLAN: /vxlan. The tunnel mode, the UDP port, the source interface, the tenants and their unicast and
- * multicast groups. Every URI names the VXLAN instance first; there is one, number 1. */
+ * multicast groups. Every URI names the VXLAN instance first; there is one, number 1. The module keeps no
+ * state: every operation asks the platform.
+ *
+ *   rest_module_vxlan.cpp          the routes; the mode, the UDP port and the source interface
+ *   rest_module_vxlan_tenants.cpp  tenants
+ *   rest_module_vxlan_groups.cpp   unicast and multicast groups
+ *   rest_module_vxlan_request.h    what all of these begin with */
 #ifndef KESTREL_MODULES_REST_MODULE_VXLAN_H
 #define KESTREL_MODULES_REST_MODULE_VXLAN_H
 

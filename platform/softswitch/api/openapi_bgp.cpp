@@ -127,7 +127,7 @@ static open_error_t get_peer_family(const char *function, openapiClientHandle_t 
                                     bool bgp_peer_family::*what, uint32_t *on) {
   return api_call(function, handle, {address_in(address), scope, family, on}, [&](switch_model &model) {
     const bgp_peer *peer;
-    if (!bgp_family_valid(family)) return OPEN_E_PARAM;
+    if (!inet_family_valid(family)) return OPEN_E_PARAM;
     open_error_t rc = find_peer(model, {*address, scope}, &peer);
     if (rc == OPEN_E_NONE) *on = peer->families[bgp_family_index(family)].*what;
     return rc;
@@ -141,7 +141,7 @@ static open_error_t set_peer_family(const char *function, openapiClientHandle_t 
   return api_call(function, handle, {address_in(address), scope, family, on}, [&](switch_model &model) {
     const bgp_peer *peer;
     bgp_peer_id id = {*address, scope};
-    if (!bgp_family_valid(family)) return OPEN_E_PARAM;
+    if (!inet_family_valid(family)) return OPEN_E_PARAM;
     open_error_t rc = find_peer(model, id, &peer);
     if (rc != OPEN_E_NONE) return rc;
     return commit(model, on == OPEN_FALSE ? off_pattern : on_pattern, {id, bgp_family_index(family)});
@@ -221,7 +221,7 @@ open_error_t rpcclt_openapiBgpRedistributionSet(openapiClientHandle_t *handle, O
                               family,    text_in(routeMap)};
   return api_call(__func__, handle, arguments, [&](switch_model &model) {
     uint32_t place;
-    if (!bgp_family_valid(family)) return OPEN_E_PARAM;
+    if (!inet_family_valid(family)) return OPEN_E_PARAM;
     if (!bgp_source_by_name(text_of(*source), &place)) return OPEN_E_NOT_FOUND;
     if (add == OPEN_FALSE)
       return commit(model, "no bgp redistribute ipv4|ipv6 connected|static|ospf|rip",

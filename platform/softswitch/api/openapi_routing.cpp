@@ -12,15 +12,11 @@ using namespace softswitch;
 /* Callers hand over prefixes as so many bytes. */
 static_assert(sizeof(open_inet_pfx_t) == 28);
 
-static bool is_family(uint32_t family) {
-  return family == OPEN_AF_INET || family == OPEN_AF_INET6;
-}
-
 /* --- The switch as a router ----------------------------------------------------------------------------- */
 
 open_error_t rpcclt_openapiRtrAdminModeGet(openapiClientHandle_t *handle, uint32_t family, uint32_t *mode) {
   return api_call(__func__, handle, {family, mode}, [&](switch_model &model) {
-    if (!is_family(family)) return OPEN_E_PARAM;
+    if (!inet_family_valid(family)) return OPEN_E_PARAM;
     *mode = routing_enabled(model, family);
     return OPEN_E_NONE;
   });
@@ -28,7 +24,7 @@ open_error_t rpcclt_openapiRtrAdminModeGet(openapiClientHandle_t *handle, uint32
 
 open_error_t rpcclt_openapiRtrAdminModeSet(openapiClientHandle_t *handle, uint32_t family, uint32_t mode) {
   return api_call(__func__, handle, {family, mode}, [&](switch_model &model) {
-    if (!is_family(family) || mode > OPEN_ENABLE) return OPEN_E_PARAM;
+    if (!inet_family_valid(family) || mode > OPEN_ENABLE) return OPEN_E_PARAM;
     if (family == OPEN_AF_INET)
       return commit(model, mode == OPEN_ENABLE ? "ip routing" : "no ip routing", {});
     return commit(model, mode == OPEN_ENABLE ? "ipv6 routing" : "no ipv6 routing", {});
@@ -238,7 +234,7 @@ static open_error_t get_next_ipv6(const switch_model &model, uint32_t interface,
 open_error_t rpcclt_openapiRtrIntfIpAddrGet(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
                                             open_inet_pfx_t *prefix) {
   return api_call(__func__, handle, {family, ifNum, output(prefix)}, [&](switch_model &model) {
-    if (!is_family(family)) return OPEN_E_PARAM;
+    if (!inet_family_valid(family)) return OPEN_E_PARAM;
     open_error_t rc = interface_check(model, ifNum);
     if (rc != OPEN_E_NONE) return rc;
     return family == OPEN_AF_INET ? get_primary(model, ifNum, prefix) : get_next_ipv6(model, ifNum, prefix);

@@ -114,7 +114,7 @@ static bgp_peer_id peer_of(std::span<const argument> arguments) {
   return {arguments[0].prefix.ipAddr, arguments[0].number};
 }
 
-std::string bgp_neighbor_words(const switch_model &model, const bgp_peer_id &id) {
+static std::string neighbor_words(const switch_model &model, const bgp_peer_id &id) {
   std::string words = "BGP neighbor " + inet_address_text(id.address);
   return id.scope == 0 ? words : words + '%' + interface_name(model, id.scope);
 }
@@ -122,7 +122,7 @@ std::string bgp_neighbor_words(const switch_model &model, const bgp_peer_id &id)
 /* Says which peer there is not; passes the code on. */
 static open_error_t explain_absence(open_error_t rc, const switch_model &model, const bgp_peer_id &id,
                                     std::string *error) {
-  if (rc == OPEN_E_NOT_FOUND) *error = "there is no " + bgp_neighbor_words(model, id);
+  if (rc == OPEN_E_NOT_FOUND) *error = "there is no " + neighbor_words(model, id);
   return rc;
 }
 

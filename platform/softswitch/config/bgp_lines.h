@@ -59,9 +59,6 @@ open_error_t apply_bgp_update_source(switch_model &, std::span<const argument>, 
 open_error_t apply_no_bgp_update_source(switch_model &, std::span<const argument>, std::string *error);
 void print_bgp_update_sources(const config_printer &);
 
-/* A peer as lines name it. */
-std::string bgp_neighbor_words(const switch_model &model, const bgp_peer_id &id);
-
 /* --- Redistribution ------------------------------------------------------------------------------------- */
 
 open_error_t apply_bgp_redistribute(switch_model &, std::span<const argument>, std::string *error);

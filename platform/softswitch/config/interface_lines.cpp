@@ -25,6 +25,13 @@ static void each_interface(const switch_model &model, Differs differs, Print pri
   }
 }
 
+std::string interface_use_words(const switch_model &model, uint32_t number) {
+  if (acl_with_target(model, number)) return " is the target of an access list's rule";
+  uint32_t policy = tcam_policy_redirecting_to(model, number);
+  if (policy != 0) return " is the target of TCAM policy " + std::to_string(policy);
+  return " is the VXLAN source interface";
+}
+
 /* --- interface <interface> shutdown --------------------------------------------------------------------- */
 
 static open_error_t set_shutdown(switch_model &model, std::span<const argument> arguments, uint32_t state,

@@ -7,6 +7,10 @@
 
 namespace softswitch {
 
+/* What keeps an interface in use (interface_in_use()) from being removed, as it follows the interface's name:
+ * " is the target of an access list's rule". */
+std::string interface_use_words(const switch_model &model, uint32_t number);
+
 open_error_t apply_shutdown(switch_model &, std::span<const argument>, std::string *error);
 open_error_t apply_no_shutdown(switch_model &, std::span<const argument>, std::string *error);
 void print_shutdown(const config_printer &);

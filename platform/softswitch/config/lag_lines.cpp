@@ -2,6 +2,8 @@
  * model/lag.h. */
 #include "platform/softswitch/config/lag_lines.h"
 
+#include "platform/softswitch/config/interface_lines.h"
+
 namespace softswitch {
 
 static std::string lag_words(uint32_t port_channel) {
@@ -16,18 +18,11 @@ open_error_t apply_lag(switch_model &model, std::span<const argument> arguments,
   return rc == OPEN_E_EXISTS ? OPEN_E_NONE : rc;
 }
 
-/* What keeps a LAG from being deleted. */
-static std::string use_words(const switch_model &model, uint32_t number) {
-  if (acl_with_target(model, number)) return " is the target of an access list's rule";
-  uint32_t policy = tcam_policy_redirecting_to(model, number);
-  return policy != 0 ? " is the target of TCAM policy " + std::to_string(policy) : " is in use";
-}
-
 open_error_t apply_no_lag(switch_model &model, std::span<const argument> arguments, std::string *error) {
   uint32_t number = lag_of_port_channel(arguments[0].number);
   open_error_t rc = lag_delete(model, number);
   if (rc == OPEN_E_NOT_FOUND) *error = lag_words(arguments[0].number) + " does not exist";
-  if (rc == OPEN_E_FAIL) *error = lag_words(arguments[0].number) + use_words(model, number);
+  if (rc == OPEN_E_FAIL) *error = lag_words(arguments[0].number) + interface_use_words(model, number);
   return rc;
 }
 

@@ -2,6 +2,7 @@
  * and model/interface.h; here they get their words. */
 #include "platform/softswitch/config/routing_lines.h"
 
+#include "platform/softswitch/config/interface_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
 
 namespace softswitch {
@@ -49,7 +50,10 @@ open_error_t apply_no_vlan_routing(switch_model &model, std::span<const argument
   uint32_t id = arguments[0].number;
   open_error_t rc = interface_remove_vlan_routing(model, id);
   if (rc == OPEN_E_NOT_FOUND) *error = vlan_words(id) + " has no routing interface";
-  if (rc == OPEN_E_FAIL) *error = interface_name(model, interface_of_vlan(model, id)) + " is in use";
+  if (rc == OPEN_E_FAIL) {
+    uint32_t number = interface_of_vlan(model, id);
+    *error = interface_name(model, number) + interface_use_words(model, number);
+  }
   return rc;
 }
 

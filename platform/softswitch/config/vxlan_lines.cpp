@@ -180,7 +180,7 @@ void print_tenants(const config_printer &print) {
 /* --- vxlan tenant <number> vlan <vlan> ------------------------------------------------------------------ */
 
 std::string tenant_binding_words(uint32_t vlan, uint32_t tenant) {
-  return "VLAN " + std::to_string(vlan) + " is bound to " + tenant_words(tenant);
+  return vlan_words(vlan) + " is bound to " + tenant_words(tenant);
 }
 
 open_error_t apply_tenant_vlan(switch_model &model, std::span<const argument> arguments, std::string *error) {
@@ -200,8 +200,7 @@ open_error_t apply_no_tenant_vlan(switch_model &model, std::span<const argument>
   open_error_t rc = check_tenant(model, id, error);
   if (rc != OPEN_E_NONE) return rc;
   rc = vxlan_tenant_unbind(model, id, vlan);
-  if (rc == OPEN_E_NOT_FOUND)
-    *error = "VLAN " + std::to_string(vlan) + " is not bound to " + tenant_words(id);
+  if (rc == OPEN_E_NOT_FOUND) *error = vlan_words(vlan) + " is not bound to " + tenant_words(id);
   return rc;
 }
 

@@ -36,10 +36,6 @@ void bgp_reset(switch_model &model) {
   *model.bgp.edit() = bgp_table();
 }
 
-bool bgp_family_valid(uint32_t family) {
-  return family == OPEN_AF_INET || family == OPEN_AF_INET6;
-}
-
 /* --- The speaker ---------------------------------------------------------------------------------------- */
 
 static bool is_good(bgp_setting setting, uint32_t value) {
@@ -85,7 +81,7 @@ static bool is_ipv6_network(const open_inet_addr_t &address) {
 }
 
 bool bgp_network_valid(const open_inet_pfx_t &network) {
-  if (!bgp_family_valid(network.ipAddr.family)) return false;
+  if (!inet_family_valid(network.ipAddr.family)) return false;
   bool ipv4 = network.ipAddr.family == OPEN_AF_INET;
   if (network.pfxLen > (ipv4 ? ipv4_bits : ipv6_bits)) return false;
   open_inet_addr_t address = inet_masked(network).ipAddr;
@@ -179,15 +175,11 @@ open_error_t bgp_set_update_source(switch_model &model, const bgp_peer_id &id, u
   return OPEN_E_NONE;
 }
 
-const bgp_peer_id *bgp_peer_using(const switch_model &model, uint32_t interface) {
-  for (const auto &[id, peer] : model.bgp->peers) {
-    if (id.scope == interface || peer.update_source == interface) return &id;
-  }
-  return nullptr;
-}
-
 bool bgp_uses_interface(const switch_model &model, uint32_t interface) {
-  return bgp_peer_using(model, interface) != nullptr;
+  const auto &peers = model.bgp->peers;
+  return std::any_of(peers.begin(), peers.end(), [&](const auto &entry) {
+    return entry.first.scope == interface || entry.second.update_source == interface;
+  });
 }
 
 /* --- Redistribution ------------------------------------------------------------------------------------- */

@@ -84,9 +84,7 @@ struct bgp_table {
 /* Returns everything to factory state. interfaces_reset() notes the change. */
 void bgp_reset(switch_model &model);
 
-/* Whether it is IPv4 or IPv6. */
-bool bgp_family_valid(uint32_t family);
-/* The place of a family that is valid in tables by family. */
+/* The place of IPv4 or IPv6 in tables by family. */
 inline uint32_t bgp_family_index(uint32_t family) {
   return family - OPEN_AF_INET;
 }
@@ -140,9 +138,7 @@ open_error_t bgp_set_peer_family(switch_model &model, const bgp_peer_id &id, uin
 /* Sets the update source; 0 for none. Otherwise answers as bgp_interface_check(). */
 open_error_t bgp_set_update_source(switch_model &model, const bgp_peer_id &id, uint32_t interface);
 
-/* A peer whose scope or update source this is, which keeps the interface from being removed; nullptr when
- * there is none. */
-const bgp_peer_id *bgp_peer_using(const switch_model &model, uint32_t interface);
+/* Whether this is the scope or update source of a peer, which keeps the interface from being removed. */
 bool bgp_uses_interface(const switch_model &model, uint32_t interface);
 
 /* --- Redistribution ------------------------------------------------------------------------------------- */

@@ -14,6 +14,11 @@ namespace softswitch {
 inline constexpr uint32_t ipv4_bits = 32;
 inline constexpr uint32_t ipv6_bits = 128;
 
+/* Whether a number is that of IPv4 or IPv6. */
+inline bool inet_family_valid(uint32_t family) {
+  return family == OPEN_AF_INET || family == OPEN_AF_INET6;
+}
+
 /* An address in network order, IPv4 in the first four bytes. */
 std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address);
 

@@ -140,7 +140,8 @@ interface_entry *interface_edit(switch_model &model, uint32_t number) {
 }
 
 bool interface_in_use(const switch_model &model, uint32_t number) {
-  return acl_with_target(model, number) || tcam_policy_redirecting_to(model, number) != 0;
+  return acl_with_target(model, number) || tcam_policy_redirecting_to(model, number) != 0 ||
+         bgp_uses_interface(model, number) || vxlan_uses_interface(model, number);
 }
 
 void interface_remove(switch_model &model, uint32_t number) {

@@ -83,7 +83,8 @@ open_error_t interface_next(const switch_model &model, uint32_t type, uint32_t s
 /* An interface for changing, its change noted. The caller has checked that it exists. */
 interface_entry *interface_edit(switch_model &model, uint32_t number);
 /* Whether another family refers to an interface, so that it cannot be removed: a rule of an access list or a
- * TCAM policy sends packets to it. */
+ * TCAM policy sends packets to it, it is the scope or update source of a BGP peer, or the source interface of
+ * VXLAN. */
 bool interface_in_use(const switch_model &model, uint32_t number);
 /* Removes an interface with all that any family keeps about it. The caller has checked that it exists and
  * that it is not in use. */

@@ -28,4 +28,8 @@ open_error_t call_library(const char *function, uint32_t *output, Arguments... a
   return rc;
 }
 
+/* Calls the library's function that reads a text, which can be bent. */
+open_error_t read_from_library(const char *function, openapiClientHandle_t *handle, uint32_t id,
+                               open_buffdesc *text);
+
 #endif

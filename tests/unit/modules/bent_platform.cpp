@@ -1,10 +1,10 @@
-/* Platform functions with bent outputs: see bent_platform.h. Those of access control lists: bent_acl.cpp. */
+/* Platform functions with bent outputs: see bent_platform.h. Those of access control lists:
+ * bent_acl.cpp; of routing: bent_routing.cpp; of BGP: recorded_bgp.cpp. */
 #include "tests/unit/modules/bent_platform.h"
 
 #include "platform/api/openapi_if.h"
 #include "platform/api/openapi_lag.h"
 #include "platform/api/openapi_pml.h"
-#include "platform/api/openapi_routing.h"
 #include "platform/api/openapi_tcam.h"
 #include "platform/api/openapi_vlan.h"
 #include "tests/unit/modules/bent_calls.h"
@@ -45,11 +45,10 @@ void bend_text(const std::string &name, open_buffdesc *text, uint32_t room) {
   text->size = 2 * room + 1;
 }
 
-/* A function that reads a text. */
-static open_error_t read_from_library(const char *function, openapiClientHandle_t *handle, uint32_t ifNum,
-                                      open_buffdesc *text) {
+open_error_t read_from_library(const char *function, openapiClientHandle_t *handle, uint32_t id,
+                               open_buffdesc *text) {
   uint32_t room = text->size;
-  open_error_t rc = library_call(function, handle, ifNum, text);
+  open_error_t rc = library_call(function, handle, id, text);
   bend_text(function, text, room);
   return rc;
 }
@@ -125,6 +124,15 @@ open_error_t rpcclt_openapiIfSwitchportModeGet(openapiClientHandle_t *handle, ui
   return call_library(__func__, mode, handle, ifNum, mode);
 }
 
+open_error_t rpcclt_openapiIfFirstGet(openapiClientHandle_t *handle, uint32_t type, uint32_t state,
+                                      uint32_t *ifNum) {
+  return call_library(__func__, ifNum, handle, type, state, ifNum);
+}
+
+open_error_t rpcclt_openapiIntfNameSizeGet(openapiClientHandle_t *handle, uint32_t *size) {
+  return call_library(__func__, size, handle, size);
+}
+
 open_error_t rpcclt_openapiIfNextGet(openapiClientHandle_t *handle, uint32_t type, uint32_t state,
                                      uint32_t ifNum, uint32_t *nextIfNum) {
   return call_library(__func__, nextIfNum, handle, type, state, ifNum, nextIfNum);
@@ -152,20 +160,6 @@ open_error_t rpcclt_openapiVlanNextGet(openapiClientHandle_t *handle, uint32_t v
 open_error_t openapiVlanNextChangedGet(openapiClientHandle_t *handle, uint32_t vlanId, uint32_t *nextVlanId,
                                        uint32_t *deletePending) {
   return call_library(__func__, nextVlanId, handle, vlanId, nextVlanId, deletePending);
-}
-
-open_error_t rpcclt_openapiRtrIntfIpAddrGet(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
-                                            open_inet_pfx_t *prefix) {
-  open_error_t rc = call_library(__func__, &prefix->pfxLen, handle, family, ifNum, prefix);
-  uint32_t bent_family = prefix->ipAddr.family;
-  bend("rpcclt_openapiRtrIntfIpAddrGet family", &bent_family);
-  prefix->ipAddr.family = bent_family;
-  return rc;
-}
-
-open_error_t rpcclt_openapiRtrIntfSecIpAddrGet(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
-                                               open_inet_pfx_t *prefix, uint32_t *index) {
-  return call_library(__func__, index, handle, family, ifNum, prefix, index);
 }
 
 open_error_t rpcclt_openapiLagPortChannelIdToIfNumZYL(openapiClientHandle_t *handle, uint32_t portChannelId,

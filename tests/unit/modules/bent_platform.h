@@ -7,8 +7,9 @@
 #include <string>
 
 /* While it lives, a number that a platform function puts out is `value`: which one say the lists in
- * bent_platform.cpp and bent_acl.cpp. Of a function that reads a text, `value` is a character with which the
- * whole buffer is filled, without a terminator. Reports a failure when the function was never called. */
+ * bent_platform.cpp, bent_acl.cpp, bent_routing.cpp and recorded_bgp.cpp. Of a function that reads a text,
+ * `value` is a character with which the whole buffer is filled, without a terminator. Reports a failure when
+ * the function was never called. */
 class bent_output {
 public:
   bent_output(const char *function, uint32_t value);

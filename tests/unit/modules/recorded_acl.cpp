@@ -3,28 +3,9 @@
 #include "tests/unit/modules/bent_calls.h"
 #include "tests/unit/modules/recorded_calls.h"
 
-#include <map>
-#include <string.h>
-
-static std::map<std::string, std::string> recorded;
-
-std::string recorded_arguments(const std::string &function) {
-  auto call = recorded.find(function);
-  return call == recorded.end() ? "" : call->second;
-}
-
-void forget_calls() {
-  recorded.clear();
-}
-
-static std::string written(const open_buffdesc *text) {
-  const char *characters = static_cast<const char *>(text->pstart);
-  return std::to_string(text->size) + ":" + std::string(characters, strnlen(characters, text->size));
-}
-
 static open_error_t record_texts(const char *function, openapiClientHandle_t *handle, uint32_t aclId,
                                  uint32_t ruleId, open_buffdesc *first, open_buffdesc *second) {
-  recorded[function] = written(first) + " " + written(second);
+  record_call(function, written(first, second));
   return library_call(function, handle, aclId, ruleId, first, second);
 }
 
@@ -48,13 +29,13 @@ open_error_t rpcclt_openapiAclRuleMatchTosAdd(openapiClientHandle_t *handle, uin
 open_error_t rpcclt_openapiAclRuleMatchMacVlanAdd(openapiClientHandle_t *handle, uint32_t aclId,
                                                   uint32_t ruleId, OPEN_ACL_VLAN_OPERATOR_t oper,
                                                   uint32_t first, uint32_t last) {
-  recorded[__func__] = std::to_string(oper) + " " + std::to_string(first) + " " + std::to_string(last);
+  record_call(__func__, written(oper, first, last));
   return library_call(__func__, handle, aclId, ruleId, oper, first, last);
 }
 
 open_error_t rpcclt_openapiAclRuleMatchIcmpTypeCodeGet(openapiClientHandle_t *handle, uint32_t aclId,
                                                        uint32_t ruleId, OPEN_BOOL_t family, uint32_t *type,
                                                        uint32_t *code) {
-  recorded[__func__] = std::to_string(family);
+  record_call(__func__, written(family));
   return library_call(__func__, handle, aclId, ruleId, family, type, code);
 }

@@ -1,0 +1,38 @@
+/* Recorded calls: see recorded_calls.h. */
+#include "tests/unit/modules/recorded_calls.h"
+
+#include <arpa/inet.h>
+#include <map>
+#include <string.h>
+
+static std::map<std::string, std::string> recorded;
+
+std::string recorded_arguments(const std::string &function) {
+  auto call = recorded.find(function);
+  return call == recorded.end() ? "" : call->second;
+}
+
+void forget_calls() {
+  recorded.clear();
+}
+
+void record_call(const char *function, const std::string &arguments) {
+  recorded[function] = arguments;
+}
+
+std::string written(uint32_t number) {
+  return std::to_string(number);
+}
+
+std::string written(const open_buffdesc *text) {
+  const char *characters = static_cast<const char *>(text->pstart);
+  return std::to_string(text->size) + ":" + std::string(characters, strnlen(characters, text->size));
+}
+
+std::string written(const open_inet_addr_t *address) {
+  char text[INET6_ADDRSTRLEN] = "";
+  in_addr ipv4 = {htonl(address->addr.ipv4)};
+  if (address->family == OPEN_AF_INET) inet_ntop(AF_INET, &ipv4, text, sizeof text);
+  if (address->family == OPEN_AF_INET6) inet_ntop(AF_INET6, &address->addr.ipv6, text, sizeof text);
+  return std::to_string(address->family) + ":" + text;
+}
