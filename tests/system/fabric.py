@@ -1,6 +1,7 @@
-"""What the API answers about routing, BGP and VXLAN: outcomes, and the data of whole answers as wire.py takes
-them."""
+"""What the API answers about routing, BGP and VXLAN (outcomes, and the data of whole answers as wire.py takes
+them), and scenes about them."""
 
+from scenes import UriTest
 from wire import Nodes, numbered
 
 NO_VLAN_INTERFACE = (1, "VLAN Routing interface doesn't exist.")
@@ -66,7 +67,7 @@ def address_variables(kind, address=None, length=None, extra="0"):
 
 
 def address_done(verb, kind, address="", length=0):
-    """What giving and taking an address answers; `kind` is "" for a port and "Vlan " for a VLAN's interface."""
+    """What giving and taking an address answers; `kind` is "" for a port, "Vlan " for a VLAN's interface."""
     return (0, f"{verb} Routing {kind}Interface IP address (address: {address}, prefix length: {length}) "
                "successfully.")
 
@@ -112,7 +113,8 @@ def neighbor(asn, address, active=None, next_hop_self="disable", source="none"):
 
 
 def network_done(verb, address, length):
-    return (0, f"{verb} BGP originated network (ip address: {address}, prefix length: {length}) successfully.")
+    return (0, f"{verb} BGP originated network (ip address: {address}, prefix length: {length}) "
+               "successfully.")
 
 
 def redistribution_done(verb, family, source):
@@ -152,3 +154,22 @@ def vxlan_done(what):
     """What "Update udp port" and the like answer."""
     verb, rest = what.split(" ", 1)
     return (0, f"{verb} VxLAN {rest} successfully.")
+
+
+# --- Scenes --------------------------------------------------------------------------------------------
+
+class FabricTest(UriTest):
+    def vlan_interface(self, method, vid, outcome=None):
+        """Makes or removes a VLAN's routing interface, unless another outcome is expected."""
+        done = vlan_interface_done("Delete" if method == "DELETE" else "Create", vid)
+        self.check(method, "/routing/vlanRtrIf", outcome or done, variables=(f"vlanId={vid}",))
+
+    def route_vlans(self, *vids):
+        self.create_vlans(*vids)
+        for vid in vids:
+            self.vlan_interface("POST", vid)
+
+    def config(self, word):
+        """The lines of the running configuration that begin with a word, without it."""
+        lines = self.daemon.lab("show", "running-config").splitlines()
+        return [line.removeprefix(f"{word} ") for line in lines if line.startswith(f"{word} ")]

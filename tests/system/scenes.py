@@ -100,7 +100,7 @@ class FlowTest(DaemonTest):
         return before
 
     def assert_random_changes_survive(self, seed, journal_bytes):
-        """Requests of random_change() and sudden deaths by turns; everything() is the same after each death."""
+        """Requests of random_change() and sudden deaths by turns; everything() is the same after each."""
         choose = random.Random(seed)
         self.daemon.lab("limit", "journal-bytes", str(journal_bytes))
         for _ in range(4):

@@ -1,9 +1,8 @@
 """Every URI of the module bgp: whole replies, as XML and as JSON, over both ports."""
 
 import harness
-from fabric import (INVALID, neighbor, neighbor_set, neighbor_updated, neighbor_uri, network_done,
-                    redistribution_done, speaker, vlan_interface_done)
-from scenes import UriTest
+from fabric import (INVALID, FabricTest, neighbor, neighbor_set, neighbor_updated, neighbor_uri, network_done,
+                    redistribution_done, speaker)
 from wire import BAD_REQUEST, FAILED, GOT, REFUSED, UNKNOWN_MODULE
 
 V4 = ("10.0.0.2", None)  # neighbours: address and scope, None for IPv4
@@ -14,7 +13,7 @@ NO_HOSTS = (("224.0.0.5", None), ("0.0.0.0", None), ("ff02::1", 3), ("::", 0))
 WRONG_FAMILY = (("2001:db8::2", None), ("10.0.0.2", 0), ("x", None), ("x", 0), ("10.0.0", None))
 
 
-class BgpTest(UriTest):
+class BgpTest(FabricTest):
     def create_neighbor(self, who, asn=65001):
         self.check("POST", neighbor_uri(*who), neighbor_set(asn, *who), variables=(f"asn={asn}",))
 
@@ -27,21 +26,17 @@ class BgpTest(UriTest):
     def update(self, who, what, outcome, *variables):
         self.check("PUT", f"{neighbor_uri(*who)}/{what}", outcome, variables=variables)
 
-    def config(self):
-        """The lines of the running configuration about BGP, without that word."""
-        lines = self.daemon.lab("show", "running-config").splitlines()
-        return [line.removeprefix("bgp ") for line in lines if line.startswith("bgp ")]
-
 
 class Speaker(BgpTest):
-    # Words in the URI and in the message, the name in the answer, then (given, read) pairs and what is refused.
+    # Words in the URI and in the message, the name in the answer, (given, read) pairs, what is refused.
     SETTINGS = [
-        ("holdTime", "hold time for all peers", "hold_time", [("0", 0), ("3", 3), ("65535", 65535), ("90x", 90)],
-         ["1", "2", "65536", "-1", "4294967386"]),
+        ("holdTime", "hold time for all peers", "hold_time",
+         [("0", 0), ("3", 3), ("65535", 65535), ("90x", 90)], ["1", "2", "65536", "-1", "4294967386"]),
         ("keepAliveTime", "keep alive time for all peers", "keep_alive_time",
          [("0", 0), ("65535", 65535), ("x", 0), ("30", 30)], ["65536", "-1", "4294967296"]),
         ("localAS", "local Autonomous System (AS) number", "local_AS_number",
-         [("1", 1), ("4294967295", -1), ("4200000000", -94967296), ("2147483647", 2147483647), ("65000", 65000)],
+         [("1", 1), ("4294967295", -1), ("4200000000", -94967296), ("2147483647", 2147483647),
+          ("65000", 65000)],
          ["0", "x", "-1", "4294967296", "99999999999999999999"]),
         ("routerId", "BGP router ID", "local_router_id",
          [("255.255.255.255", "255.255.255.255"), ("10.0.0.1", "10.0.0.1")],
@@ -66,7 +61,7 @@ class Speaker(BgpTest):
                     self.put(f"/bgp/{word}", value, REFUSED)
                 self.assert_missing_value_is_refused("PUT", f"/bgp/{word}")
             self.check("GET", "/bgp", GOT, speaker(**facts))
-            self.assertEqual(self.config(), ["local-as 65000", "router-id 10.0.0.1"])
+            self.assertEqual(self.config("bgp"), ["local-as 65000", "router-id 10.0.0.1"])
         self.each_way(scene)
 
 
@@ -81,14 +76,14 @@ class Networks(BgpTest):
             for address, length in (("10.1.2.3", 16), ("192.0.2.0", 24), ("2001:db8::", 32), ("0.0.0.0", 0)):
                 self.network("POST", network_done("Set", address, length), address, length, "out")
             self.network("POST", network_done("Set", "10.1.0.0", 16), "10.1.0.0", 16, "m" * 31)  # the same
-            self.assertEqual(self.config(), [
+            self.assertEqual(self.config("bgp"), [
                 "network 0.0.0.0/0 route-map out", f"network 10.1.0.0/16 route-map {'m' * 31}",
                 "network 192.0.2.0/24 route-map out", "network 2001:db8::/32 route-map out"])
             for address, length in (("10.1.9.9", 16), ("192.0.2.0", "24x"), ("2001:db8::1", 32)):
                 shown = str(length).rstrip("x")
                 self.network("DELETE", network_done("Delete", address, shown), address, length)
                 self.network("DELETE", REFUSED, address, length)
-            self.assertEqual(self.config(), ["network 0.0.0.0/0 route-map out"])
+            self.assertEqual(self.config("bgp"), ["network 0.0.0.0/0 route-map out"])
         self.each_way(scene)
 
     def test_what_is_refused(self):
@@ -103,16 +98,17 @@ class Networks(BgpTest):
                           ("169.254.1.0", 24, "out"), ("ff00::", 8, "out"), ("fe80::", 64, "out")):
                 self.network("POST", REFUSED, *given)
             self.network("POST", network_done("Set", "10.1.0.0", 16), *good)
-            for given in ((), ("10.1.0.0",), (None, 16), ("", 16), ("x", 16), ("10.1.0.0", ""), ("10.1.0.0", 33),
-                          ("10.1.0.0", -1), ("10.1.0.0", 15), ("10.2.0.0", 16)):
+            for given in ((), ("10.1.0.0",), (None, 16), ("", 16), ("x", 16), ("10.1.0.0", ""),
+                          ("10.1.0.0", 33), ("10.1.0.0", -1), ("10.1.0.0", 15), ("10.2.0.0", 16)):
                 self.network("DELETE", REFUSED, *given)
-            self.assertEqual(self.config(), ["network 10.1.0.0/16 route-map out"])
+            self.assertEqual(self.config("bgp"), ["network 10.1.0.0/16 route-map out"])
         self.each_way(scene)
 
     def test_there_is_room_for_as_many_as_the_switch_has(self):
         def scene():
             for number in range(64):
-                self.network("POST", network_done("Set", f"10.{number}.0.0", 16), f"10.{number}.0.0", 16, "out")
+                address = f"10.{number}.0.0"
+                self.network("POST", network_done("Set", address, 16), address, 16, "out")
             self.network("POST", REFUSED, "10.64.0.0", 16, "out")
             self.network("POST", network_done("Set", "10.63.0.0", 16), "10.63.0.0", 16, "other")
         self.each_way(scene)
@@ -143,7 +139,7 @@ class Neighbors(BgpTest):
                 for asn in ("0", "x", "-1", "4294967296", "99999999999999999999"):
                     self.check("POST", neighbor_uri(*who), REFUSED, variables=(f"asn={asn}",))
                 self.assert_missing_value_is_refused("POST", neighbor_uri(*who), "asn")
-            self.assertEqual(self.config(), [])
+            self.assertEqual(self.config("bgp"), [])
         self.each_way(scene)
 
     def test_activating_and_next_hop_self(self):
@@ -176,20 +172,21 @@ class Neighbors(BgpTest):
                         f"type={kind}", f"value={value}")
 
         def scene():
-            self.create_vlans(10, 20)
-            self.check("POST", "/routing/vlanRtrIf", vlan_interface_done("Create", 20), variables=("vlanId=20",))
+            self.create_vlans(10)
+            self.route_vlans(20)
             for who in NEIGHBORS:
                 source(who, 2, 3, REFUSED)  # it does not exist
                 self.create_neighbor(who)
-                for kind, value, name in ((1, 20, "vlan20"), (2, 226, "vlan20"), (2, 3, "0/3"), (2, 56, "3/1"),
-                                          (2, 120, "loopback0"), (2, 0, "none"), (2, 127, "loopback7")):
+                for kind, value, name in ((1, 20, "vlan20"), (2, 226, "vlan20"), (2, 3, "0/3"),
+                                          (2, 56, "3/1"), (2, 120, "loopback0"), (2, 0, "none"),
+                                          (2, 127, "loopback7")):
                     source(who, kind, value)
                     self.check_neighbor(who, source=name)
                 for kind, value in ((1, 10), (1, 30), (1, 0), (1, 4095), (1, -1), (2, 55), (2, 200), (2, 227),
                                     (2, 354), (2, -1), (2, 99999999999)):
                     source(who, kind, value, REFUSED)
-                for kind, value in ((0, 3), (3, 3), (-1, 3), ("x", 3), ("2x", 3), ("", 3), (2, "x"), (2, "3x"),
-                                    (2, "")):
+                for kind, value in ((0, 3), (3, 3), (-1, 3), ("x", 3), ("2x", 3), ("", 3), (2, "x"),
+                                    (2, "3x"), (2, "")):
                     source(who, kind, value, INVALID)
                 for given in ((), ("type=2",), ("value=3",)):
                     self.update(who, "updateSource", INVALID, *given)
@@ -202,15 +199,15 @@ class Neighbors(BgpTest):
 
     def test_an_interface_that_a_neighbor_needs_cannot_be_removed(self):
         def scene():
-            self.create_vlans(10)
-            self.check("POST", "/routing/vlanRtrIf", vlan_interface_done("Create", 10), variables=("vlanId=10",))
-            removed = vlan_interface_done("Delete", 10)
+            self.route_vlans(10, 20)
+            self.create_neighbor(("fe80::2", 227))  # there is no way for a client to remove it
+            self.vlan_interface("DELETE", 20, FAILED)
             self.create_neighbor(V4)
             self.update(V4, "updateSource", neighbor_updated("update-source", *V4), "type=1", "value=10")
-            self.check("DELETE", "/routing/vlanRtrIf", FAILED, variables=("vlanId=10",))
+            self.vlan_interface("DELETE", 10, FAILED)
             self.check_neighbor(V4, source="vlan10")
             self.update(V4, "updateSource", neighbor_updated("update-source", *V4), "type=2", "value=0")
-            self.check("DELETE", "/routing/vlanRtrIf", removed, variables=("vlanId=10",))
+            self.vlan_interface("DELETE", 10)
         self.each_way(scene)
 
     def test_there_is_room_for_as_many_as_the_switch_has(self):
@@ -242,20 +239,20 @@ class Redistribution(BgpTest):
                 ("rip", ("metric=",), " metric 0"),
                 ("ospf", (), ""), ("ospf", ("matchInternal=1",), " match-internal"),
                 ("ospf", (*(f"{name}=1" for name in self.MATCHES), "routeMap=" + "m" * 31),
-                 " match-internal match-external-1 match-external-2 match-nssa-external-1 match-nssa-external-2"
-                 " route-map " + "m" * 31),
+                 " match-internal match-external-1 match-external-2 match-nssa-external-1"
+                 " match-nssa-external-2 route-map " + "m" * 31),
                 ("ospf", ("matchExt2=1x", "metric=5x"), " match-external-2 metric 5"),
             ]
             for family in ("IPv4", "IPv6"):
                 for source, variables, printed in rows:
                     self.redistribute(family, source, None, *variables)
-                    self.assertIn(f"redistribute {family.lower()} {source}{printed}", self.config())
-            self.assertEqual(len(self.config()), 8)
+                    self.assertIn(f"redistribute {family.lower()} {source}{printed}", self.config("bgp"))
+            self.assertEqual(len(self.config("bgp")), 8)
             for family in ("IPv4", "IPv6"):
                 for source in ("ospf", "connected", "static", "rip"):
                     self.end(family, source)
                     self.end(family, source, REFUSED)
-            self.assertEqual(self.config(), [])
+            self.assertEqual(self.config("bgp"), [])
         self.each_way(scene)
 
     def test_a_match_that_is_not_1_has_a_code_of_its_own(self):
@@ -267,31 +264,32 @@ class Redistribution(BgpTest):
                         self.redistribute(family, "ospf", refused, f"{name}={value}")
                     later = [f"{other}=0" for other in self.MATCHES[code:]]
                     self.redistribute(family, "isis", refused, f"{name}=-1", *later)
-            self.assertEqual(self.config(), [])
+            self.assertEqual(self.config("bgp"), [])
         self.each_way(scene)
 
     def test_what_is_refused(self):
         def scene():
             for family in ("IPv4", "IPv6"):
                 for source, variables in (
-                        ("isis", ()), ("bgp", ()), ("OSPF", ()), ("ospf1", ()), ("connected", ("matchInternal=1",)),
-                        ("static", ("metric=4294967296",)), ("static", ("metric=-1",)), ("rip", ("routeMap=",)),
+                        ("isis", ()), ("bgp", ()), ("OSPF", ()), ("ospf1", ()),
+                        ("connected", ("matchInternal=1",)), ("static", ("metric=4294967296",)),
+                        ("static", ("metric=-1",)), ("rip", ("routeMap=",)),
                         ("rip", ("routeMap=" + "m" * 32,)), ("rip", ("routeMap=a%0Ab",))):
                     self.redistribute(family, source, REFUSED, *variables)
                 self.end(family, "isis", REFUSED)
-            self.assertEqual(self.config(), [])
+            self.assertEqual(self.config("bgp"), [])
         self.each_way(scene)
 
 
     def test_a_value_that_is_too_long_is_wrong_in_the_body_and_not_given_in_the_query(self):
         def scene():
-            for name, outcome in (("routeMap", REFUSED), ("matchExt1", (2, "The value of parameter matchExt1 is "
-                                                                           "invalid."))):
+            wrong_match = (2, "The value of parameter matchExt1 is invalid.")
+            for name, outcome in (("routeMap", REFUSED), ("matchExt1", wrong_match)):
                 given = f"{name}={'1' * 256}"
                 self.redistribute("IPv4", "ospf", outcome, body=given)
-                self.assertEqual(self.config(), [])
+                self.assertEqual(self.config("bgp"), [])
                 self.redistribute("IPv4", "ospf", None, given)
-                self.assertEqual(self.config(), ["redistribute ipv4 ospf"])
+                self.assertEqual(self.config("bgp"), ["redistribute ipv4 ospf"])
                 self.end("IPv4", "ospf")
         self.each_way(scene)
 
@@ -339,7 +337,8 @@ class Failures(BgpTest):
         *(("GET", "/bgp", (), f"Bgp{what}Get") for what in GETTERS),
         ("PUT", "/bgp/localAS", ("value=65000",), "BgpLocalASSet"),
         ("PUT", "/bgp/routerId", ("value=10.0.0.1",), "BgpLocalIdSet"),
-        ("POST", "/bgp/originatedNetwork", ("addr=10.1.0.0", "pfxLen=16", "routeMap=m"), "BgpNetworkAddDelete"),
+        ("POST", "/bgp/originatedNetwork", ("addr=10.1.0.0", "pfxLen=16", "routeMap=m"),
+         "BgpNetworkAddDelete"),
         ("POST", "/bgp/ipv4/redistribution/ospf", (), "BgpRedistributionSet"),
         ("POST", neighbor_uri("10.0.0.3"), ("asn=65001",), "BgpPeerRemoteASSet"),
         *(("GET", neighbor_uri(*LOCAL), (), f"BgpPeer{what}Get")
@@ -353,11 +352,11 @@ class Failures(BgpTest):
     def test_a_failing_call_is_answered_for_and_changes_nothing(self):
         def scene():
             self.create_neighbor(LOCAL)
-            before = self.config()
+            before = self.config("bgp")
             for method, uri, variables, call in self.CALLS:
                 self.daemon.lab("fault", f"rpcclt_openapi{call}", "OPEN_E_FAIL")
                 self.check(method, uri, FAILED, variables=variables)
-            self.assertEqual(self.config(), before)
+            self.assertEqual(self.config("bgp"), before)
             self.assertEqual(self.daemon.lab("fault", "list"), "")
         self.each_way(scene)
 

@@ -1,25 +1,16 @@
 """Every URI of the module routing: whole replies, as XML and as JSON, over both ports."""
 
 import harness
-from fabric import (NO_ROUTING_PORT, NO_VLAN_INTERFACE, NOT_OBTAINED, OBTAINS_NO_LONGER, address_done,
-                    address_variables, listed_addresses, routing_modes, routing_ports, vlan_interface,
-                    vlan_interface_done, vlan_interfaces)
-from scenes import UriTest
+from fabric import (NO_ROUTING_PORT, NO_VLAN_INTERFACE, NOT_OBTAINED, OBTAINS_NO_LONGER, FabricTest,
+                    address_done, address_variables, listed_addresses, routing_modes, routing_ports,
+                    vlan_interface, vlan_interfaces)
 from wire import ALREADY_SET, BAD_REQUEST, FAILED, GOT, REFUSED, UNKNOWN_MODULE
 
 MODE_UPDATED = (0, "Update routing admin mode for this interface successfully.")
 MASK_16, MASK_24 = "255.255.0.0", "255.255.255.0"
 
 
-class RoutingTest(UriTest):
-    def route_vlans(self, *vids):
-        self.create_vlans(*vids)
-        for vid in vids:
-            self.vlan_interface("POST", vid, vlan_interface_done("Create", vid))
-
-    def vlan_interface(self, method, vid, outcome):
-        self.check(method, "/routing/vlanRtrIf", outcome, variables=(f"vlanId={vid}",))
-
+class RoutingTest(FabricTest):
     def address(self, method, where, outcome, *given, **extra):
         """A request about an address; `where` is "if/3" or "vlanRtrIf/1"."""
         self.check(method, f"/routing/{where}/ip", outcome, variables=address_variables(*given, **extra))
@@ -99,12 +90,12 @@ class VlanInterfaces(RoutingTest):
                 self.check("GET", f"/routing/vlanRtrIf/{logical}", REFUSED)
             for method in ("POST", "DELETE"):
                 self.assert_missing_value_is_refused(method, "/routing/vlanRtrIf", "vlanId")
-            self.vlan_interface("DELETE", 10, vlan_interface_done("Delete", 10))
+            self.vlan_interface("DELETE", 10)
             self.vlan_interface("DELETE", 10, REFUSED)
             self.check("GET", "/routing/vlanRtrIf", GOT, vlan_interfaces((226, {}), (228, {})))
             self.check("GET", "/routing/vlanRtrIf/2", REFUSED)
             for vid in (20, 4094):
-                self.vlan_interface("DELETE", vid, vlan_interface_done("Delete", vid))
+                self.vlan_interface("DELETE", vid)
             self.check("GET", "/routing/vlanRtrIf", NO_VLAN_INTERFACE, vlan_interfaces())
         self.each_way(scene)
 
@@ -112,23 +103,24 @@ class VlanInterfaces(RoutingTest):
         def scene():
             self.route_vlans(10, 20, 30)
             self.give("vlanRtrIf/2", 0, "10.20.0.1", 24)
-            self.vlan_interface("DELETE", 10, vlan_interface_done("Delete", 10))
+            self.vlan_interface("DELETE", 10)
             addresses = listed_addresses(("10.20.0.1", MASK_24))
             self.check("GET", "/routing/vlanRtrIf", GOT,
                        vlan_interfaces((227, addresses), (228, {}), first=227))
             self.check("GET", "/routing/vlanRtrIf/1", GOT, vlan_interface(1, 227, 20, f"10.20.0.1/{MASK_24}"))
             self.check("GET", "/routing/vlanRtrIf/0", REFUSED)
             self.create_vlans(40)
-            self.vlan_interface("POST", 40, vlan_interface_done("Create", 40))  # the lowest free number, before the others
-            self.check("GET", "/routing/vlanRtrIf", GOT, vlan_interfaces((226, {}), (227, addresses), (228, {})))
+            self.vlan_interface("POST", 40)  # the lowest free number, before the others
+            self.check("GET", "/routing/vlanRtrIf", GOT,
+                       vlan_interfaces((226, {}), (227, addresses), (228, {})))
             self.check("GET", "/routing/vlanRtrIf/1", GOT, vlan_interface(1, 226, 40))
         self.each_way(scene)
 
-    def test_a_vlan_that_is_routed_cannot_be_vlan_interface_done("Delete", self):
+    def test_a_vlan_that_is_routed_cannot_be_deleted(self):
         def scene():
             self.route_vlans(10)
             self.check("DELETE", "/vlans/10", FAILED)
-            self.vlan_interface("DELETE", 10, vlan_interface_done("Delete", 10))
+            self.vlan_interface("DELETE", 10)
             self.check("DELETE", "/vlans/10", (0, "Delete VLAN 10 successfully."))
         self.each_way(scene)
 
@@ -138,8 +130,8 @@ class VlanInterfaces(RoutingTest):
             self.route_vlans(10, 20)
             self.create_vlans(30)
             self.vlan_interface("POST", 30, REFUSED)
-            self.vlan_interface("DELETE", 10, vlan_interface_done("Delete", 10))
-            self.vlan_interface("POST", 30, vlan_interface_done("Create", 30))
+            self.vlan_interface("DELETE", 10)
+            self.vlan_interface("POST", 30)
             self.daemon.lab("limit", "vlan-routing-interfaces", "128")
         self.each_way(scene)
 
@@ -235,7 +227,7 @@ class Addresses(RoutingTest):
     def test_variables_are_refused_in_their_order(self):
         good = (0, "10.1.0.1", 24)
         rows = [
-            (FAILED, (0, "10.1.0", 24)), (FAILED, (0, "x", None)), (FAILED, (3, "1:2", 64)), (FAILED, (2, "x")),
+            *((FAILED, given) for given in ((0, "10.1.0", 24), (0, "x", None), (3, "1:2", 64), (2, "x"))),
             *((REFUSED, given) for given in (
                 (None, *good[1:]), (5, *good[1:]), (-1, *good[1:]), (0, None, 24), (0, "", 24),
                 (0, "10.1.0.1", None), (0, "10.1.0.1", ""), (0, "10.1.0.1", 0), (0, "10.1.0.1", 33),
@@ -291,8 +283,9 @@ class Uris(RoutingTest):
     def test_what_the_module_does_not_serve(self):
         wrong = [
             ("GET", "/routing/"), ("GET", "/routing/x"), ("GET", "/routing/if/"), ("GET", "/routing/if/3"),
-            ("GET", "/routing/vlanRtrIf/"), ("GET", "/routing/vlanRtrIf/1/"), ("GET", "/routing/vlanRtrIf/1/ip"),
-            ("GET", "/routing/vlanRtr"), ("GET", "/routing/vlanrtrif"), ("GET", "/routing/i"),
+            ("GET", "/routing/vlanRtrIf/"), ("GET", "/routing/vlanRtrIf/1/"),
+            ("GET", "/routing/vlanRtrIf/1/ip"), ("GET", "/routing/vlanRtr"),
+            ("GET", "/routing/vlanrtrif"), ("GET", "/routing/i"),
             ("GET", "/routing/vlanRtrIf/x"), ("GET", "/routing/if/3/ip"), ("PUT", "/routing"),
             ("PUT", "/routing/ipv4"), ("PUT", "/routing/ipv4/adminMod"), ("PUT", "/routing/ipv4/adminMode/"),
             ("PUT", "/routing/ipv5/adminMode"), ("PUT", "/routing/if"), ("PUT", "/routing/if/"),
@@ -315,6 +308,7 @@ class Uris(RoutingTest):
 class Failures(RoutingTest):
     """What becomes of requests when the switch fails, seen from outside."""
 
+    ADDRESS = address_variables(0, "10.1.0.1", 24)
     CALLS = [
         ("GET", "/routing", (), "rpcclt_openapiRtrAdminModeGet"),
         ("PUT", "/routing/ipv6/adminMode", ("value=1",), "rpcclt_openapiRtrAdminModeSet"),
@@ -325,8 +319,8 @@ class Failures(RoutingTest):
         ("GET", "/routing/vlanRtrIf/1", (), "rpcclt_openapiRtrIntfVlanIdGet"),
         ("POST", "/routing/vlanRtrIf", ("vlanId=20",), "rpcclt_openapiRtrVlanIntfCreate"),
         ("DELETE", "/routing/vlanRtrIf", ("vlanId=10",), "rpcclt_openapiRtrVlanIntfDelete"),
-        ("POST", "/routing/if/3/ip", address_variables(0, "10.1.0.1", 24), "rpcclt_openapiRtrIntfIpAddrAdd"),
-        ("DELETE", "/routing/if/3/ip", address_variables(0, "10.1.0.1", 24), "rpcclt_openapiRtrIntfIpAddrDel"),
+        ("POST", "/routing/if/3/ip", ADDRESS, "rpcclt_openapiRtrIntfIpAddrAdd"),
+        ("DELETE", "/routing/if/3/ip", ADDRESS, "rpcclt_openapiRtrIntfIpAddrDel"),
     ]
 
     def test_a_failing_call_is_answered_for_and_changes_nothing(self):

@@ -2,9 +2,8 @@
 
 import harness
 from fabric import (INVALID, INVALID_TENANT, INVALID_VLAN, MODES, NO_MODE, NO_MULTICAST, NO_UNICAST,
-                    multicast_groups, source_interface, tenant, tenants, unicast_groups, vlan_interface_done,
+                    FabricTest, multicast_groups, source_interface, tenant, tenants, unicast_groups,
                     vxlan_done)
-from scenes import UriTest
 from wire import ALREADY_SET, BAD_REQUEST, FAILED, GOT, REFUSED, UNKNOWN_MODULE
 
 INVALID_INSTANCE = (2, "Invalid vxlan ID.")
@@ -16,15 +15,17 @@ IS_TENANTS_GROUP = (2, "Conflict with VNI specific multicast group!!")
 NO_HOSTS = ("224.0.1.0", "0.0.0.0", "127.0.0.1", "255.255.255.255")
 NO_IPV4 = ("2001:db8::1", "10.0.0", "x")
 LAST_TENANT = 16777214
+READ = ("mode", "udpPort", "tenant", "tenant/5", "sourceIntf", "unicastGroup", "multicastGroup")
 
 
-class VxlanTest(UriTest):
+class VxlanTest(FabricTest):
     def mode(self, word):
         self.put("/vxlan/1/mode", MODES.index(word), vxlan_done("Update mode"))
 
     def change_mode(self, word):
         self.mode("disable")
-        self.mode(word)
+        if word != "disable":
+            self.mode(word)
 
     def in_each_mode(self, scene):
         """Plays the scene in both modes, each time on a switch in factory state."""
@@ -56,11 +57,6 @@ class VxlanTest(UriTest):
 
     def source(self, kind, value, outcome=None):
         self.put(f"/vxlan/1/sourceIntf/{kind}", value, outcome or vxlan_done("Update source port"))
-
-    def config(self):
-        """The lines of the running configuration about VXLAN, without that word."""
-        lines = self.daemon.lab("show", "running-config").splitlines()
-        return [line.removeprefix("vxlan ") for line in lines if line.startswith("vxlan ")]
 
 
 class Mode(VxlanTest):
@@ -103,7 +99,7 @@ class Mode(VxlanTest):
                     self.check(method, f"/vxlan/1/{uri}", NO_MULTICAST, variables=("value=239.1.1.1",))
                 self.check("GET", "/vxlan/1/multicastGroup", NO_MULTICAST, multicast_groups())
             for word in ("disable", "multicast"):
-                self.change_mode(word) if word != "disable" else self.mode(word)
+                self.change_mode(word)
                 self.check("DELETE", "/vxlan/1/unicastGroup", NO_UNICAST, variables=("value=10.0.0.2",))
                 self.check("GET", "/vxlan/1/unicastGroup", NO_UNICAST, unicast_groups())
                 self.unicast("PUT", "10.0.0.2", NO_TENANT_YET)
@@ -112,13 +108,12 @@ class Mode(VxlanTest):
         self.each_way(scene)
 
     def test_there_is_one_instance(self):
-        uris = [("GET", uri) for uri in ("mode", "udpPort", "tenant", "tenant/5", "sourceIntf", "unicastGroup",
-                                         "multicastGroup")]
+        uris = [("GET", uri) for uri in READ]
         uris += [("PUT", uri) for uri in ("mode", "udpPort", "sourceIntf/if", "sourceIntf/loopback",
                                           "sourceIntf/vlan", "unicastGroup", "multicastGroup",
                                           "tenant/5/multicastGroup")]
-        uris += [("DELETE", uri) for uri in ("tenant/5/vlan/1", "sourceIntf", "unicastGroup", "multicastGroup",
-                                             "tenant/5/multicastGroup")]
+        uris += [("DELETE", uri) for uri in ("tenant/5/vlan/1", "sourceIntf", "unicastGroup",
+                                             "multicastGroup", "tenant/5/multicastGroup")]
 
         def scene():
             self.mode("unicast")
@@ -126,7 +121,7 @@ class Mode(VxlanTest):
                 for method, uri in (*uris, ("POST", "tenant/5/vlan/1")):
                     for variables in ((), ("value=1",)):
                         self.check(method, f"/vxlan/{instance}/{uri}", INVALID_INSTANCE, variables=variables)
-            self.assertEqual(self.config(), ["mode unicast"])
+            self.assertEqual(self.config("vxlan"), ["mode unicast"])
         self.each_way(scene)
 
 
@@ -148,8 +143,8 @@ class Settings(VxlanTest):
 
     def test_source_interface(self):
         def scene(_):
-            self.create_vlans(10, 20)
-            self.check("POST", "/routing/vlanRtrIf", vlan_interface_done("Create", 20), variables=("vlanId=20",))
+            self.create_vlans(10)
+            self.route_vlans(20)
             self.check_source()
             for kind, value, read in (("if", 3, ("interface", 3)), ("if", 56, ("interface", 56)),
                                       ("loopback", 0, ("loopback", 0)), ("loopback", "x", ("loopback", 0)),
@@ -175,13 +170,12 @@ class Settings(VxlanTest):
 
     def test_the_source_interface_cannot_be_removed(self):
         def scene(_):
-            self.create_vlans(10)
-            self.check("POST", "/routing/vlanRtrIf", vlan_interface_done("Create", 10), variables=("vlanId=10",))
+            self.route_vlans(10)
             self.source("vlan", 10)
-            self.check("DELETE", "/routing/vlanRtrIf", FAILED, variables=("vlanId=10",))
+            self.vlan_interface("DELETE", 10, FAILED)
             self.check_source("vlan", 10)
             self.check("DELETE", "/vxlan/1/sourceIntf", vxlan_done("Delete source port"))
-            self.check("DELETE", "/routing/vlanRtrIf", vlan_interface_done("Delete", 10), variables=("vlanId=10",))
+            self.vlan_interface("DELETE", 10)
         self.in_each_mode(scene)
 
 
@@ -377,8 +371,9 @@ class Uris(VxlanTest):
     def test_what_the_module_does_not_serve(self):
         wrong = [
             ("GET", "/vxlan"), ("GET", "/vxlan/"), ("GET", "/vxlan/1"), ("GET", "/vxlan/1/"),
-            ("GET", "/vxlan//mode"), ("GET", "/vxlan/x/mode"), ("GET", "/vxlan/-1/mode"), ("GET", "/vxlan/1/mod"),
-            ("GET", "/vxlan/1/modes"), ("GET", "/vxlan/1/edom"), ("GET", "/vxlan/1/mode/"),
+            ("GET", "/vxlan//mode"), ("GET", "/vxlan/x/mode"), ("GET", "/vxlan/-1/mode"),
+            ("GET", "/vxlan/1/mod"), ("GET", "/vxlan/1/modes"),
+            ("GET", "/vxlan/1/edom"), ("GET", "/vxlan/1/mode/"),
             ("GET", "/vxlan/1/udpport"), ("GET", "/vxlan/1/ten"), ("GET", "/vxlan/1/tenants"),
             ("GET", "/vxlan/1/tenant/"), ("GET", "/vxlan/1/tenant/5/"), ("GET", "/vxlan/1/tenant/5/vlan/1"),
             ("GET", "/vxlan/1/tenant/5/multicastGroup"), ("GET", "/vxlan/1/sourceIntf/if"),
@@ -387,7 +382,8 @@ class Uris(VxlanTest):
             ("PUT", "/vxlan/1/sourceIntf/ifs"), ("PUT", "/vxlan/1/sourceIntf/lag"),
             ("PUT", "/vxlan/1/tenant/5"), ("PUT", "/vxlan/1/tenant/5/unicastGroup"),
             ("PUT", "/vxlan/1/tenant//multicastGroup"), ("POST", "/vxlan/1/tenant"),
-            ("POST", "/vxlan/1/tenant/5"), ("POST", "/vxlan/1/tenant/5/vlan"), ("POST", "/vxlan/1/tenant/5/vlan/"),
+            ("POST", "/vxlan/1/tenant/5"), ("POST", "/vxlan/1/tenant/5/vlan"),
+            ("POST", "/vxlan/1/tenant/5/vlan/"),
             ("POST", "/vxlan/1/tenant/5/vlan/1/"), ("POST", "/vxlan/1/tenant//vlan/1"),
             ("POST", "/vxlan//tenant/5/vlan/1"), ("POST", "/vxlan/1/mode"), ("POST", "/vxlan/1/unicastGroup"),
             ("DELETE", "/vxlan/1"), ("DELETE", "/vxlan/1/mode"), ("DELETE", "/vxlan/1/udpPort"),
@@ -402,7 +398,7 @@ class Uris(VxlanTest):
                 self.check(method, uri, BAD_REQUEST, variables=("value=1",))
             for uri in ("/vxla", "/vxlans", "/VXLAN/1/mode"):
                 self.check("GET", uri, UNKNOWN_MODULE)
-            self.assertEqual(self.config(), ["mode unicast"])
+            self.assertEqual(self.config("vxlan"), ["mode unicast"])
         self.each_way(scene)
 
 
@@ -419,12 +415,12 @@ class Failures(VxlanTest):
             self.create_tenant(1, 1)
             self.unicast("PUT", "10.0.0.2")
             self.create_vlans(10)
-            before = self.config()
+            before = self.config("vxlan")
             for call in ("L2oL3TenantCreate", "L2oL3TenantVlanAdd", "L2oL3VxlanSourcePortGet",
                          "L2oL3VxlanSourcePortSet", "L2oL3TenantAddAllVtep"):
                 self.fail(call)
                 self.create_tenant(5000, 10, FAILED)
-                self.assertEqual(self.config(), before)
+                self.assertEqual(self.config("vxlan"), before)
             self.check("GET", "/vxlan/1/tenant", GOT, tenants((1, 1)))
             self.create_tenant(5000, 10)  # the VLAN is free
         self.each_way(scene)
@@ -438,8 +434,7 @@ class Failures(VxlanTest):
         self.in_each_mode(scene)
 
     def test_the_mode_cannot_be_read(self):
-        uris = [("GET", uri) for uri in ("mode", "udpPort", "tenant", "tenant/5", "sourceIntf", "unicastGroup",
-                                         "multicastGroup")]
+        uris = [("GET", uri) for uri in READ]
         uris += [("PUT", "mode"), ("PUT", "udpPort"), ("DELETE", "sourceIntf"), ("POST", "tenant/5/vlan/1"),
                  ("DELETE", "tenant/5/vlan/1")]
 
@@ -482,12 +477,12 @@ class Failures(VxlanTest):
 
         def scene(word):
             self.create_tenant(5, 1)
-            before = self.config()
+            before = self.config("vxlan")
             for mode, method, uri, call in calls:
                 if mode == word:
                     self.fail(call)
                     self.check(method, f"/vxlan/1/{uri}", FAILED, variables=("value=1",))
-            self.assertEqual(self.config(), before)
+            self.assertEqual(self.config("vxlan"), before)
             self.assertEqual(self.daemon.lab("fault", "list"), "")
         self.in_each_mode(scene)
 
