@@ -9,7 +9,7 @@
 
 static open_error_t record_number(const char *function, openapiClientHandle_t *handle, uint32_t value) {
   record_call(function, written(value));
-  return library_call(function, handle, value);
+  return carry_out(function, handle, value);
 }
 
 open_error_t rpcclt_openapiBgpGlobalHoldTimeConfiguredSet(openapiClientHandle_t *handle, uint32_t seconds) {
@@ -67,7 +67,7 @@ open_error_t rpcclt_openapiBgpNetworkAddDelete(openapiClientHandle_t *handle, OP
                                                const open_inet_addr_t *address, uint32_t pfxLen,
                                                OPEN_BOOL_t useRm, open_buffdesc *routeMap) {
   record_call(__func__, written(normalMode, address, pfxLen, useRm, routeMap));
-  return library_call(__func__, handle, normalMode, address, pfxLen, useRm, routeMap);
+  return carry_out(__func__, handle, normalMode, address, pfxLen, useRm, routeMap);
 }
 
 open_error_t rpcclt_openapiBgpRedistributionSet(openapiClientHandle_t *handle, OPEN_BOOL_t add,
@@ -78,8 +78,8 @@ open_error_t rpcclt_openapiBgpRedistributionSet(openapiClientHandle_t *handle, O
                                                 open_buffdesc *routeMap) {
   record_call(__func__, written(add, source, matchSet, matchBits, metricSet, metricValueSet) + " " +
                             std::to_string(metric) + " " + written(routeMapSet, family, routeMap));
-  return library_call(__func__, handle, add, source, matchSet, matchBits, metricSet, metricValueSet, metric,
-                      routeMapSet, family, routeMap);
+  return carry_out(__func__, handle, add, source, matchSet, matchBits, metricSet, metricValueSet, metric,
+                   routeMapSet, family, routeMap);
 }
 
 /* --- Peers ----------------------------------------------------------------------------------------------
@@ -88,7 +88,7 @@ open_error_t rpcclt_openapiBgpRedistributionSet(openapiClientHandle_t *handle, O
 static open_error_t write_peer(const char *function, openapiClientHandle_t *handle,
                                const open_inet_addr_t *address, uint32_t scopeId, uint32_t value) {
   record_call(function, written(address, scopeId, value));
-  return library_call(function, handle, address, scopeId, value);
+  return carry_out(function, handle, address, scopeId, value);
 }
 
 static open_error_t read_peer(const char *function, openapiClientHandle_t *handle,
@@ -102,7 +102,7 @@ static open_error_t write_family(const char *function, openapiClientHandle_t *ha
                                  const open_inet_addr_t *address, uint32_t scopeId, uint32_t family,
                                  uint32_t value) {
   record_call(function, written(address, scopeId, family, value));
-  return library_call(function, handle, address, scopeId, family, value);
+  return carry_out(function, handle, address, scopeId, family, value);
 }
 
 static open_error_t read_family(const char *function, openapiClientHandle_t *handle,

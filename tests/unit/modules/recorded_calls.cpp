@@ -6,18 +6,39 @@
 #include <string.h>
 
 static std::map<std::string, std::string> recorded;
+static std::vector<std::string> recorded_in_order;
 
 std::string recorded_arguments(const std::string &function) {
   auto call = recorded.find(function);
   return call == recorded.end() ? "" : call->second;
 }
 
+const std::vector<std::string> &recorded_calls() {
+  return recorded_in_order;
+}
+
 void forget_calls() {
   recorded.clear();
+  recorded_in_order.clear();
+}
+
+static unsigned idle_guards = 0;
+
+changes_not_carried_out::changes_not_carried_out() {
+  idle_guards++;
+}
+
+changes_not_carried_out::~changes_not_carried_out() {
+  idle_guards--;
+}
+
+bool changes_are_carried_out() {
+  return idle_guards == 0;
 }
 
 void record_call(const char *function, const std::string &arguments) {
   recorded[function] = arguments;
+  recorded_in_order.push_back(arguments.empty() ? function : function + (" " + arguments));
 }
 
 std::string written(uint32_t number) {

@@ -43,7 +43,7 @@ protected:
   /* The value reaches the platform as this number, whatever that says to it. */
   void expect_handed_on(const speaker_setting &setting, const std::string &value,
                         const std::string &number) const {
-    fault(setting.function, OPEN_E_NONE, 2);
+    changes_not_carried_out idle;
     forget_calls();
     expect_done("PUT", setting.uri, "value=" + value, setting.message);
     EXPECT_EQ(recorded_arguments(setting.function), number) << setting.uri << " " << value;
@@ -220,7 +220,7 @@ TEST_F(BgpTest, Ipv6NetworkIsOriginatedAndEnded) {
 
 /* The name of the route map handed on for deleting is empty. */
 TEST_F(BgpTest, NetworkIsEndedWithoutARouteMap) {
-  fault(NETWORK, OPEN_E_NONE);
+  changes_not_carried_out idle;
   expect_done_once("DELETE", "/bgp/originatedNetwork", "addr=10.1.0.0&pfxLen=16&routeMap=blue",
                    network_message("Delete", "10.1.0.0", "16"));
   std::string arguments = recorded_arguments(NETWORK);
@@ -265,7 +265,7 @@ TEST_F(BgpTest, LengthOfAnEndedNetworkIsReadAsANumber) {
               {"-1", "4294967295", "-1"},
               {"99999999999", "2147483647", "2147483647"}};
   for (const auto &row : rows) {
-    fault(NETWORK, OPEN_E_NONE, 2);
+    changes_not_carried_out idle;
     expect_done("DELETE", "/bgp/originatedNetwork", std::string("addr=10.1.0.0&pfxLen=") + row.value,
                 network_message("Delete", "10.1.0.0", row.told));
     EXPECT_EQ(recorded_arguments(NETWORK).find(std::string("0 1:10.1.0.0 ") + row.number + " 0 "), 0u);

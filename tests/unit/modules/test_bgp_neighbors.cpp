@@ -55,6 +55,7 @@ TEST_F(BgpNeighborTest, NeighborIsSetWithItsAutonomousSystem) {
 TEST_F(BgpNeighborTest, NeighborNeedsTheNumberOfAnAutonomousSystem) {
   const std::string overlong = "asn=" + std::string(256, '1');
   for (const neighbor_kind &kind : KINDS) {
+    forget_calls();
     for (const std::string &query :
          {std::string(), std::string("asn"), std::string("asn="), std::string("value=65002"), overlong}) {
       expect_refused("POST", kind.uri, query, expected_parameter_error());

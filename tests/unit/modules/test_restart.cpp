@@ -1,12 +1,15 @@
 /* What a restart of the daemon leaves: each life of the switch is a process of its own (the death tests start
  * this program anew), which ends without any farewell. */
 #include "engine/rest_engine_session_hdr.h"
+#include "modules/rest_module_bgp.h"
+#include "modules/rest_module_routing.h"
 #include "tests/support/temporary_dir.h"
 #include "tests/unit/modules/interface_fixture.h"
 #include "tests/unit/modules/lag_fixture.h"
 #include "tests/unit/modules/pml_fixture.h"
 #include "tests/unit/modules/tcam_fixture.h"
 #include "tests/unit/modules/vlan_fixture.h"
+#include "tests/unit/modules/vxlan_fixture.h"
 
 #include <memory>
 #include <stdlib.h>
@@ -44,6 +47,9 @@ protected:
     if (uri.compare(0, 4, "/if/") == 0) return interface_api_handler;
     if (uri.compare(0, 4, "/lag") == 0) return lag_api_handler;
     if (uri.compare(0, 5, "/tcam") == 0) return tcam_api_handler;
+    if (uri.compare(0, 8, "/routing") == 0) return routing_api_handler;
+    if (uri.compare(0, 4, "/bgp") == 0) return bgp_api_handler;
+    if (uri.compare(0, 6, "/vxlan") == 0) return vxlan_api_handler;
     return uri.compare(0, 4, "/pml") == 0 ? pml_api_handler : vlan_api_handler;
   }
   static std::string status_file() { return read_file(std::string(getenv(VARIABLE)) + "/sessions"); }
@@ -135,6 +141,32 @@ static const struct {
     {"POST", "/tcam/policy/2/port/5", ""},
     {"POST", "/tcam/policy/3/port/5", ""},
     {"DELETE", "/tcam/policy/1", ""},
+    {"PUT", "/routing/ipv4/adminMode", "value=1"},
+    {"POST", "/routing/vlanRtrIf", "vlanId=10"},
+    {"POST", "/routing/vlanRtrIf", "vlanId=20"},
+    {"DELETE", "/routing/vlanRtrIf", "vlanId=10"},
+    {"POST", "/routing/vlanRtrIf/1/ip", "addrType=0&addr=10.0.0.1&pfxLen=24&extArg=0"},
+    {"POST", "/routing/vlanRtrIf/1/ip", "addrType=1&addr=10.0.1.1&pfxLen=24&extArg=0"},
+    {"POST", "/routing/vlanRtrIf/1/ip", "addrType=3&addr=2001:db8::1&pfxLen=64&extArg=0"},
+    {"PUT", "/routing/if/11/adminMode", "value=1"},
+    {"POST", "/routing/if/11/ip", "addrType=3&addr=2001:db8:11::&pfxLen=64&extArg=1"},
+    {"PUT", "/routing/if/12/adminMode", "value=1"},
+    {"POST", "/routing/if/12/ip", "addrType=2&extArg=0"},
+    {"PUT", "/bgp/holdTime", "value=180"},
+    {"PUT", "/bgp/keepAliveTime", "value=60"},
+    {"PUT", "/bgp/localAS", "value=4200000001"},
+    {"PUT", "/bgp/routerId", "value=10.0.0.1"},
+    {"PUT", "/bgp/localPref", "value=200"},
+    {"PUT", "/bgp/logNeighborChanges", "value=1"},
+    {"POST", "/bgp/originatedNetwork", "addr=10.0.0.0&pfxLen=8&routeMap=blue+%25+%22green%22"},
+    {"POST", "/bgp/ipv4/neighbor/10.0.0.2", "asn=65002"},
+    {"PUT", "/bgp/ipv4/neighbor/10.0.0.2/nextHopSelfMode", "value=1"},
+    {"PUT", "/bgp/ipv4/neighbor/10.0.0.2/updateSource", "type=1&value=20"},
+    {"POST", "/bgp/ipv6/neighbor/fe80::1/scope/3", "asn=65003"},
+    {"PUT", "/bgp/ipv6/neighbor/fe80::1/scope/3/activate", "value=1"},
+    {"PUT", "/bgp/ipv6/neighbor/fe80::1/scope/3/updateSource", "type=2&value=120"},
+    {"POST", "/bgp/ipv4/redistribution/ospf", "metric=10&routeMap=blue&matchExt2=1&matchInternal=1"},
+    {"POST", "/bgp/ipv6/redistribution/static", ""},
 };
 
 /* What the switch answers about everything that was changed. */
@@ -147,9 +179,27 @@ static std::string all_answers(std::string (*serve)(const char *, const std::str
     answers += serve("GET", uri + "/vlan", "") + serve("GET", uri + "/switchportMode", "");
     for (const char *vlan : {"/vlan/1", "/vlan/10", "/vlan/20"}) answers += serve("GET", uri + vlan, "");
   }
-  for (const char *uri : {"/lag", "/lag/1", "/lag/64", "/pml/if/5/sticky", "/pml/if/6/sticky",
-                          "/pml/if/5/mac", "/tcam/policy", "/tcam/policy/2", "/tcam/policy/3",
-                          "/tcam/groupStats", "/vlans", "/vlans/1", "/vlans/10", "/vlans/20"})
+  for (const char *uri : {"/lag",
+                          "/lag/1",
+                          "/lag/64",
+                          "/pml/if/5/sticky",
+                          "/pml/if/6/sticky",
+                          "/pml/if/5/mac",
+                          "/tcam/policy",
+                          "/tcam/policy/2",
+                          "/tcam/policy/3",
+                          "/tcam/groupStats",
+                          "/vlans",
+                          "/vlans/1",
+                          "/vlans/10",
+                          "/vlans/20",
+                          "/routing",
+                          "/routing/if",
+                          "/routing/vlanRtrIf",
+                          "/routing/vlanRtrIf/1",
+                          "/bgp",
+                          "/bgp/ipv4/neighbor/10.0.0.2",
+                          "/bgp/ipv6/neighbor/fe80::1/scope/3"})
     answers += serve("GET", uri, "");
   return answers;
 }
@@ -174,9 +224,78 @@ TEST_F(RestartTest, EveryAnswerIsTheSameAfterwards) {
         EXPECT_EQ(all_answers(serve), read_file(file));
         serve("DELETE", "/tcam/policy/2/port/5");
         serve("DELETE", "/tcam/policy/3/port/5");
+        serve("DELETE", "/routing/if/12/ip", "addrType=2&extArg=0");
+        serve("DELETE", "/bgp/originatedNetwork", "addr=10.0.0.0&pfxLen=8");
+        serve("DELETE", "/bgp/ipv4/redistribution/ospf");
+        serve("DELETE", "/bgp/ipv6/redistribution/static");
         serve("PUT", "/if/9/switchportMode", "value=1");
         serve("PUT", "/if/10/switchportMode", "value=3");
         EXPECT_EQ(serve("GET", "/if/10/vlan"), expected_participations({{0, 1}, {2, 20}}).xml);
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+/* Both kinds of groups are configured, each in its mode; what is not in force stays as well. */
+static const struct {
+  const char *method, *uri, *query;
+} VXLAN_CHANGES[] = {
+    {"POST", "/vlans/10", ""},
+    {"POST", "/vlans/20", ""},
+    {"POST", "/vlans/30", ""},
+    {"PUT", "/vxlan/1/mode", "value=1"},
+    {"PUT", "/vxlan/1/udpPort", "value=5000"},
+    {"PUT", "/vxlan/1/sourceIntf/loopback", "value=3"},
+    {"POST", "/vxlan/1/tenant/16777214/vlan/10", ""},
+    {"POST", "/vxlan/1/tenant/5/vlan/20", ""},
+    {"POST", "/vxlan/1/tenant/6/vlan/30", ""},
+    {"PUT", "/vxlan/1/unicastGroup", "value=10.0.0.2"},
+    {"PUT", "/vxlan/1/unicastGroup", "value=10.0.0.1"},
+    {"PUT", "/vxlan/1/unicastGroup", "value=10.0.0.3"},
+    {"DELETE", "/vxlan/1/unicastGroup", "value=10.0.0.2"},
+    {"DELETE", "/vxlan/1/tenant/6/vlan/30", ""},
+    {"PUT", "/vxlan/1/mode", "value=0"},
+    {"PUT", "/vxlan/1/mode", "value=2"},
+    {"PUT", "/vxlan/1/multicastGroup", "value=239.0.0.1"},
+    {"PUT", "/vxlan/1/tenant/5/multicastGroup", "value=239.1.1.5"},
+    {"PUT", "/vxlan/1/tenant/16777214/multicastGroup", "value=239.1.1.6"},
+    {"DELETE", "/vxlan/1/tenant/16777214/multicastGroup", ""},
+};
+
+TEST_F(RestartTest, VxlanSurvivesWholeWhateverTheMode) {
+  const Answers tenants = expected_tenants({{5, 20}, {16777214, 10}});
+  const Answers multicast = expected_data({multicast_groups("239.0.0.1", {{5, "239.1.1.5"}})});
+  const Answers unicast = expected_data({unicast_groups({"10.0.0.1", "10.0.0.3"})});
+  EXPECT_EXIT(
+      {
+        start();
+        for (const auto &change : VXLAN_CHANGES) serve(change.method, change.uri, change.query);
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        EXPECT_EQ(serve("GET", "/vxlan/1/mode"), expected_mode(MULTICAST).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/udpPort"), expected_udp_port(5000).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/sourceIntf"), expected_source("loopback", 3).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/tenant"), tenants.xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/multicastGroup"), multicast.xml);
+        serve("PUT", "/vxlan/1/mode", "value=0");
+        serve("PUT", "/vxlan/1/mode", "value=1");
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        EXPECT_EQ(serve("GET", "/vxlan/1/mode"), expected_mode(UNICAST).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/unicastGroup"), unicast.xml);
+        serve("PUT", "/vxlan/1/mode", "value=0");
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        EXPECT_EQ(serve("GET", "/vxlan/1/mode"), expected_mode(OFF).xml);
         die();
       },
       testing::ExitedWithCode(0), "");

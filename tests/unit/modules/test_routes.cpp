@@ -2,10 +2,13 @@
  * and every URI under its own methods only. Near misses stand in the tests of each module. */
 #include "modules/rest_module_acl.h"
 #include "modules/rest_module_base.h"
+#include "modules/rest_module_bgp.h"
 #include "modules/rest_module_interface.h"
 #include "modules/rest_module_lag.h"
 #include "modules/rest_module_pml.h"
+#include "modules/rest_module_routing.h"
 #include "modules/rest_module_vlan.h"
+#include "modules/rest_module_vxlan.h"
 #include "tests/support/platform_fixture.h"
 #include "tests/support/route_reference.h"
 
@@ -22,8 +25,9 @@ static const struct {
   const char *name;
   rest_handler_t handler;
 } MODULES[] = {
-    {"acl", acl_api_handler}, {"base", base_api_handler}, {"if", interface_api_handler},
-    {"lag", lag_api_handler}, {"pml", pml_api_handler},   {"vlans", vlan_api_handler},
+    {"acl", acl_api_handler},         {"base", base_api_handler},  {"bgp", bgp_api_handler},
+    {"if", interface_api_handler},    {"lag", lag_api_handler},    {"pml", pml_api_handler},
+    {"routing", routing_api_handler}, {"vlans", vlan_api_handler}, {"vxlan", vxlan_api_handler},
 };
 
 /* A URI that the pattern takes: 1 for each number, the keyword for the word, and "ip", which is a type of
@@ -105,6 +109,49 @@ TEST_F(RouteTest, EveryUriIsServedUnderItsMethodsOnly) {
       {pml_api_handler, "/pml/if/1/mac", "GET"},
       {pml_api_handler, "/pml/if/1/vlan/1/mac", "DELETE"},
       {pml_api_handler, "/pml/if/1/vlan/1/sticky/1/mac", "POST"},
+      {bgp_api_handler, "/bgp", "GET"},
+      {bgp_api_handler, "/bgp/holdTime", "PUT"},
+      {bgp_api_handler, "/bgp/keepAliveTime", "PUT"},
+      {bgp_api_handler, "/bgp/localAS", "PUT"},
+      {bgp_api_handler, "/bgp/routerId", "PUT"},
+      {bgp_api_handler, "/bgp/localPref", "PUT"},
+      {bgp_api_handler, "/bgp/logNeighborChanges", "PUT"},
+      {bgp_api_handler, "/bgp/originatedNetwork", "POST DELETE"},
+      {bgp_api_handler, "/bgp/ipv4/neighbor/x", "GET POST"},
+      {bgp_api_handler, "/bgp/ipv4/neighbor/x/activate", ""},
+      {bgp_api_handler, "/bgp/ipv4/neighbor/x/nextHopSelfMode", "PUT"},
+      {bgp_api_handler, "/bgp/ipv4/neighbor/x/updateSource", "PUT"},
+      {bgp_api_handler, "/bgp/ipv6/neighbor/x", ""},
+      {bgp_api_handler, "/bgp/ipv6/neighbor/x/scope/1", "GET POST"},
+      {bgp_api_handler, "/bgp/ipv6/neighbor/x/scope/1/activate", "PUT"},
+      {bgp_api_handler, "/bgp/ipv6/neighbor/x/scope/1/nextHopSelfMode", "PUT"},
+      {bgp_api_handler, "/bgp/ipv6/neighbor/x/scope/1/updateSource", "PUT"},
+      {bgp_api_handler, "/bgp/ipv4/redistribution/x", "POST DELETE"},
+      {bgp_api_handler, "/bgp/ipv6/redistribution/x", "POST DELETE"},
+      {routing_api_handler, "/routing", "GET"},
+      {routing_api_handler, "/routing/ipv4/adminMode", "PUT"},
+      {routing_api_handler, "/routing/ipv6/adminMode", "PUT"},
+      {routing_api_handler, "/routing/if", "GET"},
+      {routing_api_handler, "/routing/if/1", "POST PUT DELETE"}, /* as beginnings of the next two */
+      {routing_api_handler, "/routing/if/1/ip", "POST PUT DELETE"},
+      {routing_api_handler, "/routing/if/1/adminMode", "POST PUT DELETE"},
+      {routing_api_handler, "/routing/vlanRtrIf", "GET POST DELETE"},
+      {routing_api_handler, "/routing/vlanRtrIf/1", "GET POST DELETE"},
+      {routing_api_handler, "/routing/vlanRtrIf/1/ip", "POST DELETE"},
+      {vxlan_api_handler, "/vxlan", ""},
+      {vxlan_api_handler, "/vxlan/1", ""},
+      {vxlan_api_handler, "/vxlan/1/mode", "GET PUT"},
+      {vxlan_api_handler, "/vxlan/1/udpPort", "GET PUT"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf", "GET DELETE"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf/if", "PUT"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf/loopback", "PUT"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf/vlan", "PUT"},
+      {vxlan_api_handler, "/vxlan/1/tenant", "GET"},
+      {vxlan_api_handler, "/vxlan/1/tenant/1", "GET"},
+      {vxlan_api_handler, "/vxlan/1/tenant/1/vlan/1", "POST DELETE"},
+      {vxlan_api_handler, "/vxlan/1/tenant/1/multicastGroup", "PUT DELETE"},
+      {vxlan_api_handler, "/vxlan/1/unicastGroup", "GET PUT DELETE"},
+      {vxlan_api_handler, "/vxlan/1/multicastGroup", "GET PUT DELETE"},
   };
   for (const auto &row : rows) {
     for (const char *method : {"GET", "POST", "PUT", "DELETE"}) {

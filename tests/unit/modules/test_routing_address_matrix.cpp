@@ -112,12 +112,6 @@ static std::string query_of(const address_request &request) {
 /* Every change succeeds without being carried out: what is refused is refused by the module. */
 class RoutingAddressMatrixTest : public RoutingTest {
 protected:
-  RoutingAddressMatrixTest() {
-    fault(ADDRESS_ADD, OPEN_E_NONE, 1000000);
-    fault(ADDRESS_DELETE, OPEN_E_NONE, 1000000);
-  }
-  ~RoutingAddressMatrixTest() override { lab("fault clear"); }
-
   /* Whether the request has come to what it should. */
   bool compare(const address_operation &operation, const address_request &request) {
     address_outcome outcome = expected_outcome(operation, request);
@@ -133,9 +127,9 @@ protected:
 
   /* All lengths and last arguments. False at the first disagreement: one is enough to read. */
   bool compare_all(const address_operation &operation, address_request request) {
-    const std::optional<std::string> lengths[] = {{},   "",   "0",   "1",   "24", "32", "33",
-                                                  "64", "96", "128", "129", "-1", "x",  "99999999999"};
-    const std::optional<std::string> exts[] = {{}, "", "0", "1", "2", "-1", "x", "1x"};
+    const std::optional<std::string> lengths[] = {{},   "",    "0",   "1",  "24", "32",
+                                                  "33", "128", "129", "-1", "x",  "99999999999"};
+    const std::optional<std::string> exts[] = {{}, "", "0", "1", "2", "1x"};
     for (const auto &length : lengths) {
       for (const auto &ext : exts) {
         request.length = length;
@@ -147,13 +141,13 @@ protected:
   }
 
   std::map<open_error_t, unsigned> outcomes;
+  changes_not_carried_out idle;
 };
 
 TEST_F(RoutingAddressMatrixTest, FirstCheckThatFailsAnswers) {
-  const std::optional<std::string> types[] = {{},  "",  "0",  "1", "2",  "3",
-                                              "4", "5", "-1", "x", "3x", "99999999999"};
+  const std::optional<std::string> types[] = {{}, "", "0", "1", "2", "3", "4", "5", "-1", "x", "99999999999"};
   const std::optional<std::string> addresses[] = {
-      {}, "", "10.0.0.1", "2001:DB8::1", "10.0.0", "10.0.0.1/24", "host", CHARACTERS_47, CHARACTERS_48};
+      {}, "", "10.0.0.1", "2001:DB8::1", "10.0.0", CHARACTERS_47, CHARACTERS_48};
   for (const address_operation &operation : OPERATIONS) {
     for (const auto &type : types) {
       for (const auto &address : addresses) {

@@ -115,6 +115,29 @@ TEST_F(RoutingFailureTest, ListsThatDoNotEndAreGivenUp) {
   EXPECT_EQ(get("/routing/vlanRtrIf"), expected_platform_error(OPEN_E_INTERNAL));
 }
 
+/* Addresses are no reason to fail. */
+TEST_F(RoutingFailureTest, AddressesThatDoNotEndAreCutOff) {
+  {
+    give(226, "10.226.0.1/24");
+    give(226, "10.226.1.1/24", OPEN_INTF_IP_ADDR_SECONDARY);
+    bent_output before_the_first("rpcclt_openapiRtrIntfSecIpAddrGet", 0);
+    result_nodes leaves(MAX_LIST_ENTRIES, text("0", "secondary_ipv4_address", "10.226.1.1/255.255.255.0"));
+    EXPECT_TRUE(call_xml(routing_api_handler, "GET", "/routing/vlanRtrIf/1") ==
+                expected_vlan_interface(
+                    1, 226, "vlan10", 10,
+                    {primary_ipv4("10.226.0.1/255.255.255.0"), branch("secondary_ipv4_addresses", leaves)})
+                    .xml);
+  }
+  EXPECT_EQ(rpcclt_openapiRtrVlanIntfDelete(handle, 10), OPEN_E_NONE);
+  /* An IPv4 address as cursor begins the walk again; these four bytes are those of 2001:db8:: */
+  bent_output no_cursor("rpcclt_openapiRtrIntfIpAddrGet family", OPEN_AF_INET);
+  result_nodes leaves;
+  for (int key = 1; key <= MAX_LIST_ENTRIES; key++)
+    leaves.push_back(text(std::to_string(key), "prefix_and_prefix_length", "184.13.1.32/64"));
+  EXPECT_TRUE(get("/routing/vlanRtrIf") ==
+              expected_vlan_interfaces({{227, {branch("ipv6_addresses", leaves)}}}, 227));
+}
+
 /* Interfaces that are skipped count as well. */
 TEST_F(RoutingFailureTest, ListThatDoesNotEndIsGivenUpThoughNothingIsListed) {
   fault("rpcclt_openapiRtrIntfVlanIdGet", OPEN_E_NOT_FOUND, 1000000);

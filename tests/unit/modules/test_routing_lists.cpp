@@ -132,7 +132,7 @@ TEST_F(RoutingTest, PhysicalRoutingInterfacesAreListedWithTheirAddresses) {
   give(5, "2001:db8:5::1/64");
   give(54, "10.54.0.1/8");
   give(54, "2001:db8:54::1/127");
-  give(7, "10.7.0.1/16"); /* does not route */
+  give(7, "172.16.0.1/16"); /* does not route */
   EXPECT_EQ(get("/routing/if"),
             expected_interfaces({{3, listed_ipv4("192.168.0.1", "255.255.255.252")},
                                  {5, {listed_ipv6({"2001:db8:5::1/64"})}},

@@ -12,11 +12,6 @@ static const char DELETE[] = "rpcclt_openapiRtrVlanIntfDelete";
 /* Whatever is changed succeeds without being carried out, so that what was called tells the operation. */
 class RoutingRouteTest : public RoutingTest {
 protected:
-  RoutingRouteTest() {
-    for (const char *function : CHANGES) fault(function, OPEN_E_NONE, 1000000);
-  }
-  ~RoutingRouteTest() override { lab("fault clear"); }
-
   /* The function that was called and what with; empty when none was. */
   static std::string last_change() {
     std::string change;
@@ -30,6 +25,7 @@ protected:
 
   static constexpr const char *CHANGES[] = {SWITCH_MODE, INTERFACE_MODE, CREATE,
                                             DELETE,      ADDRESS_ADD,    ADDRESS_DELETE};
+  changes_not_carried_out idle;
 };
 
 static const char ALL_VARIABLES[] = "value=1&vlanId=10&addrType=0&addr=10.0.0.1&pfxLen=24&extArg=0";
