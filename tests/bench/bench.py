@@ -52,6 +52,12 @@ CASES = [
     Case("GET of a list with 1023 rules, JSON", "/acl/ip/name/long?format=json&sessionkey={key}", slow=True,
          connections=(1, 100)),
     Case("GET /tcam/groupStats, 1023 rules bound", "/tcam/groupStats?sessionkey={key}"),
+    Case("GET /routing/vlanRtrIf, 128 interfaces, XML", "/routing/vlanRtrIf?sessionkey={key}"),
+    Case("GET /routing/vlanRtrIf, 128 interfaces, JSON", "/routing/vlanRtrIf?format=json&sessionkey={key}"),
+    Case("GET /bgp/ipv4/neighbor, one of 128", "/bgp/ipv4/neighbor/10.0.127.2?sessionkey={key}"),
+    Case("GET /vxlan/1/tenant, 1024 tenants, XML", "/vxlan/1/tenant?sessionkey={key}", slow=True),
+    Case("GET /vxlan/1/tenant, 1024 tenants, JSON", "/vxlan/1/tenant?format=json&sessionkey={key}", slow=True),
+    Case("GET /vxlan/1/unicastGroup, 128 VTEPs", "/vxlan/1/unicastGroup?sessionkey={key}"),
     Case("unauthorised", "/login?sessionkey=0123456789abcdef0123456789abcdef"),
     Case("GET /login, new connections", "/login?sessionkey={key}", close=True),
 ]
@@ -124,7 +130,7 @@ def start_nginx(root, bodies):
         worker_processes 1; daemon off; pid {root}/nginx.pid; error_log {root}/nginx.log;
         events {{ worker_connections 4096; }}
         http {{
-          access_log off; keepalive_requests 1000000000; sendfile on; open_file_cache max=10;
+          access_log off; keepalive_requests 1000000000; sendfile on; open_file_cache max=20;
           client_body_temp_path {root}/t1; proxy_temp_path {root}/t2; fastcgi_temp_path {root}/t3;
           uwsgi_temp_path {root}/t4; scgi_temp_path {root}/t5;
           # wrk resumes a session only where the reply announces the close, which the daemon's replies do not:
@@ -180,11 +186,22 @@ def log_in(server):
     return key.group(1).decode() if key else sys.exit(f"cannot log in: {body}")
 
 
-def fill_vlans(server, key):
-    for vlan in range(2, 4095):
-        _, body = request(server, "POST", f"/vlans/{vlan}?sessionkey={key}")
+class Changes:
+    """Changes that must succeed, over one connection."""
+
+    def __init__(self, server, key):
+        self.connection, self.key = http.client.HTTPConnection("127.0.0.1", server.ports["plain"]), key
+
+    def ask(self, method, path, variables=""):
+        self.connection.request(method, f"{path}?sessionkey={self.key}&{variables}")
+        body = self.connection.getresponse().read()
         if b"<rlt_code>0<" not in body:
-            sys.exit(f"VLAN {vlan}: {body}")
+            sys.exit(f"{method} {path} {variables}: {body}")
+
+
+def fill_vlans(changes):
+    for vlan in range(2, 4095):
+        changes.ask("POST", f"/vlans/{vlan}")
 
 
 # All that a rule of an IPv4 list can hold at once; what comes before differs from rule to rule.
@@ -194,24 +211,31 @@ RULE = ("action=permit&protocol=tcp&src_ip=10.1.0.0&src_mask=255.255.0.0&dest_ip
         "&burst_size=64")
 
 
-def fill_rules(server, key):
+def fill_rules(server, changes):
     """Makes an IPv4 list as long as lists get and binds it. Returns the microseconds that each rule cost: of the
     server's CPU time, and of the time that the client waited."""
-    connection = http.client.HTTPConnection("127.0.0.1", server.ports["plain"])
-
-    def post(path, variables):
-        connection.request("POST", f"{path}?sessionkey={key}&{variables}")
-        body = connection.getresponse().read()
-        if b"<rlt_code>0<" not in body:
-            sys.exit(f"{path} {variables}: {body}")
-
-    post("/acl/ip/name", "name=long")
+    changes.ask("POST", "/acl/ip/name", "name=long")
     rules, cpu, begin = 1023, cpu_nanoseconds(server.pid), time.monotonic_ns()
     for port in range(rules):
-        post("/acl/ip/name/long/rule", f"dest_l4_port=eq:{port}&{RULE}")
+        changes.ask("POST", "/acl/ip/name/long/rule", f"dest_l4_port=eq:{port}&{RULE}")
     waited, cpu = time.monotonic_ns() - begin, cpu_nanoseconds(server.pid) - cpu
-    post("/acl/if/1", "direction=in&type=ip&name=long&sequence=1")
+    changes.ask("POST", "/acl/if/1", "direction=in&type=ip&name=long&sequence=1")
     return cpu / 1000 / rules, waited / 1000 / rules
+
+
+def fill_fabric(changes):
+    """Gives VLANs 2 to 129 routing interfaces with an address and a neighbour each, makes every VLAN up to 1024 that
+    of a VXLAN tenant and fills the list of remote VTEPs."""
+    changes.ask("PUT", "/vxlan/1/mode", "value=1")
+    for number in range(128):
+        changes.ask("POST", "/routing/vlanRtrIf", f"vlanId={number + 2}")
+        changes.ask("POST", f"/routing/vlanRtrIf/{number + 1}/ip",
+                    f"addrType=0&addr=10.0.{number}.1&pfxLen=24&extArg=0")
+        changes.ask("POST", f"/bgp/ipv4/neighbor/10.0.{number}.2", "asn=65001")
+    for vlan in range(1, 1025):
+        changes.ask("POST", f"/vxlan/1/tenant/{vlan * 1000}/vlan/{vlan}")
+    for number in range(1, 129):
+        changes.ask("PUT", "/vxlan/1/unicastGroup", f"value=10.1.0.{number}")
 
 
 def fill_counters(root):
@@ -300,10 +324,12 @@ def main():
             for transport in ("plain", "TLS"):
                 cost = connection_cost(daemon, transport, f"/login?sessionkey={key}")
                 print(f"An idle {transport} connection after one request: {cost:.0f} bytes resident")
-            fill_vlans(daemon, key)
-            cpu, waited = fill_rules(daemon, key)
+            changes = Changes(daemon, key)
+            fill_vlans(changes)
+            cpu, waited = fill_rules(daemon, changes)
             print(f"Each of 1023 rules with many conditions: {cpu:.0f} us of CPU, made in {waited:.0f} us\n", flush=True)
             fill_counters(root)
+            fill_fabric(changes)
             bodies = [request(daemon, "GET", case.path.format(key=key)) for case in CASES]
             nginx = start_nginx(root, bodies)
             run_cases(daemon, nginx, key, cases, options.seconds)

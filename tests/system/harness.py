@@ -264,6 +264,11 @@ class Daemon:
         status = read_text(f"/proc/{self.process.pid}/task/{self.process.pid}/status")
         return int(re.search(r"^voluntary_ctxt_switches:\s*(\d+)", status, re.M)[1])
 
+    def limit_files(self, size):
+        """No file of it can grow beyond `size` bytes; -1 lifts the limit."""
+        hard = resource.prlimit(self.process.pid, resource.RLIMIT_FSIZE)[1]
+        resource.prlimit(self.process.pid, resource.RLIMIT_FSIZE, (size, hard))
+
     # Lab control
 
     def lab(self, *words):

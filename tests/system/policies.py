@@ -2,7 +2,7 @@
 as wire.py takes them), and scenes with lists."""
 
 from scenes import UriTest
-from wire import GOT, REFUSED, Nodes, Rows
+from wire import GOT, REFUSED, Nodes, numbered
 
 CREATED = (0, "Create successfully.")
 DELETED = (0, "Delete successfully.")
@@ -23,10 +23,6 @@ EVERY = {"mac": ("src_mac=any", "dest_mac=any"), "ip": ("protocol=every",), "ipv
 
 
 # --- Lists ---------------------------------------------------------------------------------------------
-
-def numbered(tag, values):
-    return Rows(tag, enumerate(values, 1))
-
 
 def bindings(inbound=((), ()), outbound=((), ())):
     """Where a list is bound: (interface numbers, VLAN ids) for each direction."""

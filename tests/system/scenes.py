@@ -5,7 +5,7 @@ import random
 
 import harness
 from harness import DaemonTest
-from wire import Client, rest_reply
+from wire import REFUSED, Client, rest_reply
 
 FORMS = ("xml", "json")
 
@@ -60,6 +60,17 @@ class UriTest(DaemonTest):
         self.assertEqual(reply.raw, rest_reply(*outcome, data, self.form),
                          f"{method} {uri} {variables} {body}")
 
+    def put(self, uri, value, outcome):
+        self.check("PUT", uri, outcome, variables=(f"value={value}",))
+
+    def create_vlans(self, *vids):
+        for vid in vids:
+            self.check("POST", f"/vlans/{vid}", (0, f"Create VLAN {vid} successfully."))
+
+    def assert_missing_value_is_refused(self, method, uri, name="value", others=()):
+        for variables in ((), (f"{name}=",), (f"{name}={'1' * 256}",)):
+            self.check(method, uri, REFUSED, variables=(*variables, *others))
+
 
 class FlowTest(DaemonTest):
     """A daemon of the test's own and one session, which outlives restarts."""
@@ -89,7 +100,7 @@ class FlowTest(DaemonTest):
         return before
 
     def assert_random_changes_survive(self, seed, journal_bytes):
-        """Requests of random_change() and sudden deaths by turns; everything() is the same after each death."""
+        """Requests of random_change() and sudden deaths by turns; everything() is the same after each."""
         choose = random.Random(seed)
         self.daemon.lab("limit", "journal-bytes", str(journal_bytes))
         for _ in range(4):

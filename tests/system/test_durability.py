@@ -107,11 +107,6 @@ class SuddenDeath(DurabilityTest):
 
 
 class FullDisk(DurabilityTest):
-    def limit_files(self, daemon, size):
-        """No file of the daemon can grow beyond `size` bytes; -1 lifts the limit."""
-        hard = resource.prlimit(daemon.process.pid, resource.RLIMIT_FSIZE)[1]
-        resource.prlimit(daemon.process.pid, resource.RLIMIT_FSIZE, (size, hard))
-
     def test_changes_fail_and_nothing_changes_until_there_is_room_again(self):
         daemon = self.start_daemon()
         daemon.expect_log(r"lines were dropped: the log could not be written")
@@ -123,7 +118,7 @@ class FullDisk(DurabilityTest):
         size = os.path.getsize(journal_path(daemon))
         # Not even one line fits, or a part of the next one does.
         for room in (0, 3):
-            self.limit_files(daemon, size + room)
+            daemon.limit_files(size + room)
             for _ in range(3):
                 self.assert_answers(session.ask("POST", "/vlans/20"), FAILED)
                 self.assert_answers(session.ask("PUT", "/vlans/10/name", "value=lost"), FAILED)
@@ -132,7 +127,7 @@ class FullDisk(DurabilityTest):
                 self.assertIn("<name>kept</name>", session.ask("GET", "/vlans/10").text())
             self.assertEqual(os.path.getsize(journal_path(daemon)), size)
 
-        self.limit_files(daemon, resource.RLIM_INFINITY)
+        daemon.limit_files(resource.RLIM_INFINITY)
         self.assert_answers(session.ask("POST", "/vlans/30"), (0, "Create VLAN 30 successfully."))
         daemon.restart()
         self.assertEqual(self.observe(daemon), {1: "default", 10: "kept", 30: ""})
@@ -140,10 +135,10 @@ class FullDisk(DurabilityTest):
     def test_logging_in_works_with_a_full_disk(self):
         daemon = self.start_daemon()
         daemon.expect_log(r"lines were dropped: the log could not be written")
-        self.limit_files(daemon, 0)
+        daemon.limit_files(0)
         session = self.session(daemon)
         self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
-        self.limit_files(daemon, resource.RLIM_INFINITY)
+        daemon.limit_files(resource.RLIM_INFINITY)
         self.assert_answers(session.ask("GET", "/vlans"), GOT, wire.vlan_list([1]))
 
     def test_a_compaction_that_finds_no_room_loses_nothing(self):
@@ -155,12 +150,12 @@ class FullDisk(DurabilityTest):
         session = self.session(daemon)
         self.assertEqual(os.path.getsize(journal_path(daemon)), 0)
         snapshot = os.path.getsize(os.path.join(daemon.state_dir, "running-config"))
-        self.limit_files(daemon, snapshot // 2)
+        daemon.limit_files(snapshot // 2)
         daemon.lab("limit", "journal-bytes", "1")
         for vid in range(2, 12):
             self.assert_answers(session.ask("POST", f"/vlans/{vid}"), (0, f"Create VLAN {vid} successfully."))
             daemon.lab("wait")
-        self.limit_files(daemon, resource.RLIM_INFINITY)
+        daemon.limit_files(resource.RLIM_INFINITY)
         harness.create_vlans(self, session, [12])
         daemon.lab("wait")
         daemon.restart()

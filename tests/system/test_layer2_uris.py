@@ -38,17 +38,6 @@ def participation(number, vid, mode, tagging):
 class Layer2Test(UriTest):
     profile = PROFILE
 
-    def put(self, uri, value, outcome):
-        self.check("PUT", uri, outcome, variables=(f"value={value}",))
-
-    def create_vlans(self, *vids):
-        for vid in vids:
-            self.check("POST", f"/vlans/{vid}", (0, f"Create VLAN {vid} successfully."))
-
-    def assert_missing_value_is_refused(self, method, uri, name="value"):
-        for variables in ((), (f"{name}=",), (f"{name}={'1' * 256}",)):
-            self.check(method, uri, REFUSED, variables=variables)
-
 
 class Interfaces(Layer2Test):
     def test_list(self):

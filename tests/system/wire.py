@@ -32,6 +32,11 @@ class Rows(list):
         self.tag = tag
 
 
+def numbered(tag, values):
+    """Rows at the positions from 1 on."""
+    return Rows(tag, enumerate(values, 1))
+
+
 class Nodes(list):
     """Siblings as (name in JSON, name in XML, value) each, where a dictionary will not do: the names differ,
     or one comes twice. JSON then has the first one's place and the last one's value."""

@@ -97,7 +97,7 @@ open_error_t apply_secondary_address(switch_model &model, std::span<const argume
   uint32_t interface = arguments[0].number;
   const open_inet_pfx_t &prefix = arguments[1].prefix;
   open_error_t rc = address_add_secondary(model, interface, prefix);
-  if (rc == OPEN_E_FAIL) *error = interface_name(model, interface) + " has no given primary address";
+  if (rc == OPEN_E_FAIL) *error = interface_name(model, interface) + " has no primary address";
   if (rc == OPEN_E_FULL) *error = room(model, interface, model.limits.secondary_addresses, "secondary");
   return explain(rc, model, interface, prefix, error);
 }

@@ -6,14 +6,20 @@
 #include <string.h>
 
 static std::map<std::string, std::string> recorded;
+static std::vector<std::string> recorded_in_order;
 
 std::string recorded_arguments(const std::string &function) {
   auto call = recorded.find(function);
   return call == recorded.end() ? "" : call->second;
 }
 
+const std::vector<std::string> &recorded_calls() {
+  return recorded_in_order;
+}
+
 void forget_calls() {
   recorded.clear();
+  recorded_in_order.clear();
 }
 
 static unsigned idle_guards = 0;
@@ -32,6 +38,7 @@ bool changes_are_carried_out() {
 
 void record_call(const char *function, const std::string &arguments) {
   recorded[function] = arguments;
+  recorded_in_order.push_back(arguments.empty() ? function : function + (" " + arguments));
 }
 
 std::string written(uint32_t number) {

@@ -1,6 +1,6 @@
 /* What platform functions were called with, where the software switch makes no difference of it. These
  * programs bring functions of those names of their own (recorded_acl.cpp, recorded_routing.cpp,
- * recorded_bgp.cpp), which go on to the library's. */
+ * recorded_bgp.cpp, bent_vxlan.cpp), which go on to the library's. */
 #ifndef KESTREL_TESTS_MODULES_RECORDED_CALLS_H
 #define KESTREL_TESTS_MODULES_RECORDED_CALLS_H
 
@@ -8,11 +8,14 @@
 #include "tests/unit/modules/bent_calls.h"
 
 #include <string>
+#include <vector>
 
 /* The arguments of the latest call behind the rule's number, separated by blanks: a number as it is, a text
  * as its size and what stands before its terminator, "3:a0", an address as its family and text, "1:10.0.0.1".
  * Empty when there was no call since the last forget_calls(). */
 std::string recorded_arguments(const std::string &function);
+/* All calls since then in their order: the function's name and, behind a blank, its arguments. */
+const std::vector<std::string> &recorded_calls();
 void forget_calls();
 
 /* While it lives, the recorded functions of routing and BGP that change something answer OPEN_E_NONE and

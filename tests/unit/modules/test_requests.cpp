@@ -108,6 +108,29 @@ TEST_F(RequestTest, ChangesOfAccessControlListsAreAudited) {
             }));
 }
 
+TEST_F(RequestTest, ChangesOfVxlanAreAudited) {
+  std::string key = "sessionkey=" + log_in();
+  serve("PUT", "/vxlan/1/mode", key + "&value=2");
+  serve("PUT", "/vxlan/1/mode", key, "value=1");
+  serve("POST", "/vxlan/1/tenant/5/vlan/1", key);
+  serve("PUT", "/vxlan/1/multicastGroup", key + "&value=239.1.1.1");
+  serve("PUT", "/vxlan/1/tenant/5/multicastGroup", key + "&value=239.1.1.1");
+  serve("GET", "/vxlan/1/multicastGroup", key);
+  std::vector<std::string> lines = new_lines();
+  lines.erase(lines.begin()); /* the login */
+  EXPECT_EQ(
+      lines,
+      (std::vector<std::string>{
+          AUDIT + "[PUT /vxlan/1/mode?" + key + "&value=2]: Update VxLAN mode successfully. (0)",
+          AUDIT + "[PUT /vxlan/1/mode?" + key + "]: Couldn't change vxlan mode if tunnel still running ! (2)",
+          AUDIT + "[POST /vxlan/1/tenant/5/vlan/1?" + key + "]: Create VxLAN tenant 5 successfully. (0)",
+          AUDIT + "[PUT /vxlan/1/multicastGroup?" + key +
+              "&value=239.1.1.1]: Update VxLAN default multicast group successfully. (0)",
+          AUDIT + "[PUT /vxlan/1/tenant/5/multicastGroup?" + key +
+              "&value=239.1.1.1]:  Conflict with default multicast group!! (2)",
+      }));
+}
+
 TEST_F(RequestTest, ChangesOfRoutingAndBgpAreAudited) {
   std::string key = "sessionkey=" + log_in();
   const std::string dhcp = key + "&addrType=2&extArg=0";
@@ -179,8 +202,8 @@ TEST_F(RequestTest, EveryModuleIsReachedByItsName) {
   EXPECT_EQ(serve("GET", "/vlans", "sessionkey=" + key), expected_list({1}).xml);
   EXPECT_EQ(serve("GET", "/acl", "sessionkey=" + key),
             expected_data({number("current_number", 0), number("max_number", 100)}).xml);
-  for (const char *uri :
-       {"/base/", "/vlans/", "/login/", "/if/", "/lag/", "/pml/", "/acl/if/7/extra", "/routing/", "/bgp/"}) {
+  for (const char *uri : {"/base/", "/vlans/", "/login/", "/if/", "/lag/", "/pml/", "/acl/if/7/extra",
+                          "/routing/", "/bgp/", "/vxlan/1"}) {
     EXPECT_EQ(serve("GET", uri, "sessionkey=" + key), expected_bad_request().xml) << uri;
   }
 }

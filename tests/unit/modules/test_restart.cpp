@@ -9,6 +9,7 @@
 #include "tests/unit/modules/pml_fixture.h"
 #include "tests/unit/modules/tcam_fixture.h"
 #include "tests/unit/modules/vlan_fixture.h"
+#include "tests/unit/modules/vxlan_fixture.h"
 
 #include <memory>
 #include <stdlib.h>
@@ -48,6 +49,7 @@ protected:
     if (uri.compare(0, 5, "/tcam") == 0) return tcam_api_handler;
     if (uri.compare(0, 8, "/routing") == 0) return routing_api_handler;
     if (uri.compare(0, 4, "/bgp") == 0) return bgp_api_handler;
+    if (uri.compare(0, 6, "/vxlan") == 0) return vxlan_api_handler;
     return uri.compare(0, 4, "/pml") == 0 ? pml_api_handler : vlan_api_handler;
   }
   static std::string status_file() { return read_file(std::string(getenv(VARIABLE)) + "/sessions"); }
@@ -229,6 +231,71 @@ TEST_F(RestartTest, EveryAnswerIsTheSameAfterwards) {
         serve("PUT", "/if/9/switchportMode", "value=1");
         serve("PUT", "/if/10/switchportMode", "value=3");
         EXPECT_EQ(serve("GET", "/if/10/vlan"), expected_participations({{0, 1}, {2, 20}}).xml);
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+/* Both kinds of groups are configured, each in its mode; what is not in force stays as well. */
+static const struct {
+  const char *method, *uri, *query;
+} VXLAN_CHANGES[] = {
+    {"POST", "/vlans/10", ""},
+    {"POST", "/vlans/20", ""},
+    {"POST", "/vlans/30", ""},
+    {"PUT", "/vxlan/1/mode", "value=1"},
+    {"PUT", "/vxlan/1/udpPort", "value=5000"},
+    {"PUT", "/vxlan/1/sourceIntf/loopback", "value=3"},
+    {"POST", "/vxlan/1/tenant/16777214/vlan/10", ""},
+    {"POST", "/vxlan/1/tenant/5/vlan/20", ""},
+    {"POST", "/vxlan/1/tenant/6/vlan/30", ""},
+    {"PUT", "/vxlan/1/unicastGroup", "value=10.0.0.2"},
+    {"PUT", "/vxlan/1/unicastGroup", "value=10.0.0.1"},
+    {"PUT", "/vxlan/1/unicastGroup", "value=10.0.0.3"},
+    {"DELETE", "/vxlan/1/unicastGroup", "value=10.0.0.2"},
+    {"DELETE", "/vxlan/1/tenant/6/vlan/30", ""},
+    {"PUT", "/vxlan/1/mode", "value=0"},
+    {"PUT", "/vxlan/1/mode", "value=2"},
+    {"PUT", "/vxlan/1/multicastGroup", "value=239.0.0.1"},
+    {"PUT", "/vxlan/1/tenant/5/multicastGroup", "value=239.1.1.5"},
+    {"PUT", "/vxlan/1/tenant/16777214/multicastGroup", "value=239.1.1.6"},
+    {"DELETE", "/vxlan/1/tenant/16777214/multicastGroup", ""},
+};
+
+TEST_F(RestartTest, VxlanSurvivesWholeWhateverTheMode) {
+  const Answers tenants = expected_tenants({{5, 20}, {16777214, 10}});
+  const Answers multicast = expected_data({multicast_groups("239.0.0.1", {{5, "239.1.1.5"}})});
+  const Answers unicast = expected_data({unicast_groups({"10.0.0.1", "10.0.0.3"})});
+  EXPECT_EXIT(
+      {
+        start();
+        for (const auto &change : VXLAN_CHANGES) serve(change.method, change.uri, change.query);
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        EXPECT_EQ(serve("GET", "/vxlan/1/mode"), expected_mode(MULTICAST).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/udpPort"), expected_udp_port(5000).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/sourceIntf"), expected_source("loopback", 3).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/tenant"), tenants.xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/multicastGroup"), multicast.xml);
+        serve("PUT", "/vxlan/1/mode", "value=0");
+        serve("PUT", "/vxlan/1/mode", "value=1");
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        EXPECT_EQ(serve("GET", "/vxlan/1/mode"), expected_mode(UNICAST).xml);
+        EXPECT_EQ(serve("GET", "/vxlan/1/unicastGroup"), unicast.xml);
+        serve("PUT", "/vxlan/1/mode", "value=0");
+        die();
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        EXPECT_EQ(serve("GET", "/vxlan/1/mode"), expected_mode(OFF).xml);
         die();
       },
       testing::ExitedWithCode(0), "");

@@ -8,6 +8,7 @@
 #include "modules/rest_module_pml.h"
 #include "modules/rest_module_routing.h"
 #include "modules/rest_module_vlan.h"
+#include "modules/rest_module_vxlan.h"
 #include "tests/support/platform_fixture.h"
 #include "tests/support/route_reference.h"
 
@@ -26,7 +27,7 @@ static const struct {
 } MODULES[] = {
     {"acl", acl_api_handler},         {"base", base_api_handler},  {"bgp", bgp_api_handler},
     {"if", interface_api_handler},    {"lag", lag_api_handler},    {"pml", pml_api_handler},
-    {"routing", routing_api_handler}, {"vlans", vlan_api_handler},
+    {"routing", routing_api_handler}, {"vlans", vlan_api_handler}, {"vxlan", vxlan_api_handler},
 };
 
 /* A URI that the pattern takes: 1 for each number, the keyword for the word, and "ip", which is a type of
@@ -137,6 +138,20 @@ TEST_F(RouteTest, EveryUriIsServedUnderItsMethodsOnly) {
       {routing_api_handler, "/routing/vlanRtrIf", "GET POST DELETE"},
       {routing_api_handler, "/routing/vlanRtrIf/1", "GET POST DELETE"},
       {routing_api_handler, "/routing/vlanRtrIf/1/ip", "POST DELETE"},
+      {vxlan_api_handler, "/vxlan", ""},
+      {vxlan_api_handler, "/vxlan/1", ""},
+      {vxlan_api_handler, "/vxlan/1/mode", "GET PUT"},
+      {vxlan_api_handler, "/vxlan/1/udpPort", "GET PUT"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf", "GET DELETE"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf/if", "PUT"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf/loopback", "PUT"},
+      {vxlan_api_handler, "/vxlan/1/sourceIntf/vlan", "PUT"},
+      {vxlan_api_handler, "/vxlan/1/tenant", "GET"},
+      {vxlan_api_handler, "/vxlan/1/tenant/1", "GET"},
+      {vxlan_api_handler, "/vxlan/1/tenant/1/vlan/1", "POST DELETE"},
+      {vxlan_api_handler, "/vxlan/1/tenant/1/multicastGroup", "PUT DELETE"},
+      {vxlan_api_handler, "/vxlan/1/unicastGroup", "GET PUT DELETE"},
+      {vxlan_api_handler, "/vxlan/1/multicastGroup", "GET PUT DELETE"},
   };
   for (const auto &row : rows) {
     for (const char *method : {"GET", "POST", "PUT", "DELETE"}) {

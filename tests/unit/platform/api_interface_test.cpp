@@ -20,7 +20,7 @@ TEST_F(EveryInterfaceFunction, RefusesInterfacesThatDoNotExist) {
     for (const function_row &row : setting)
       EXPECT_EQ(row.call(&handle, interface), result) << row.name << interface;
   }
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
 }
 
 TEST_F(EveryInterfaceFunction, ReadsOfEveryTypeOfInterface) {
@@ -53,7 +53,7 @@ TEST_F(EveryInterfaceFunction, AnswersOrderedFaultsAndChangesNothing) {
     ASSERT_TRUE(softswitch::fault_order(row.name, OPEN_E_FULL, 1, 0)) << row.name;
     EXPECT_EQ(row.call(&handle, copper_port), OPEN_E_FULL) << row.name;
   }
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
   ASSERT_TRUE(softswitch::fault_order("openapiIfNextChangedGet", OPEN_E_FULL, 1, 0));
   EXPECT_EQ(openapiIfNextChangedGet(&handle, 0, &value, &value2), OPEN_E_FULL);
   for (const function_row &row : setting) EXPECT_EQ(row.call(&handle, copper_port), OPEN_E_NONE) << row.name;
@@ -81,7 +81,7 @@ TEST_F(EveryInterfaceFunction, ChangesNothingThatCannotBeStored) {
     for (const function_row &row : setting)
       EXPECT_EQ(row.call(&handle, copper_port), OPEN_E_FAIL) << row.name;
   }
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
 }
 
 /* --- Values --------------------------------------------------------------------------------------------- */
@@ -108,7 +108,7 @@ TEST_F(Interface, FactoryStateIsAsTypeAndProfileSay) {
        {"vlan1", "02:00:5E:FF:FF:F0", "", 1, 0, up_, OPEN_PORT_UNKNOWN, unknown, unknown, 0, 1518}},
   };
   for (const auto &[interface, wanted] : factory) EXPECT_EQ(all_of(interface), wanted) << interface;
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
   EXPECT_EQ(pending_interfaces(), std::vector<int>());
 }
 
@@ -190,7 +190,7 @@ TEST_F(Interface, DescriptionsHoldUpTo64Bytes) {
     EXPECT_EQ(describe(interface, ""), OPEN_E_NONE) << interface;
     EXPECT_EQ(description(interface), "") << interface;
   }
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
 }
 
 TEST_F(Interface, DescriptionsOfCpuAndVlanRoutingInterfacesAreUnavailable) {
@@ -242,7 +242,7 @@ TEST_F(Interface, PortsLagsAndLoopbacksCanBeDisabled) {
     EXPECT_EQ(up(interface), interface != lag && interface != 119) << interface;
   }
   ASSERT_EQ(rpcclt_openapiIfAdminStateSet(&handle, cage, OPEN_DISABLE), OPEN_E_NONE);
-  EXPECT_EQ(softswitch::running_config(), "interface 0/8 shutdown\n");
+  EXPECT_EQ(configured(), "interface 0/8 shutdown\n");
 }
 
 TEST_F(Interface, CpuAndVlanRoutingInterfacesAreAlwaysEnabled) {
@@ -260,7 +260,7 @@ TEST_F(Interface, StatesAreZeroOrOne) {
       EXPECT_EQ(rpcclt_openapiIfSoftShutdownStateSet(&handle, interface, state), OPEN_E_PARAM) << interface;
     }
   }
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
 }
 
 TEST_F(Interface, SoftShutdownTakesTheLinkDownAndLeavesTheAdministrativeState) {
@@ -269,7 +269,7 @@ TEST_F(Interface, SoftShutdownTakesTheLinkDownAndLeavesTheAdministrativeState) {
   EXPECT_EQ(read(rpcclt_openapiIfSoftShutdownStateGet, cage), OPEN_ENABLE);
   EXPECT_EQ(read(openapiIfAdminStateGet, cage), OPEN_ENABLE);
   EXPECT_FALSE(up(cage));
-  EXPECT_EQ(softswitch::running_config(), "interface 0/8 soft-shutdown\n");
+  EXPECT_EQ(configured(), "interface 0/8 soft-shutdown\n");
   restart_keeps_configuration();
   EXPECT_FALSE(up(cage));
   ASSERT_EQ(rpcclt_openapiIfSoftShutdownStateSet(&handle, cage, OPEN_DISABLE), OPEN_E_NONE);
@@ -313,12 +313,9 @@ TEST_F(Interface, LagIsUpWhenItIsEnabledAndAMemberHasLink) {
 }
 
 TEST_F(Interface, VlanRoutingInterfaceIsUpWhenAMemberOfItsVlanHasLink) {
-  uint32_t number;
+  const uint32_t number = 227;
   ASSERT_EQ(commit("vlan 10"), OPEN_E_NONE);
-  {
-    softswitch::locked_switch model;
-    ASSERT_EQ(softswitch::interface_make_vlan_routing(*model, 10, &number), OPEN_E_NONE);
-  }
+  ASSERT_EQ(commit("vlan 10 routing"), OPEN_E_NONE);
   ASSERT_EQ(commit("interface 0/7 lag 1"), OPEN_E_NONE);
   EXPECT_FALSE(up(number)) << "no member";
   ASSERT_EQ(commit("interface 0/9 vlan 10 participation include"), OPEN_E_NONE);
@@ -387,7 +384,7 @@ TEST_F(Interface, OnlyPortsHaveASpeedAndOnlyCopperPortsNegotiate) {
     for (uint32_t mode : {OPEN_PORT_AUTO_NEGOTIATE_ENABLE, OPEN_PORT_AUTO_NEGOTIATE_DISABLE})
       EXPECT_EQ(rpcclt_openapiIfAutoNegSet(&handle, interface, mode), OPEN_E_UNAVAIL) << interface;
   }
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
 }
 
 TEST_F(Interface, AutoNegotiationIsEnableOrDisable) {
@@ -400,13 +397,13 @@ TEST_F(Interface, FixedSpeedEndsAutoNegotiationAndIsKeptWhileItIsOn) {
   ASSERT_EQ(rpcclt_openapiIfSpeedSet(&handle, copper_port, OPEN_PORT_HALF_100TX), OPEN_E_NONE);
   EXPECT_EQ(read(openapiIfAutoNegGet, copper_port), OPEN_PORT_AUTO_NEGOTIATE_DISABLE);
   EXPECT_EQ(read(openapiIfDuplexModeGet, copper_port), OPEN_PORT_DUPLEX_HALF);
-  EXPECT_EQ(softswitch::running_config(), "interface 0/2 speed 100-half\n");
+  EXPECT_EQ(configured(), "interface 0/2 speed 100-half\n");
   ASSERT_EQ(rpcclt_openapiIfSpeedSet(&handle, copper_port, OPEN_PORT_AUTO_NEG), OPEN_E_NONE);
   EXPECT_EQ(read(openapiIfAutoNegGet, copper_port), OPEN_PORT_AUTO_NEGOTIATE_ENABLE);
   EXPECT_EQ(read(openapiIfSpeedGet, copper_port), OPEN_PORT_AUTO_NEG);
   EXPECT_EQ(read(openapiIfDuplexModeGet, copper_port), OPEN_PORT_DUPLEX_FULL);
-  EXPECT_EQ(softswitch::running_config(), "interface 0/2 speed 100-half\n"
-                                          "interface 0/2 auto-negotiation on\n");
+  EXPECT_EQ(configured(), "interface 0/2 speed 100-half\n"
+                          "interface 0/2 auto-negotiation on\n");
   restart_keeps_configuration();
   ASSERT_EQ(rpcclt_openapiIfAutoNegSet(&handle, copper_port, OPEN_PORT_AUTO_NEGOTIATE_DISABLE), OPEN_E_NONE);
   EXPECT_EQ(read(openapiIfSpeedGet, copper_port), OPEN_PORT_HALF_100TX);
@@ -421,10 +418,10 @@ TEST_F(Interface, WithoutAutoNegotiationTheSpeedIsThePortsOwnAtFirst) {
     ASSERT_EQ(rpcclt_openapiIfAutoNegSet(&handle, port, OPEN_PORT_AUTO_NEGOTIATE_DISABLE), OPEN_E_NONE);
     EXPECT_EQ(read(openapiIfSpeedGet, port), speed) << port;
   }
-  EXPECT_EQ(softswitch::running_config(), "interface 0/1 auto-negotiation off\n"
-                                          "interface 0/2 auto-negotiation off\n"
-                                          "interface 0/3 auto-negotiation off\n"
-                                          "interface 0/4 auto-negotiation off\n");
+  EXPECT_EQ(configured(), "interface 0/1 auto-negotiation off\n"
+                          "interface 0/2 auto-negotiation off\n"
+                          "interface 0/3 auto-negotiation off\n"
+                          "interface 0/4 auto-negotiation off\n");
 }
 
 TEST_F(Interface, DuplexOfAPortThatNegotiatesIsUnknownWithoutALink) {
@@ -443,7 +440,7 @@ TEST_F(Interface, MtuIs1518To12270) {
       EXPECT_EQ(read(openapiIfMtuSizeGet, interface), mtu);
     }
   }
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
   ASSERT_EQ(rpcclt_openapiIfMtuSizeSet(&handle, lag, 12270), OPEN_E_NONE);
   for (uint32_t mtu : {0u, 1u, 1517u, 12271u, 65536u + 1518, UINT32_MAX}) {
     for (uint32_t interface : one_of_each_type)
@@ -470,10 +467,7 @@ TEST_F(Interface, ChangedInterfacesArePendingUntilTaken) {
   }
   ASSERT_EQ(describe(119, "x"), OPEN_E_NONE);
   ASSERT_EQ(describe(127, "x"), OPEN_E_NONE);
-  {
-    softswitch::locked_switch model;
-    ASSERT_EQ(softswitch::interface_remove_vlan_routing(*model, 1), OPEN_E_NONE);
-  }
+  ASSERT_EQ(commit("no vlan 1 routing"), OPEN_E_NONE);
   EXPECT_EQ(pending_interfaces(), (std::vector<int>{2, 119, 127, -226}));
   ASSERT_EQ(openapiIfNextChangedGet(&handle, 3, &value, &value2), OPEN_E_NONE);
   EXPECT_EQ(value, 119u);
@@ -507,7 +501,7 @@ TEST_F(Interface, LinksAndCablesAreNoConfiguration) {
   EXPECT_FALSE(up(6));
   EXPECT_FALSE(up(7));
   EXPECT_EQ(pending_interfaces(), std::vector<int>());
-  EXPECT_EQ(softswitch::running_config(), "");
+  EXPECT_EQ(configured(), "");
   EXPECT_EQ(file_content(dir.path + "/journal-1"), "");
 }
 

@@ -13,7 +13,7 @@ constexpr uint32_t bytes_in = 1, one_collision = 34;
 class Statistics : public MixedPorts {
 protected:
   void TearDown() override {
-    EXPECT_EQ(softswitch::running_config(), "") << "counters are no configuration";
+    EXPECT_EQ(configured(), "") << "counters are no configuration";
     MixedPorts::TearDown();
   }
 

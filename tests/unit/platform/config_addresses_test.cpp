@@ -1,10 +1,6 @@
 /* Tests of the lines about the IP addresses of interfaces: good ones, near misses with their errors, and
  * printing. */
-#include "platform/softswitch/config/language.h"
-
-#include <gtest/gtest.h>
-#include <random>
-#include <string>
+#include "tests/unit/platform/config_test_support.h"
 
 using namespace softswitch;
 
@@ -45,6 +41,10 @@ TEST(AddressLines, GoodLinesGiveTheirConfiguration) {
       {"no interface 0/1 ipv6 address 2001:db8:0::1/64", primary + secondary},
       {"no interface 0/2 ip address", base},
       {"no interface cpu ip address", base},
+      {"interface 0/2 ip address dhcp", primary + "interface 0/2 ip address dhcp\n" + secondary + ipv6},
+      {"no interface 0/1 ip address dhcp", base},
+      {"interface 0/1 ipv6 address auto", base + "interface 0/1 ipv6 address auto\n"},
+      {"no interface 0/1 ipv6 address auto", base},
   };
   for (const auto &[line, expected] : rows) {
     switch_model model = prepared();
@@ -118,6 +118,18 @@ TEST(AddressLines, NearMissesNameTheirReason) {
        "2001:db8::9/64 overlaps with a prefix of 0/1"},
       {"interface 0/1 ipv6 address 2001:db8::1/65", OPEN_E_EXISTS, "0/1 has the address 2001:db8::1 already"},
       {"interface cpu ipv6 address fe80::1/64", OPEN_E_NOT_FOUND, "cpu cannot have IP addresses"},
+      {"interface 0/1 ip address dhcp", OPEN_E_FAIL, "0/1 has secondary addresses"},
+      {"interface 0/2 ip address DHCP", OPEN_E_PARAM, "\"DHCP\"" + no_ipv4},
+      {"interface 0/2 ip address \"dhcp\"", OPEN_E_PARAM, "\"dhcp\"" + no_ipv4},
+      {"interface 0/2 ip address auto", OPEN_E_PARAM, "\"auto\"" + no_ipv4},
+      {"interface 0/2 ip secondary-address dhcp", OPEN_E_PARAM, "\"dhcp\"" + no_ipv4},
+      {"interface 0/2 ip address dhcp now", OPEN_E_PARAM, "\"now\" is not expected here"},
+      {"interface 0/99 ip address dhcp", OPEN_E_PARAM, "there is no interface \"0/99\""},
+      {"interface cpu ip address dhcp", OPEN_E_NOT_FOUND, "cpu cannot have IP addresses"},
+      {"no interface cpu ip address dhcp", OPEN_E_NOT_FOUND, "cpu cannot have IP addresses"},
+      {"interface 0/2 ipv6 address dhcp", OPEN_E_PARAM, "\"dhcp\"" + no_ipv6},
+      {"interface cpu ipv6 address auto", OPEN_E_NOT_FOUND, "cpu cannot have IP addresses"},
+      {"no interface 0/2 ipv6 address", OPEN_E_PARAM, "the line ends too early: <ipv6-prefix> is missing"},
       {"no interface 0/1 ipv6 address 2001:DB8::2/64", OPEN_E_NOT_FOUND,
        "0/1 has no IPv6 address 2001:db8::2/64"},
       {"interface 0/1 ipv6 secondary-address 2001:db8::2/64", OPEN_E_PARAM,
@@ -145,11 +157,10 @@ TEST(AddressLines, FullInterfaceSaysHowMuchThereIsRoomFor) {
 TEST(AddressLines, VlanRoutingInterfacesAreKnownByName) {
   switch_model model = prepared();
   std::string error;
-  uint32_t number;
-  ASSERT_EQ(interface_make_vlan_routing(model, 1, &number), OPEN_E_NONE);
+  ASSERT_EQ(apply_line(model, "vlan 1 routing", &error), OPEN_E_NONE) << error;
   ASSERT_EQ(apply_line(model, "interface vlan1 ip address 10.1.0.1/24", &error), OPEN_E_NONE) << error;
-  EXPECT_EQ(print_configuration(model),
-            primary + "interface vlan1 ip address 10.1.0.1/24\n" + secondary + ipv6);
+  EXPECT_EQ(print_configuration(model), "vlan 1 routing interface 226\n" + primary +
+                                            "interface vlan1 ip address 10.1.0.1/24\n" + secondary + ipv6);
 }
 
 /* A line that may or may not apply. Few interfaces and networks, so that lines meet each other. */
@@ -161,9 +172,13 @@ std::string random_line(std::mt19937 &random) {
   std::string host = std::to_string(1 + random() % 9);
   std::string ipv4 = "10.0." + std::to_string(random() % 8) + "." + host + lengths[random() % 4];
   std::string ipv6_address = ipv6_networks[random() % 4] + host + (random() % 2 ? "/64" : "/128");
-  switch (random() % 10) {
+  switch (random() % 12) {
   case 0:
     return "no " + interface + " ip address";
+  case 10:
+    return (random() % 2 ? "no " : "") + interface + " ip address dhcp";
+  case 11:
+    return (random() % 2 ? "no " : "") + interface + " ipv6 address auto";
   case 1:
     return "no " + interface + " ip secondary-address " + ipv4;
   case 2:
@@ -181,23 +196,7 @@ std::string random_line(std::mt19937 &random) {
 }
 
 TEST(AddressLines, PrintAppliedToAFactorySwitchPrintsTheSame) {
-  for (unsigned seed = 0; seed < 100; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    int applied = 0;
-    for (int line = 0; line < 120; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) != OPEN_E_NONE) continue;
-      model = changed;
-      applied++;
-    }
-    ASSERT_GT(applied, 15) << "seed " << seed;
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
-  }
+  prints_come_back(100, 120, random_line, [](const switch_model &, const switch_model &) {});
 }
 
 } // namespace

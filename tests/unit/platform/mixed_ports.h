@@ -30,14 +30,19 @@ protected:
   void SetUp() override {
     write_file(dir.path + "/profile.json", mixed_ports_profile);
     setenv("KESTREL_PROFILE", (dir.path + "/profile.json").c_str(), 1);
+    write_file(dir.path + "/startup-config", routed_vlan);
     SoftSwitch::SetUp();
     softswitch::set_limit("settle-milliseconds", 0);
-    softswitch::locked_switch model;
-    uint32_t number;
-    ASSERT_EQ(softswitch::interface_make_vlan_routing(*model, 1, &number), OPEN_E_NONE);
-    ASSERT_EQ(number, 226u);
-    softswitch::changes_taken(*model, model->change);
   }
+
+  /* The running configuration without what every test begins with. */
+  static std::string configured() {
+    std::string all = softswitch::running_config();
+    EXPECT_TRUE(all.starts_with(routed_vlan)) << all;
+    return all.substr(routed_vlan.size());
+  }
+
+  inline static const std::string routed_vlan = "vlan 1 routing interface 226\n";
 };
 
 #endif

@@ -1,31 +1,11 @@
 /* Tests of addresses and prefixes, and of the rules for the addresses of interfaces. */
-#include "platform/softswitch/model/switch.h"
+#include "tests/unit/platform/address_test_support.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 
 using namespace softswitch;
 
 namespace {
-
-/* "10.0.0.1/24" as a prefix. */
-open_inet_pfx_t prefix(const std::string &text) {
-  open_inet_pfx_t read = {};
-  size_t slash = text.find('/');
-  EXPECT_TRUE(inet_address_read(text.substr(0, slash), &read.ipAddr)) << text;
-  read.pfxLen = static_cast<uint32_t>(std::stoul(text.substr(slash + 1)));
-  return read;
-}
-
-bool is_pending(const switch_model &model, uint32_t interface) {
-  return model.interfaces->at[interface].changed > model.applied;
-}
-
-std::vector<std::string> texts(const std::vector<open_inet_pfx_t> &list) {
-  std::vector<std::string> all;
-  for (const open_inet_pfx_t &each : list) all.push_back(inet_prefix_text(each));
-  return all;
-}
 
 class Addresses : public testing::Test {
 protected:

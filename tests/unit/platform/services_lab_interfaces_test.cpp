@@ -208,7 +208,7 @@ TEST_F(LabInterfaces, LabCommandsAndCallsAtTheSameTimeLoseNothing) {
   ASSERT_TRUE(wait_applied(patience_ms));
   EXPECT_TRUE(up(6));
   EXPECT_TRUE(up(8));
-  EXPECT_EQ(running_config(), "interface 0/6 description \"round 499\"\n");
+  EXPECT_EQ(configured(), "interface 0/6 description \"round 499\"\n");
 }
 
 } // namespace
