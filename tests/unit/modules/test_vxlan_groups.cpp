@@ -332,6 +332,18 @@ TEST_F(VxlanGroupTest, MulticastGroupIsAnIpv4Address) {
   EXPECT_EQ(multicast(), expected_multicast("239.0.0.1", {{5, "239.1.1.1"}}));
 }
 
+/* A group is deleted by DELETE only, not by setting none. */
+TEST_F(VxlanGroupTest, NoAddressIsNoGroup) {
+  begin_empty(MULTICAST);
+  once("POST", "/vxlan/1/tenant/5/vlan/10");
+  for (const char *default_group : {"none", "239.0.0.1"}) {
+    for (const char *uri : MULTICAST_URIS)
+      EXPECT_EQ(serve("PUT", uri, "value=0.0.0.0"), expected_platform_error(OPEN_E_PARAM)) << uri;
+    EXPECT_EQ(multicast(), expected_multicast(default_group, {}));
+    set_default("239.0.0.1");
+  }
+}
+
 TEST_F(VxlanGroupTest, AddressThatIsNoGroupIsThePlatformsToRefuse) {
   begin(MULTICAST);
   for (const char *uri : MULTICAST_URIS) {

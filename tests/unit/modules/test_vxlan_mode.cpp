@@ -60,6 +60,7 @@ TEST_F(VxlanTest, ModeIsLeftAloneByFlagsThatAreNeither0Nor1) {
     EXPECT_EQ(mode, 9u) << row.unicast << " " << row.multicast;
     EXPECT_EQ(get("/vxlan/1/mode"), expected_mode(OFF));
     EXPECT_EQ(get("/vxlan/1/udpPort"), refused(NOT_ENABLED));
+    EXPECT_EQ(serve("DELETE", "/vxlan/1/unicastGroup", "value=10.0.0.1"), refused(NOT_UNICAST));
   }
 }
 

@@ -90,6 +90,14 @@ TEST_F(VxlanStrangePlatformTest, GroupsAreShownWhateverTheirAddresses) {
             expected_data({multicast_groups("255.255.255.255", {{5, "0.0.0.1"}, {6, "0.0.0.1"}})}));
 }
 
+/* A tenant is made from an empty record, whatever a tenant that is not there was read as. */
+TEST_F(VxlanStrangePlatformTest, OutputOfATenantThatIsNotThereIsNotLookedAt) {
+  begin(UNICAST);
+  bent_output vlan("rpcclt_openapiL2oL3TenantGet", 20);
+  expect_done("POST", "/vxlan/1/tenant/7/vlan/30", "", "Create VxLAN tenant 7 successfully.");
+  EXPECT_EQ(recorded_arguments("rpcclt_openapiL2oL3TenantCreate"), "1 7 2 0");
+}
+
 /* The ids that count are those of the platform. */
 TEST_F(VxlanStrangePlatformTest, HighestVlanIdIsThePlatforms) {
   begin(UNICAST);
