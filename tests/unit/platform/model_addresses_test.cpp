@@ -146,6 +146,28 @@ TEST(InetAddress, PrefixesOverlapWhenOneHoldsTheOther) {
   }
 }
 
+TEST(InetAddress, MaskedPrefixHasZeroBitsBehindIt) {
+  const std::pair<const char *, const char *> rows[] = {
+      {"255.255.255.255/0", "0.0.0.0/0"},
+      {"255.255.255.255/1", "128.0.0.0/1"},
+      {"10.1.2.3/8", "10.0.0.0/8"},
+      {"10.1.2.255/27", "10.1.2.224/27"},
+      {"10.1.2.3/31", "10.1.2.2/31"},
+      {"10.1.2.3/32", "10.1.2.3/32"},
+      {"ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff/0", "::/0"},
+      {"ffff::1/1", "8000::/1"},
+      {"2001:db8:ffff::1/33", "2001:db8:8000::/33"},
+      {"2001:db8::ffff/120", "2001:db8::ff00/120"},
+      {"2001:db8::ffff/127", "2001:db8::fffe/127"},
+      {"2001:db8::ffff/128", "2001:db8::ffff/128"},
+  };
+  for (const auto &[text, expected] : rows) {
+    open_inet_pfx_t prefix = {};
+    ASSERT_TRUE(inet_prefix_read(text, &prefix)) << text;
+    EXPECT_EQ(inet_prefix_text(inet_masked(prefix)), expected) << text;
+  }
+}
+
 TEST(InetAddress, LinkLocalAddressesAreTheFirstTenBitsOfFe80) {
   for (const char *text : {"fe80::1/64", "febf:ffff::1/10"})
     EXPECT_TRUE(inet_link_local(prefix(text).ipAddr));
