@@ -95,11 +95,12 @@ enum {
  *   extArg  OPEN_CONTROL_t. 1 for a given IPv6 address: its last 64 bits are made from the interface's MAC
  *           address (modified EUI-64, RFC 4291 appendix A), and the prefix has at most 64 bits. Means nothing
  *           otherwise
- * What is set already is no error. No two interfaces have overlapping prefixes, IPv6 link-local ones excepted.
- * OPEN_E_PARAM   also: unknown family or method, SECONDARY in IPv6, `extArg` neither 0 nor 1, the prefix is of
- *                another family or no host's
- * OPEN_E_EXISTS  the interface has the same address with another prefix length or in another part, or another
- *                interface has an overlapping prefix
+ * What is set already is no error. No two interfaces have overlapping prefixes, IPv6 link-local ones
+ * excepted.
+ * OPEN_E_PARAM   also: unknown family or method, SECONDARY in IPv6, `extArg` neither 0 nor 1, the prefix
+ *                is of another family or no host's
+ * OPEN_E_EXISTS  the interface has the same address with another prefix length or in another part, or
+ *                another interface has an overlapping prefix
  * OPEN_E_FULL    the interface has as many as it may have
  * OPEN_E_FAIL    also: SECONDARY without a given primary address; AUTO in IPv4 with secondary addresses */
 open_error_t rpcclt_openapiRtrIntfIpAddrAdd(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,

@@ -193,29 +193,41 @@ static std::string describe_prefix(const void *prefix) {
   return inet_prefix_text(*static_cast<const open_inet_pfx_t *>(prefix));
 }
 
+/* Makes a change by a request whose prefix is not filled in. */
+static open_error_t change_address(const char *function, openapiClientHandle_t *handle,
+                                   address_request request, const open_inet_pfx_t *prefix,
+                                   open_error_t (*change)(switch_model &, const address_kind &,
+                                                          const address_request &)) {
+  const call_arguments arguments = {request.family, request.ifNum, request.method,
+                                    input(prefix, describe_prefix), request.extArg};
+  return api_call(function, handle, arguments, [&](switch_model &model) {
+    const address_kind *kind;
+    request.prefix = *prefix;
+    open_error_t rc = check_request(model, &request, &kind);
+    return rc == OPEN_E_NONE ? change(model, *kind, request) : rc;
+  });
+}
+
+static open_error_t add_address(switch_model &model, const address_kind &kind,
+                                const address_request &request) {
+  return commit(model, kind.add, {request.ifNum, request.prefix});
+}
+
 open_error_t rpcclt_openapiRtrIntfIpAddrAdd(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
                                             uint32_t method, const open_inet_pfx_t *prefix, uint32_t extArg) {
-  call_arguments arguments = {family, ifNum, method, input(prefix, describe_prefix), extArg};
-  return api_call(__func__, handle, arguments, [&](switch_model &model) {
-    address_request request = {family, ifNum, method, *prefix, extArg};
-    const address_kind *kind;
-    open_error_t rc = check_request(model, &request, &kind);
-    return rc == OPEN_E_NONE ? commit(model, kind->add, {ifNum, request.prefix}) : rc;
-  });
+  return change_address(__func__, handle, {family, ifNum, method, {}, extArg}, prefix, add_address);
+}
+
+static open_error_t remove_address(switch_model &model, const address_kind &kind,
+                                   const address_request &request) {
+  const interface_addresses &addresses = addresses_configured(model, request.ifNum);
+  if (kind.present && !kind.present(addresses, request.prefix)) return kind.absent;
+  return commit(model, kind.remove, {request.ifNum, request.prefix});
 }
 
 open_error_t rpcclt_openapiRtrIntfIpAddrDel(openapiClientHandle_t *handle, uint32_t family, uint32_t ifNum,
                                             uint32_t method, const open_inet_pfx_t *prefix, uint32_t extArg) {
-  call_arguments arguments = {family, ifNum, method, input(prefix, describe_prefix), extArg};
-  return api_call(__func__, handle, arguments, [&](switch_model &model) {
-    address_request request = {family, ifNum, method, *prefix, extArg};
-    const address_kind *kind;
-    open_error_t rc = check_request(model, &request, &kind);
-    if (rc != OPEN_E_NONE) return rc;
-    if (kind->present && !kind->present(addresses_configured(model, ifNum), request.prefix))
-      return kind->absent;
-    return commit(model, kind->remove, {ifNum, request.prefix});
-  });
+  return change_address(__func__, handle, {family, ifNum, method, {}, extArg}, prefix, remove_address);
 }
 
 /* --- Reading addresses ---------------------------------------------------------------------------------- */

@@ -1,10 +1,6 @@
 /* Tests of the lines about the IP addresses of interfaces: good ones, near misses with their errors, and
  * printing. */
-#include "platform/softswitch/config/language.h"
-
-#include <gtest/gtest.h>
-#include <random>
-#include <string>
+#include "tests/unit/platform/config_test_support.h"
 
 using namespace softswitch;
 
@@ -200,23 +196,7 @@ std::string random_line(std::mt19937 &random) {
 }
 
 TEST(AddressLines, PrintAppliedToAFactorySwitchPrintsTheSame) {
-  for (unsigned seed = 0; seed < 100; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    int applied = 0;
-    for (int line = 0; line < 120; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) != OPEN_E_NONE) continue;
-      model = changed;
-      applied++;
-    }
-    ASSERT_GT(applied, 15) << "seed " << seed;
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
-  }
+  prints_come_back(100, 120, random_line, [](const switch_model &, const switch_model &) {});
 }
 
 } // namespace

@@ -1,9 +1,5 @@
 /* Tests of the lines about routing: good ones, near misses with their errors, and printing. */
-#include "platform/softswitch/config/language.h"
-
-#include <gtest/gtest.h>
-#include <random>
-#include <string>
+#include "tests/unit/platform/config_test_support.h"
 
 using namespace softswitch;
 
@@ -153,25 +149,10 @@ std::string random_line(std::mt19937 &random) {
 }
 
 TEST(RoutingLines, PrintAppliedToAFactorySwitchGivesTheSameSwitch) {
-  for (unsigned seed = 0; seed < 200; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    int applied = 0;
-    for (int line = 0; line < 80; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) != OPEN_E_NONE) continue;
-      model = changed;
-      applied++;
-    }
-    ASSERT_GT(applied, 15) << "seed " << seed;
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
+  prints_come_back(200, 80, random_line, [](const switch_model &first, const switch_model &second) {
     for (uint32_t vlan : {1u, 10u, 20u})
-      ASSERT_EQ(interface_of_vlan(again, vlan), interface_of_vlan(model, vlan)) << printed;
-  }
+      ASSERT_EQ(interface_of_vlan(second, vlan), interface_of_vlan(first, vlan)) << vlan;
+  });
 }
 
 } // namespace
