@@ -218,11 +218,13 @@ int api_routing_update_ipv6_admin_mode(openapiClientHandle_t *client_handle, mg_
 }
 
 int api_routing_update_interface_admin_mode(openapiClientHandle_t *client_handle, mg_connection *conn) {
-  uint32_t ifNum = 0, mode = 0;
-  if (!uri_numbers(conn, "/routing/if/%[0-9]/adminMode%s", {&ifNum}))
+  uri_fields_t fields;
+  uint32_t mode = 0;
+  if (scan_uri(conn->uri, "/routing/if/%[0-9]/adminMode%s", fields) != 1)
     return fail(conn, OPEN_E_PARAM, nullptr);
   if (!number_or_reply(conn, "value", &mode)) return 0;
 
+  uint32_t ifNum = static_cast<uint32_t>(text_to_int(fields[0]));
   open_error_t rc = rpcclt_openapiRtrIntfRtrAdminModeSet(client_handle, ifNum, mode);
   if (rc != OPEN_E_NONE) return fail(conn, rc, nullptr);
   return succeed(conn, nullptr, "Update routing admin mode for this interface successfully.");

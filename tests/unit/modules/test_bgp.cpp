@@ -276,9 +276,11 @@ TEST_F(BgpTest, NameOfANetworksRouteMapHas31Characters) {
   const std::string longest(31, 'r'), query = "addr=10.1.0.0&pfxLen=16&routeMap=";
   expect_done("POST", "/bgp/originatedNetwork", query + longest, network_message("Set", "10.1.0.0", "16"));
   EXPECT_EQ(recorded_arguments(NETWORK), "1 1:10.1.0.0 16 1 32:" + longest);
+  forget_calls();
   for (size_t length : {32, 33, 255, 300})
     expect_refused("POST", "/bgp/originatedNetwork", query + std::string(length, 'r'),
                    expected_parameter_error());
+  EXPECT_EQ(recorded_arguments(NETWORK), "");
 }
 
 TEST_F(BgpTest, NetworkThatThePlatformCannotParseAnswers99) {

@@ -90,7 +90,7 @@ TEST_F(RoutingFailureTest, NameThatThereIsNoMemoryForAnswers97) {
 /* --- Numbers -------------------------------------------------------------------------------------------- */
 
 /* Numbers of the platform are unsigned, those of results are not. */
-TEST_F(RoutingFailureTest, HugeNumbersAreWrittenAsTheyAre) {
+TEST_F(RoutingFailureTest, HugeNumbersAreWrittenSigned) {
   bent_output bent("rpcclt_openapiRtrIntfVlanIdGet", 0xffffffffu);
   EXPECT_EQ(
       get("/routing/vlanRtrIf/1"),
