@@ -29,7 +29,8 @@ std::string interface_use_words(const switch_model &model, uint32_t number) {
   if (acl_with_target(model, number)) return " is the target of an access list's rule";
   uint32_t policy = tcam_policy_redirecting_to(model, number);
   if (policy != 0) return " is the target of TCAM policy " + std::to_string(policy);
-  return vxlan_uses_interface(model, number) ? " is the VXLAN source interface" : " is in use";
+  if (vxlan_uses_interface(model, number)) return " is the VXLAN source interface";
+  return " is the scope or update source of a BGP neighbor";
 }
 
 /* --- interface <interface> shutdown --------------------------------------------------------------------- */

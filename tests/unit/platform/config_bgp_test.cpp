@@ -194,9 +194,9 @@ TEST(BgpLines, InterfaceOfANeighborIsInUse) {
                          &error))
       << error;
   EXPECT_EQ(apply_line(model, "no lag 1", &error), OPEN_E_FAIL);
-  EXPECT_EQ(error, "port-channel 1 is in use");
+  EXPECT_EQ(error, "port-channel 1 is the scope or update source of a BGP neighbor");
   EXPECT_EQ(apply_line(model, "no vlan 10 routing", &error), OPEN_E_FAIL);
-  EXPECT_EQ(error, "vlan10 is in use");
+  EXPECT_EQ(error, "vlan10 is the scope or update source of a BGP neighbor");
   EXPECT_TRUE(apply_text(model,
                          "no bgp neighbor fe80::2%3/1\nno lag 1\n"
                          "no bgp neighbor 10.0.0.2 update-source\nno vlan 10 routing\n",
