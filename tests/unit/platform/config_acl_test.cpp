@@ -1,8 +1,8 @@
 /* Tests of the lines about access control lists: good ones, near misses with their errors, and printing. */
 #include "platform/softswitch/config/language.h"
+#include "tests/unit/platform/config_test_support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 
 using namespace softswitch;
@@ -105,19 +105,6 @@ TEST(AclLines, ClausesPrintInTheirOrderWhateverOrderTheyHad) {
   }
 }
 
-struct near_miss {
-  std::string line;
-  open_error_t code;
-  const char *error;
-};
-
-void expect_refused(const near_miss &row) {
-  switch_model model = prepared();
-  std::string error;
-  EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
-  EXPECT_EQ(error, row.error) << row.line;
-}
-
 TEST(AclLines, NearMissesNameTheirReason) {
   const near_miss rows[] = {
       {"acl ip", OPEN_E_PARAM, "the line ends too early: <text> is missing"},
@@ -161,11 +148,11 @@ TEST(AclLines, NearMissesNameTheirReason) {
       {"acl ip web rule 10 permit mirror 0/1", OPEN_E_FAIL, "web is bound to 0/1 itself"},
       {"acl ip web rule 10 permit redirect 0/1", OPEN_E_FAIL, "web is bound to 0/1 itself"},
   };
-  for (const near_miss &row : rows) expect_refused(row);
+  expect_refused(prepared(), rows);
 }
 
 TEST(AclLines, WrongClausesNameTheirReason) {
-  const near_miss rows[] = {
+  near_miss rows[] = {
       {"ip web rule 9 permit 5", OPEN_E_PARAM, "\"5\" is not expected here"},
       {"ip web rule 9 permit \"every\"", OPEN_E_PARAM, "\"every\" is not expected here"},
       {"ip web rule 9 permit every every", OPEN_E_PARAM, "every is there twice"},
@@ -234,10 +221,8 @@ TEST(AclLines, WrongClausesNameTheirReason) {
       {"ipv6 six rule 9 permit igmp-type 1", OPEN_E_UNAVAIL, "a rule of an IPv6 list has no IGMP type"},
       {"ip web rule 9 permit routing on", OPEN_E_UNAVAIL, "a rule of an IP list has no \"routing\""},
   };
-  for (near_miss row : rows) {
-    row.line = "acl " + row.line;
-    expect_refused(row);
-  }
+  for (near_miss &row : rows) row.line = "acl " + row.line;
+  expect_refused(prepared(), rows);
 }
 
 TEST(AclLines, FullTablesSayHowMuchThereIsRoomFor) {
@@ -333,21 +318,10 @@ std::string random_line(std::mt19937 &random) {
 }
 
 TEST(AclLines, PrintAppliedToAFactorySwitchPrintsTheSame) {
-  for (unsigned seed = 0; seed < 60; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    for (int line = 0; line < 300; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) == OPEN_E_NONE) model = changed;
-    }
-    ASSERT_GT(model.acls->lists.size(), 2u) << "seed " << seed;
-    ASSERT_FALSE(model.acls->bindings->empty()) << "seed " << seed;
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
-  }
+  prints_come_back(60, 300, random_line, [](const switch_model &model, const switch_model &) {
+    ASSERT_GT(model.acls->lists.size(), 2u);
+    ASSERT_FALSE(model.acls->bindings->empty());
+  });
 }
 
 } // namespace

@@ -65,11 +65,7 @@ TEST(AddressLines, GoodLinesGiveTheirConfiguration) {
 TEST(AddressLines, NearMissesNameTheirReason) {
   const std::string no_ipv4 = " is not an IPv4 address with a prefix length";
   const std::string no_ipv6 = " is not an IPv6 address with a prefix length";
-  const struct {
-    const char *line;
-    open_error_t code;
-    std::string error;
-  } rows[] = {
+  const near_miss rows[] = {
       {"interface 0/2 ip", OPEN_E_PARAM, "the line ends too early: address is missing"},
       {"interface 0/2 ip address", OPEN_E_PARAM, "the line ends too early: <ip-prefix> is missing"},
       {"interface 0/2 ip address 10.1.0.1", OPEN_E_PARAM, "\"10.1.0.1\"" + no_ipv4},
@@ -142,12 +138,7 @@ TEST(AddressLines, NearMissesNameTheirReason) {
       {"interface 0/1 ipv6 secondary-address 2001:db8::2/64", OPEN_E_PARAM,
        "\"secondary-address\" is not expected here"},
   };
-  for (const auto &row : rows) {
-    switch_model model = prepared();
-    std::string error;
-    EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
-    EXPECT_EQ(error, row.error) << row.line;
-  }
+  expect_refused(prepared(), rows);
 }
 
 TEST(AddressLines, FullInterfaceSaysHowMuchThereIsRoomFor) {

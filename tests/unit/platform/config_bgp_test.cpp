@@ -1,8 +1,8 @@
 /* Tests of the lines about BGP: good ones, near misses with their errors, and printing. */
 #include "platform/softswitch/config/language.h"
+#include "tests/unit/platform/config_test_support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 
 using namespace softswitch;
@@ -95,11 +95,7 @@ TEST(BgpLines, NearMissesNameTheirReason) {
   const std::string hold_range = "the hold time is 0 or 3..65535";
   const std::string map_name = "the name of a route map is 1 to 31 bytes";
   const std::string long_name(32, 'x');
-  const struct {
-    std::string line;
-    open_error_t code;
-    std::string error;
-  } rows[] = {
+  const near_miss rows[] = {
       {"bgp", OPEN_E_PARAM, "the line ends too early: local-as is missing"},
       {"bgp local-as 0", OPEN_E_PARAM, as_range},
       {"bgp local-as 4294967296", OPEN_E_PARAM, "the number 4294967296 is too large"},
@@ -163,12 +159,7 @@ TEST(BgpLines, NearMissesNameTheirReason) {
       {"no bgp redistribute ipv6 ospf", OPEN_E_NOT_FOUND, "ipv6 routes from ospf are not redistributed"},
       {"no bgp redistribute ipv4 ospf metric 5", OPEN_E_PARAM, "\"metric\" is not expected here"},
   };
-  for (const auto &row : rows) {
-    switch_model model = prepared();
-    std::string error;
-    EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
-    EXPECT_EQ(error, row.error) << row.line;
-  }
+  expect_refused(prepared(), rows);
 }
 
 TEST(BgpLines, FullTableSaysHowMuchThereIsRoomFor) {
@@ -255,20 +246,9 @@ std::string random_line(std::mt19937 &random) {
 
 TEST(BgpLines, PrintAppliedToAFactorySwitchPrintsTheSame) {
   size_t peers_seen = 0;
-  for (unsigned seed = 0; seed < 100; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    for (int line = 0; line < 150; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) == OPEN_E_NONE) model = changed;
-    }
+  prints_come_back(100, 150, random_line, [&](const switch_model &model, const switch_model &) {
     peers_seen += model.bgp->peers.size();
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
-  }
+  });
   EXPECT_GT(peers_seen, 200u);
 }
 

@@ -3,9 +3,9 @@
 #include "platform/softswitch/config/language.h"
 
 #include "platform/softswitch/config/tokens.h"
+#include "tests/unit/platform/config_test_support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -199,11 +199,7 @@ TEST(Language, UndoLinesTakeBackWhatTheirLinesSet) {
 }
 
 TEST(Language, NearMissesNameTheirReason) {
-  const struct {
-    const char *line;
-    open_error_t code;
-    const char *error;
-  } rows[] = {
+  const near_miss rows[] = {
       {"foo", OPEN_E_PARAM, "unknown command \"foo\""},
       {"VLAN 10", OPEN_E_PARAM, "unknown command \"VLAN\""},
       {"\"vlan\" 10", OPEN_E_PARAM, "unknown command \"vlan\""},
@@ -294,12 +290,7 @@ TEST(Language, NearMissesNameTheirReason) {
       {"interface 0/1 switchport trunk vlans add \"\"", OPEN_E_PARAM, "\"\" is not a VLAN id"},
       {"interface cpu switchport mode trunk", OPEN_E_PARAM, "there is no port or LAG \"cpu\""},
   };
-  for (const auto &row : rows) {
-    switch_model model = prepared();
-    std::string error;
-    EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
-    EXPECT_EQ(error, row.error) << row.line;
-  }
+  expect_refused(prepared(), rows);
 }
 
 TEST(Language, FullTableSaysHowMuchThereIsRoomFor) {

@@ -1,8 +1,8 @@
 /* Tests of the lines about port MAC locking: good ones, near misses with their errors, and printing. */
 #include "platform/softswitch/config/language.h"
+#include "tests/unit/platform/config_test_support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 
 using namespace softswitch;
@@ -44,11 +44,7 @@ TEST(MacLockingLines, GoodLinesGiveTheirConfiguration) {
 }
 
 TEST(MacLockingLines, NearMissesNameTheirReason) {
-  const struct {
-    const char *line;
-    open_error_t code;
-    const char *error;
-  } rows[] = {
+  const near_miss rows[] = {
       {"interface 0/1 mac-locking", OPEN_E_PARAM, "the line ends too early: sticky is missing"},
       {"interface 0/1 mac-locking sticky on", OPEN_E_PARAM, "\"on\" is not expected here"},
       {"interface 0/99 mac-locking sticky", OPEN_E_PARAM, "there is no port or LAG \"0/99\""},
@@ -87,12 +83,7 @@ TEST(MacLockingLines, NearMissesNameTheirReason) {
       {"no interface 0/1 mac-locking address 00:11:22:aa:bb:cc vlan 10 static", OPEN_E_PARAM,
        "\"static\" is not expected here"},
   };
-  for (const auto &row : rows) {
-    switch_model model = prepared();
-    std::string error;
-    EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
-    EXPECT_EQ(error, row.error) << row.line;
-  }
+  expect_refused(prepared(), rows);
 }
 
 TEST(MacLockingLines, FullInterfaceSaysHowMuchThereIsRoomFor) {
@@ -130,20 +121,9 @@ std::string random_line(std::mt19937 &random) {
 }
 
 TEST(MacLockingLines, PrintAppliedToAFactorySwitchPrintsTheSame) {
-  for (unsigned seed = 0; seed < 100; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    for (int line = 0; line < 120; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) == OPEN_E_NONE) model = changed;
-    }
-    ASSERT_GT(model.mac_locking->locks.size(), 5u) << "seed " << seed;
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
-  }
+  prints_come_back(100, 120, random_line, [](const switch_model &model, const switch_model &) {
+    ASSERT_GT(model.mac_locking->locks.size(), 5u);
+  });
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 /* Tests of the lines about TCAM policies: good ones, near misses with their errors, and printing. */
 #include "platform/softswitch/config/language.h"
+#include "tests/unit/platform/config_test_support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 
 using namespace softswitch;
@@ -109,21 +109,6 @@ TEST(TcamLines, DeletingALagTakesItsPoliciesOff) {
   EXPECT_EQ(print_configuration(model), base);
 }
 
-struct near_miss {
-  const char *line;
-  open_error_t code;
-  const char *error;
-};
-
-void expect_refused(std::span<const near_miss> rows) {
-  for (const near_miss &row : rows) {
-    switch_model model = prepared();
-    std::string error;
-    EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
-    EXPECT_EQ(error, row.error) << row.line;
-  }
-}
-
 TEST(TcamLines, NearMissesNameTheirReason) {
   const near_miss rows[] = {
       {"tcam", OPEN_E_PARAM, "the line ends too early: policy is missing"},
@@ -151,7 +136,7 @@ TEST(TcamLines, NearMissesNameTheirReason) {
       {"no interface 0/1 tcam-policy 2", OPEN_E_NOT_FOUND, "TCAM policy 2 is not applied to 0/1"},
       {"no lag 2", OPEN_E_FAIL, "port-channel 2 is the target of TCAM policy 1"},
   };
-  expect_refused(rows);
+  expect_refused(prepared(), rows);
 }
 
 TEST(TcamLines, NearMissesOfClausesNameTheirReason) {
@@ -199,7 +184,7 @@ TEST(TcamLines, NearMissesOfClausesNameTheirReason) {
       {"tcam policy 2 openflow new-dscp 64", OPEN_E_PARAM, "new DSCP out of range 0..63"},
       {"tcam policy 2 openflow new-tpid 65536", OPEN_E_PARAM, "new TPID out of range 0..65535"},
   };
-  expect_refused(rows);
+  expect_refused(prepared(), rows);
 }
 
 TEST(TcamLines, FullStageSaysHowMuchThereIsRoomFor) {
@@ -303,20 +288,9 @@ std::string random_line(std::mt19937 &random) {
 
 TEST(TcamLines, PrintAppliedToAFactorySwitchPrintsTheSame) {
   size_t policies = 0;
-  for (unsigned seed = 0; seed < 100; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    for (int line = 0; line < 150; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) == OPEN_E_NONE) model = changed;
-    }
+  prints_come_back(100, 150, random_line, [&](const switch_model &model, const switch_model &) {
     policies += model.tcam->policies.size();
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
-  }
+  });
   EXPECT_GT(policies, 500u) << "enough lines applied for this to mean something";
 }
 

@@ -7,7 +7,25 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
+#include <span>
 #include <string>
+
+/* A line that is refused, and with what. */
+struct near_miss {
+  std::string line;
+  open_error_t code;
+  std::string error;
+};
+
+/* Applies each line to a switch like this one. */
+inline void expect_refused(const softswitch::switch_model &prepared, std::span<const near_miss> rows) {
+  for (const near_miss &row : rows) {
+    softswitch::switch_model model = prepared;
+    std::string error;
+    EXPECT_EQ(softswitch::apply_line(model, row.line, &error), row.code) << row.line;
+    EXPECT_EQ(error, row.error) << row.line;
+  }
+}
 
 /* Applies random lines, of which some are refused, to switches in factory state. What each of them then
  * prints must give a switch that prints the same; `compare` looks at both. */

@@ -1,8 +1,8 @@
 /* Tests of the lines about VXLAN: good ones, near misses with their errors, and printing. */
 #include "platform/softswitch/config/language.h"
+#include "tests/unit/platform/config_test_support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 
 using namespace softswitch;
@@ -107,11 +107,7 @@ TEST(VxlanLines, TenantsWithoutRemoteVtepsStaySoThroughAPrint) {
 }
 
 TEST(VxlanLines, NearMissesNameTheirReason) {
-  const struct {
-    const char *line;
-    open_error_t code;
-    const char *error;
-  } rows[] = {
+  const near_miss rows[] = {
       {"vxlan mode", OPEN_E_PARAM, "the line ends too early: unicast|multicast is missing"},
       {"vxlan mode off", OPEN_E_PARAM, "\"off\" is none of unicast|multicast"},
       {"no vxlan mode unicast", OPEN_E_PARAM, "\"unicast\" is not expected here"},
@@ -157,12 +153,7 @@ TEST(VxlanLines, NearMissesNameTheirReason) {
       {"no vlan 20,10", OPEN_E_FAIL, "VLAN 10 is bound to VXLAN tenant 5000"},
       {"vxlan tunnel", OPEN_E_PARAM, "\"tunnel\" is not expected here"},
   };
-  for (const auto &row : rows) {
-    switch_model model = prepared();
-    std::string error;
-    EXPECT_EQ(apply_line(model, row.line, &error), row.code) << row.line;
-    EXPECT_EQ(error, row.error) << row.line;
-  }
+  expect_refused(prepared(), rows);
 }
 
 TEST(VxlanLines, OneModeIsTurnedOffBeforeTheOtherIsSet) {
@@ -243,25 +234,14 @@ std::string random_line(std::mt19937 &random) {
 
 TEST(VxlanLines, PrintAppliedToAFactorySwitchPrintsTheSame) {
   size_t most_tenants = 0;
-  for (unsigned seed = 0; seed < 100; seed++) {
-    std::mt19937 random(seed);
-    switch_model model = make_switch(built_in_profile());
-    std::string error;
-    for (int line = 0; line < 150; line++) {
-      switch_model changed = model;
-      if (apply_line(changed, random_line(random), &error) == OPEN_E_NONE) model = changed;
-    }
+  prints_come_back(100, 150, random_line, [&](const switch_model &model, const switch_model &again) {
     most_tenants = std::max(most_tenants, model.vxlan->tenants.size());
-    std::string printed = print_configuration(model);
-    switch_model again = make_switch(built_in_profile());
-    ASSERT_TRUE(apply_text(again, printed, &error)) << "seed " << seed << ": " << error << "\n" << printed;
-    ASSERT_EQ(print_configuration(again), printed) << "seed " << seed;
     for (const vxlan_tenant &tenant : model.vxlan->tenants) {
       const vxlan_tenant *found = vxlan_tenant_find(again, tenant.id);
-      ASSERT_TRUE(found) << "seed " << seed << ", tenant " << tenant.id;
-      ASSERT_EQ(found->remote_vteps, tenant.remote_vteps) << "seed " << seed << ", tenant " << tenant.id;
+      ASSERT_TRUE(found) << "tenant " << tenant.id;
+      ASSERT_EQ(found->remote_vteps, tenant.remote_vteps) << "tenant " << tenant.id;
     }
-  }
+  });
   EXPECT_EQ(most_tenants, 6u);
 }
 
