@@ -1,5 +1,6 @@
 /* The IP addresses of an interface in a result tree: what the modules that describe interfaces share. An
- * interface without such addresses gets nothing; that is no failure. */
+ * interface without such addresses gets nothing; that is no failure. Neither is a list that seems to have no
+ * end: it is cut off after MAX_LIST_ENTRIES. */
 #ifndef KESTREL_MODULES_REST_INTERFACE_ADDRESSES_H
 #define KESTREL_MODULES_REST_INTERFACE_ADDRESSES_H
 

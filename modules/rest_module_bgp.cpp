@@ -124,7 +124,7 @@ static const match_variable match_variables[] = {
     {"matchNssaExt2", OPEN_OSPF_MATCH_NSSA_EXTERNAL_2},
 };
 
-/* Present, be it empty or longer than the buffer: the platform sees what there is and refuses it. */
+/* Present, be it empty or longer than the buffer: what fits of it is handed on. */
 static bool is_present(const request_variable &variable) {
   return variable.length != -1;
 }

@@ -7,7 +7,6 @@
 #include "platform/api/openapi_if.h"
 #include "platform/api/openapi_routing.h"
 
-#include <stdio.h>
 #include <string.h>
 
 /* What the variable addrType selects. */
@@ -62,8 +61,7 @@ static uint32_t vlan_interface_of_uri(openapiClientHandle_t *client_handle, cons
       get_vlan_routing_interface_num_by_logical_id(client_handle, static_cast<int32_t>(logical_id)));
 }
 
-/* --- Taking an address out of the request ----------------------------------------------------------------
- */
+/* --- Taking an address out of the request --------------------------------------------------------------- */
 
 /* What the variables of a request say of an address. */
 struct address_request {
@@ -220,6 +218,7 @@ int api_routing_update_ipv6_admin_mode(openapiClientHandle_t *client_handle, mg_
 int api_routing_update_interface_admin_mode(openapiClientHandle_t *client_handle, mg_connection *conn) {
   uri_fields_t fields;
   uint32_t mode = 0;
+  /* Whatever follows adminMode would be a second field. */
   if (scan_uri(conn->uri, "/routing/if/%[0-9]/adminMode%s", fields) != 1)
     return fail(conn, OPEN_E_PARAM, nullptr);
   if (!number_or_reply(conn, "value", &mode)) return 0;
@@ -340,8 +339,8 @@ int api_routing_create_vlan_interface_ip_address(openapiClientHandle_t *client_h
 
 /* --- Routes --------------------------------------------------------------------------------------------- */
 
-/* Where text follows the last number counted, a URI that ends before that text matches as well: POST
- * /routing/if/5 adds an address. */
+/* Where text follows the last number counted, a URI that ends before that text, or has another one there,
+ * matches as well: POST /routing/if/5 adds an address. */
 static const rest_route routes[] = {
     {REQUEST_METHOD_DELETE, "/routing/vlanRtrIf%s", ROUTE_EXACT, nullptr,
      api_routing_delete_vlan_interface_specified_id},

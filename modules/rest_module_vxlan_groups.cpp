@@ -61,7 +61,8 @@ int api_vxlan_update_unicast_group(openapiClientHandle_t *client_handle, mg_conn
   return succeed(conn, nullptr, "Update VxLAN unicast group successfully.");
 }
 
-/* The remote VTEPs are the same for all tenants, so that those of the first one are the group. */
+/* The remote VTEPs are the same for all tenants, so that those of the first one are the group. Only where
+ * there is neither a tenant nor a VTEP the request fails; a tenant without VTEPs gives an empty list. */
 int api_vxlan_get_unicast_group(openapiClientHandle_t *client_handle, mg_connection *conn) {
   if (!vxlan_instance_or_reply(conn)) return 0;
   node_t *tree = new_tree();
@@ -70,8 +71,7 @@ int api_vxlan_get_unicast_group(openapiClientHandle_t *client_handle, mg_connect
 
   uint32_t tenantId = 0;
   open_l2oL3TenantConfig_t config = {};
-  open_error_t rc = rpcclt_openapiL2oL3TenantNextGet(client_handle, 0, &tenantId, &config);
-  bool found = rc == OPEN_E_NONE;
+  bool found = rpcclt_openapiL2oL3TenantNextGet(client_handle, 0, &tenantId, &config) == OPEN_E_NONE;
   open_l2oL3TunnelInfo_t tunnel = {};
   for (uint32_t position = 1; rpcclt_openapiL2oL3TunnelGetNextTenant(client_handle, tenantId, tunnel.tunnelId,
                                                                      &tunnel) == OPEN_E_NONE;
@@ -173,7 +173,7 @@ int api_vxlan_get_multicast_group(openapiClientHandle_t *client_handle, mg_conne
   if (!vxlan_instance_or_reply(conn)) return 0;
   node_t *tree = new_tree();
   node_t *groups = append_branch(tree, "multicastGroups");
-  uint32_t address = 0;
+  uint32_t address = 0; /* stays so when the platform does not tell: none */
   rpcclt_openapiL2oL3DefaultIPMCGetZYL(client_handle, VXLAN_INSTANCE, &address);
   if (address == 0) {
     append_tree_string(groups, "default_multicastGroup", "default_multicastGroup", "none");

@@ -46,9 +46,8 @@ static open_error_t next_tenant(openapiClientHandle_t *client_handle, uint32_t m
   return rc;
 }
 
-/* Calls visit(tenantId, config, position) for each tenant, positions from 1 on, until a visit returns false.
- * OPEN_E_FAIL is the end of the walk and the result when no visit has; any other failure is returned as well.
- */
+/* Calls visit(tenantId, config, position) for each tenant, positions from 1 on, until a visit returns false:
+ * OPEN_E_NONE then. Otherwise OPEN_E_FAIL, the end of the walk, or whatever failure cut it short. */
 template <typename Visit>
 static open_error_t walk_tenants(openapiClientHandle_t *client_handle, uint32_t mode, Visit visit) {
   uint32_t tenantId = 0;
@@ -113,8 +112,7 @@ static open_error_t renew_source(openapiClientHandle_t *client_handle) {
   return rc == OPEN_E_NONE && port != 0 ? rpcclt_openapiL2oL3VxlanSourcePortSet(client_handle, port) : rc;
 }
 
-/* In unicast mode a tenant is made step by step. One that this request has made is removed when a step fails.
- */
+/* Makes a tenant step by step. One that this request has made is removed when a later step fails. */
 static open_error_t create_unicast_tenant(openapiClientHandle_t *client_handle, uint32_t tenantId,
                                           uint32_t vlanId) {
   open_l2oL3TenantConfig_t config = {};

@@ -27,8 +27,9 @@ open_error_t rpcclt_openapiBgpGlobalHoldTimeConfiguredGet(openapiClientHandle_t 
 open_error_t rpcclt_openapiBgpGlobalHoldTimeConfiguredSet(openapiClientHandle_t *handle, uint32_t seconds);
 
 /* The time between keepalives to all peers, in seconds: 0 (none) to 65535; 30 in factory state. In force is
- * at most a third of the hold time agreed on with a peer (RFC 4271 section 4.4), so that any order of setting
- * the two is good. OPEN_E_PARAM   above 65535 */
+ * at most a third of the hold time agreed on with a peer (RFC 4271 section 4.4): the two can be set in any
+ * order.
+ * OPEN_E_PARAM   above 65535 */
 open_error_t rpcclt_openapiBgpGlobalKeepAliveConfiguredGet(openapiClientHandle_t *handle, uint32_t *seconds);
 open_error_t rpcclt_openapiBgpGlobalKeepAliveConfiguredSet(openapiClientHandle_t *handle, uint32_t seconds);
 

@@ -123,9 +123,8 @@ open_error_t rpcclt_openapiL2oL3RemoteVtepAddAllTenant(openapiClientHandle_t *ha
  * OPEN_E_NOT_FOUND  it is not in the list */
 open_error_t rpcclt_openapiL2oL3RemoteVtepRemoveAllTenant(openapiClientHandle_t *handle, uint32_t address);
 
-/* Gives a tenant all remote VTEPs of the list, later ones included, or none of them. Done already is no
- * error.
- */
+/* Gives a tenant all remote VTEPs of the list, later ones included, or none of them. It is no error when
+ * that is so already. */
 open_error_t rpcclt_openapiL2oL3TenantAddAllVtep(openapiClientHandle_t *handle, uint32_t tenantId);
 open_error_t rpcclt_openapiL2oL3TenantRemoveAllVtep(openapiClientHandle_t *handle, uint32_t tenantId);
 

@@ -127,10 +127,12 @@ TEST_F(BgpRedistributionTest, RouteMapThatThePlatformRefusesAnswers99) {
 }
 
 /* What does not fit is not lost: it is refused for being too long. */
-TEST_F(BgpRedistributionTest, OverlongRouteMapInTheBodyAnswers99) {
-  FakeRequest request("POST", "/bgp/ipv4/redistribution/ospf", "", "routeMap=" + std::string(300, 'r'));
-  EXPECT_EQ(bgp_api_handler(handle, request.conn()), 0);
-  EXPECT_EQ(answer_body(request, "xml"), expected_parameter_error().xml);
+TEST_F(BgpRedistributionTest, OverlongVariablesInTheBodyAnswer99) {
+  for (const std::string &body : {"routeMap=" + std::string(300, 'r'), "metric=" + std::string(300, '1')}) {
+    FakeRequest request("POST", "/bgp/ipv4/redistribution/ospf", "", body);
+    EXPECT_EQ(bgp_api_handler(handle, request.conn()), 0) << body;
+    EXPECT_EQ(answer_body(request, "xml"), expected_parameter_error().xml) << body;
+  }
 }
 
 /* --- Matches -------------------------------------------------------------------------------------------- */
