@@ -179,7 +179,7 @@ open_error_t rpcclt_openapiL2oL3TenantDelete(openapiClientHandle_t *handle, uint
 /* --- Binding tenants to VLANs --------------------------------------------------------------------------- */
 
 static bool is_bound(const switch_model &model, uint32_t tenant, uint32_t vlan) {
-  return vlan_id_valid(vlan) && vxlan_tenant_of_vlan(model, vlan) == tenant;
+  return vxlan_tenant_of_vlan(model, vlan) == tenant;
 }
 
 /* The line makes the tenant when it is not there. */

@@ -81,8 +81,23 @@ const vxlan_tenant *vxlan_tenant_next(const switch_model &model, uint32_t after)
   return place != model.vxlan->tenants.end() ? &*place : nullptr;
 }
 
+/* The first tenant with this in a setting, as its id; 0 when there is none. There are not so many tenants
+ * that an index would be worth its upkeep. */
+template <typename T>
+static uint32_t tenant_with(const switch_model &model, T vxlan_tenant::*setting, uint32_t value) {
+  if (value == 0) return 0;
+  const auto &tenants = model.vxlan->tenants;
+  auto found = std::find_if(tenants.begin(), tenants.end(),
+                            [&](const vxlan_tenant &tenant) { return tenant.*setting == value; });
+  return found != tenants.end() ? found->id : 0;
+}
+
 uint32_t vxlan_tenant_of_vlan(const switch_model &model, uint32_t vlan) {
-  return vlan_id_valid(vlan) ? model.vxlan->tenant_of_vlan[vlan] : 0;
+  return tenant_with(model, &vxlan_tenant::vlan, vlan);
+}
+
+uint32_t vxlan_tenant_of_group(const switch_model &model, uint32_t group) {
+  return tenant_with(model, &vxlan_tenant::group, group);
 }
 
 /* --- Changing tenants ----------------------------------------------------------------------------------- */
@@ -92,10 +107,9 @@ static vxlan_tenant *edit_tenant(switch_model &model, uint32_t id) {
   return &*place_of(edit(model)->tenants, id);
 }
 
-/* Notes a binding, which exists from now on or no longer does, at both its ends. */
+/* Binds a tenant to a VLAN, or ends that. */
 static void set_binding(switch_model &model, uint32_t id, uint32_t vlan, bool bound) {
   edit_tenant(model, id)->vlan = bound ? static_cast<uint16_t>(vlan) : 0;
-  model.vxlan.edit()->tenant_of_vlan[vlan] = bound ? id : 0;
   vlan_edit(model, vlan);
 }
 
@@ -179,14 +193,6 @@ uint32_t vxlan_tenant_next_vtep(const switch_model &model, const vxlan_tenant &t
 
 bool vxlan_group_valid(uint32_t group) {
   return group >= vxlan_group_min && group <= vxlan_group_max;
-}
-
-uint32_t vxlan_tenant_of_group(const switch_model &model, uint32_t group) {
-  if (group == 0) return 0;
-  const auto &tenants = model.vxlan->tenants;
-  auto found = std::find_if(tenants.begin(), tenants.end(),
-                            [&](const vxlan_tenant &tenant) { return tenant.group == group; });
-  return found != tenants.end() ? found->id : 0;
 }
 
 open_error_t vxlan_set_default_group(switch_model &model, uint32_t group) {

@@ -12,7 +12,6 @@
 #include "platform/api/openapi_common.h"
 #include "platform/softswitch/model/limits.h"
 
-#include <array>
 #include <cstdint>
 #include <set>
 #include <vector>
@@ -37,8 +36,7 @@ struct vxlan_table {
   uint32_t source_interface = 0; /* 0: none */
   uint32_t default_group = 0;    /* 0: none */
   std::set<uint32_t> remote_vteps;
-  std::vector<vxlan_tenant> tenants;                         /* in order of id */
-  std::array<uint32_t, vlan_id_max + 1> tenant_of_vlan = {}; /* ids by VLAN; 0: none */
+  std::vector<vxlan_tenant> tenants; /* in order of id */
 };
 
 /* Returns everything to factory state. interfaces_reset() and vlans_reset() note the change. */
