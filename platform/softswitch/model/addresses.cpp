@@ -72,14 +72,21 @@ interface_addresses addresses_of(const switch_model &model, uint32_t interface) 
   return all;
 }
 
+/* Whether an offer counts takes a look at all addresses of the switch, and is asked only when the answer may
+ * be the offer. */
 bool address_next_ipv6(const switch_model &model, uint32_t interface, const open_inet_addr_t &after,
                        open_inet_pfx_t *next) {
-  for (const open_inet_pfx_t &entry : addresses_of(model, interface).ipv6) {
-    if (after.family == OPEN_AF_INET6 && !is_above(entry, after)) continue;
-    *next = entry;
-    return true;
-  }
-  return false;
+  const interface_addresses &present = addresses_configured(model, interface);
+  const open_inet_pfx_t &offer = lease_of(model, interface).ipv6;
+  auto follows = [&](const open_inet_pfx_t &entry) {
+    return after.family != OPEN_AF_INET6 || is_above(entry, after);
+  };
+  auto given = std::find_if(present.ipv6.begin(), present.ipv6.end(), follows);
+  bool any_given = given != present.ipv6.end();
+  bool offer_first = present.autoconfiguration && follows(offer) &&
+                     (!any_given || is_above(*given, offer.ipAddr)) && accepts(model, interface, offer);
+  if (offer_first || any_given) *next = offer_first ? offer : *given;
+  return offer_first || any_given;
 }
 
 /* --- Changing ------------------------------------------------------------------------------------------- */

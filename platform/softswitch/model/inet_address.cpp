@@ -73,14 +73,17 @@ bool inet_same_prefix(const open_inet_pfx_t &one, const open_inet_pfx_t &other) 
 
 bool inet_overlap(const open_inet_pfx_t &one, const open_inet_pfx_t &other) {
   if (one.ipAddr.family != other.ipAddr.family) return false;
-  auto bytes = inet_bytes(one.ipAddr), other_bytes = inet_bytes(other.ipAddr);
-  uint32_t bits = std::min(one.pfxLen, other.pfxLen), whole = bits / 8, rest = bits % 8;
-  if (memcmp(bytes.data(), other_bytes.data(), whole) != 0) return false;
+  uint32_t bits = std::min(one.pfxLen, other.pfxLen);
+  if (one.ipAddr.family != OPEN_AF_INET6)
+    return bits == 0 || (one.ipAddr.addr.ipv4 ^ other.ipAddr.addr.ipv4) >> (ipv4_bits - bits) == 0;
+  const uint8_t *bytes = one.ipAddr.addr.ipv6.addr8, *other_bytes = other.ipAddr.addr.ipv6.addr8;
+  uint32_t whole = bits / 8, rest = bits % 8;
+  if (memcmp(bytes, other_bytes, whole) != 0) return false;
   return rest == 0 || (bytes[whole] ^ other_bytes[whole]) >> (8 - rest) == 0;
 }
 
 bool inet_conflict(const open_inet_pfx_t &one, const open_inet_pfx_t &other) {
-  return !inet_link_local(one.ipAddr) && !inet_link_local(other.ipAddr) && inet_overlap(one, other);
+  return inet_overlap(one, other) && !inet_link_local(one.ipAddr) && !inet_link_local(other.ipAddr);
 }
 
 open_inet_pfx_t inet_masked(const open_inet_pfx_t &prefix) {

@@ -168,6 +168,31 @@ TEST_F(Leases, OfferIsAmongTheIpv6AddressesInItsPlace) {
   EXPECT_EQ(ipv6(1), (list{"2001:db8::1/64", "fe80::1/64"}));
 }
 
+/* The text of an offer, and the addresses that a walk gives with it beside 2001:db8::2/64 and fe80::1/64. */
+TEST_F(Leases, WalkGivesTheOfferWhereverItStands) {
+  const std::pair<const char *, list> rows[] = {
+      {"2001:db8::1/64", {"2001:db8::1/64", "2001:db8::2/64", "fe80::1/64"}},
+      {"2001:db8::3/64", {"2001:db8::2/64", "2001:db8::3/64", "fe80::1/64"}},
+      {"fe80::2/64", {"2001:db8::2/64", "fe80::1/64", "fe80::2/64"}},
+      {"2001:db8::2/48", {"2001:db8::2/64", "fe80::1/64"}}, /* declined: it is given here */
+      {"fe80::1/10", {"2001:db8::2/64", "fe80::1/64"}},
+      {"2001:db8:1::1/64", {"2001:db8::2/64", "fe80::1/64"}}, /* declined: it overlaps with another's */
+      {"2001:db8:1::1/32", {"2001:db8::2/64", "fe80::1/64"}},
+  };
+  ASSERT_EQ(add_ipv6(1, "2001:db8::2/64"), OPEN_E_NONE);
+  ASSERT_EQ(add_ipv6(1, "fe80::1/64"), OPEN_E_NONE);
+  ASSERT_EQ(add_ipv6(2, "2001:db8:1::2/64"), OPEN_E_NONE);
+  ASSERT_EQ(address_set_autoconfiguration(model, 1, true), OPEN_E_NONE);
+  for (const auto &[offered, expected] : rows) {
+    ASSERT_EQ(offer(1, offered), OPEN_E_NONE) << offered;
+    list walked;
+    open_inet_pfx_t next = {};
+    while (address_next_ipv6(model, 1, next.ipAddr, &next)) walked.push_back(inet_prefix_text(next));
+    EXPECT_EQ(walked, expected) << offered;
+    EXPECT_EQ(ipv6(1), expected) << offered;
+  }
+}
+
 TEST_F(Leases, OfferComesBesidesAsManyAddressesAsTheInterfaceMayHave) {
   ASSERT_TRUE(limit_override(&model.limits, "ipv6-addresses", 1));
   ASSERT_EQ(add_ipv6(1, "2001:db8::1/64"), OPEN_E_NONE);
