@@ -80,19 +80,20 @@ open_error_t rpcclt_openapiL2oL3TenantCreate(openapiClientHandle_t *handle, uint
 open_error_t rpcclt_openapiL2oL3TenantDelete(openapiClientHandle_t *handle, uint32_t tenantId);
 
 /* Makes a tenant bound to a VLAN, with all remote VTEPs, or deletes it: the whole of it in one call.
- *   on  1 makes it, or binds the tenant, which has no VLAN, to this one; 0 deletes the tenant, which must be
- *       bound to this VLAN
+ *   on  1 makes it, or binds the tenant, which has no VLAN, to this one; 0 deletes the tenant, which must
+ *       not be bound to another VLAN
  * OPEN_E_PARAM   also: neither 0 nor 1, or a VLAN id outside 1..4094
- * OPEN_E_NOT_FOUND  also: (on) no such VLAN; (off) it is not bound to this VLAN
+ * OPEN_E_NOT_FOUND  also: (on) no such VLAN; (off) it is bound to another VLAN
  * OPEN_E_EXISTS  (on) it is bound to this VLAN already
  * OPEN_E_FULL    there are as many tenants as there may be
  * OPEN_E_FAIL    (on) it is bound to another VLAN, or the VLAN to another tenant */
 open_error_t rpcclt_openapiL2oL3TenantSet(openapiClientHandle_t *handle, uint32_t vxlanId, uint32_t tenantId,
                                           uint32_t vlanId, uint32_t on);
 
-/* Binds a tenant to a VLAN, or ends that. A VLAN that is bound cannot be deleted.
+/* Binds a tenant to a VLAN, or ends that. A VLAN that is bound cannot be deleted. Removing from a tenant that
+ * has no VLAN is no error: so a deletion that was cut short after this call can be repeated.
  * OPEN_E_PARAM   also: a VLAN id outside 1..4094
- * OPEN_E_NOT_FOUND  also: (add) no such VLAN; (remove) it is not bound to this VLAN
+ * OPEN_E_NOT_FOUND  also: (add) no such VLAN; (remove) it is bound to another VLAN
  * OPEN_E_EXISTS  (add) it is bound to this VLAN already
  * OPEN_E_FAIL    (add) it is bound to another VLAN, or the VLAN to another tenant */
 open_error_t rpcclt_openapiL2oL3TenantVlanAdd(openapiClientHandle_t *handle, uint32_t tenantId,

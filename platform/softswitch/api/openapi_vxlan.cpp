@@ -195,7 +195,9 @@ open_error_t rpcclt_openapiL2oL3TenantSet(openapiClientHandle_t *handle, uint32_
     if (rc != OPEN_E_NONE) return rc;
     if (!vxlan_tenant_id_valid(tenantId) || !vlan_id_valid(vlanId) || on > OPEN_ENABLE) return OPEN_E_PARAM;
     if (on == OPEN_ENABLE) return bind_tenant(model, tenantId, vlanId);
-    return is_bound(model, tenantId, vlanId) ? delete_tenant(model, tenantId) : OPEN_E_NOT_FOUND;
+    const vxlan_tenant *tenant = vxlan_tenant_find(model, tenantId);
+    bool elsewhere = tenant && tenant->vlan != 0 && tenant->vlan != vlanId;
+    return elsewhere ? OPEN_E_NOT_FOUND : delete_tenant(model, tenantId);
   });
 }
 

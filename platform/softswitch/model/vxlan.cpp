@@ -149,7 +149,9 @@ open_error_t vxlan_tenant_unbind(switch_model &model, uint32_t id, uint32_t vlan
   if (!vlan_id_valid(vlan)) return OPEN_E_PARAM;
   open_error_t rc = vxlan_tenant_check(model, id);
   if (rc != OPEN_E_NONE) return rc;
-  if (vxlan_tenant_of_vlan(model, vlan) != id) return OPEN_E_NOT_FOUND;
+  uint32_t present = vxlan_tenant_find(model, id)->vlan;
+  if (present == 0) return OPEN_E_NONE;
+  if (present != vlan) return OPEN_E_NOT_FOUND;
   set_binding(model, id, vlan, false);
   return OPEN_E_NONE;
 }

@@ -78,7 +78,7 @@ open_error_t vxlan_tenant_remove(switch_model &model, uint32_t id);
  * OPEN_E_FULL: no room for another. OPEN_E_FAIL: it is bound to another VLAN, or the VLAN to another tenant.
  */
 open_error_t vxlan_tenant_bind(switch_model &model, uint32_t id, uint32_t vlan);
-/* OPEN_E_NOT_FOUND also: it is not bound to this VLAN. */
+/* OPEN_E_NOT_FOUND also: it is bound to another VLAN. A tenant without VLAN is as wanted. */
 open_error_t vxlan_tenant_unbind(switch_model &model, uint32_t id, uint32_t vlan);
 
 /* --- Remote VTEPs --------------------------------------------------------------------------------------- */

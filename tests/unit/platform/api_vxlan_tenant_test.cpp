@@ -142,6 +142,19 @@ TEST_F(VxlanTenants, SetBindsATenantWithoutVlanAndLeavesItsRemoteVteps) {
   EXPECT_EQ(tunnels(2), addresses{vtep_1});
 }
 
+TEST_F(VxlanTenants, DeletionThatWasCutShortCanBeRepeated) {
+  ASSERT_EQ(set(1, 10), OPEN_E_NONE);
+  ASSERT_EQ(set(2, 20), OPEN_E_NONE);
+  ASSERT_EQ(remove_vlan(1, 10), OPEN_E_NONE);
+  ASSERT_EQ(remove_vlan(2, 20), OPEN_E_NONE);
+  std::string before = journal();
+  EXPECT_EQ(remove_vlan(1, 10), OPEN_E_NONE);
+  EXPECT_EQ(journal(), before) << "nothing to change";
+  EXPECT_EQ(remove(1), OPEN_E_NONE);
+  EXPECT_EQ(set(2, 20, 0), OPEN_E_NONE) << "in one call";
+  EXPECT_EQ(tenants(), list());
+}
+
 TEST_F(VxlanTenants, TenantHasOneVlanAndAVlanOneTenant) {
   ASSERT_EQ(set(1, 10), OPEN_E_NONE);
   EXPECT_EQ(set(1, 10), OPEN_E_EXISTS);
@@ -162,7 +175,8 @@ TEST_F(VxlanTenants, TenantHasOneVlanAndAVlanOneTenant) {
   EXPECT_EQ(tenants(), (list{"1 10", "2 20"}));
   EXPECT_EQ(remove_vlan(1, 10), OPEN_E_NONE);
   EXPECT_EQ(vlan_of(1), 0) << "the tenant stays";
-  EXPECT_EQ(remove_vlan(1, 10), OPEN_E_NOT_FOUND);
+  EXPECT_EQ(remove_vlan(1, 10), OPEN_E_NONE) << "as wanted";
+  EXPECT_EQ(remove_vlan(1, 20), OPEN_E_NONE);
   EXPECT_EQ(set(2, 10), OPEN_E_FAIL) << "its own VLAN stays with it";
   EXPECT_EQ(add_vlan(1, 30), OPEN_E_NONE);
   EXPECT_EQ(tenants(), (list{"1 30", "2 20"}));
@@ -170,14 +184,15 @@ TEST_F(VxlanTenants, TenantHasOneVlanAndAVlanOneTenant) {
 
 TEST_F(VxlanTenants, VlanMustExist) {
   ASSERT_EQ(create(1), OPEN_E_NONE);
+  ASSERT_EQ(set(3, 10), OPEN_E_NONE);
   for (const auto &[vlan, result] : absent_vlans) {
     EXPECT_EQ(set(1, vlan), result) << vlan;
     EXPECT_EQ(set(2, vlan), result) << vlan;
     EXPECT_EQ(add_vlan(1, vlan), result) << vlan;
-    EXPECT_EQ(set(1, vlan, 0), result) << vlan;
-    EXPECT_EQ(remove_vlan(1, vlan), result) << vlan;
+    EXPECT_EQ(set(3, vlan, 0), result) << vlan;
+    EXPECT_EQ(remove_vlan(3, vlan), result) << vlan;
   }
-  EXPECT_EQ(tenants(), list{"1 0"});
+  EXPECT_EQ(tenants(), (list{"1 0", "3 10"}));
   EXPECT_EQ(set(1, 1), OPEN_E_NONE) << "VLAN 1 is one like others";
 }
 

@@ -93,7 +93,8 @@ struct expected_vxlan {
 
   open_error_t unbind(uint32_t id, uint32_t vlan, bool and_remove) {
     if (!good_tenant(id) || !good_vlan(vlan)) return OPEN_E_PARAM;
-    if (!tenants.count(id) || tenants[id].vlan != vlan) return OPEN_E_NOT_FOUND;
+    if (!tenants.count(id)) return OPEN_E_NOT_FOUND;
+    if (tenants[id].vlan != 0 && tenants[id].vlan != vlan) return OPEN_E_NOT_FOUND;
     tenants[id].vlan = 0;
     if (and_remove) tenants.erase(id);
     return OPEN_E_NONE;
