@@ -30,6 +30,9 @@
 namespace softswitch {
 
 struct switch_model {
+  /* Whether nothing whatever has been done to either since it was copied from the other. */
+  bool operator==(const switch_model &) const = default;
+
   struct limits limits;
   std::shared_ptr<const chassis_profile> profile;
   bool ready = true; /* what the readiness query answers */
