@@ -333,6 +333,13 @@ void set_ready(bool ready) {
   sw->ready = ready;
 }
 
+bool set_ssh_sessions(uint32_t sessions) {
+  if (sessions > ssh_sessions_max) return false;
+  locked_switch sw;
+  sw->ssh_sessions = sessions;
+  return true;
+}
+
 bool set_limit(std::string_view name, uint32_t value) {
   locked_switch sw;
   return limit_override(&sw->limits, name, value);

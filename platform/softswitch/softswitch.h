@@ -102,6 +102,8 @@ bool withdraw_lease(std::string_view interface_name, std::string *error);
 std::string lease_list();
 /* What openapiSystemReadyStateGet answers, until the end of the next reload. */
 void set_ready(bool ready);
+/* Says how many SSH sessions are open. False for more than there can be. */
+bool set_ssh_sessions(uint32_t sessions);
 /* Overrides a limit by name (see model/limits.h). False for an unknown name or a value above the built-in. */
 bool set_limit(std::string_view name, uint32_t value);
 

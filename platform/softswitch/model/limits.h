@@ -29,6 +29,11 @@ inline constexpr uint32_t vlan_name_size = 32 + 1; /* bytes of a buffer for a na
 /* The same for an interface's: "loopback0" is the longest, as VLANs end with "vlan4094" and the profile's
  * ports with "0/999". */
 inline constexpr uint32_t interface_name_size = sizeof "loopback0";
+inline constexpr uint32_t hostname_max = 64;        /* characters */
+inline constexpr uint32_t prompt_max = 64;          /* characters */
+inline constexpr uint32_t idle_minutes_max = 160;   /* until an idle session is closed */
+inline constexpr uint32_t factory_idle_minutes = 5; /* serial console and SSH */
+inline constexpr uint32_t ssh_sessions_max = 5;
 inline constexpr uint32_t mtu_min = 1518;
 inline constexpr uint32_t mtu_max = 12270;
 inline constexpr uint32_t description_max = 64;    /* bytes of an interface's description */

@@ -20,7 +20,7 @@ static vxlan_table *edit(switch_model &model) {
 
 /* Gives a setting a value, as a change when that is another one. */
 template <typename T> static open_error_t set(switch_model &model, T vxlan_table::*setting, T value) {
-  if ((*model.vxlan).*setting != value) edit(model)->*setting = value;
+  set_member(model, &switch_model::vxlan, setting, value);
   return OPEN_E_NONE;
 }
 
