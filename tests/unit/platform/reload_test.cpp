@@ -18,6 +18,8 @@ using namespace softswitch;
 
 namespace {
 
+constexpr uint32_t counter_id = 13; /* CTR_RX_UCAST_FRAMES */
+
 class Reload : public SoftSwitch {
 protected:
   void SetUp() override {
@@ -123,7 +125,7 @@ TEST_F(Reload, WhatIsNoConfigurationStays) {
   ASSERT_TRUE(set_time_range("night", 1));
   ASSERT_TRUE(offer_lease("0/2", "10.0.0.1/24", &error)) << error;
   ASSERT_TRUE(set_ssh_sessions(3));
-  ASSERT_TRUE(change_counter("0/1", "0", counter_set, 42, &error)) << error;
+  ASSERT_TRUE(change_counter("0/1", "CTR_RX_UCAST_FRAMES", counter_set, 42, &error)) << error;
   for (uint32_t mode : {OPEN_RELOAD, OPEN_RELOAD_WARM, OPEN_RELOAD_FACTORY}) {
     order_and_wait(mode);
     locked_switch model;
@@ -131,7 +133,7 @@ TEST_F(Reload, WhatIsNoConfigurationStays) {
     EXPECT_EQ(model->time_ranges->states.size(), 1u) << mode;
     EXPECT_EQ(model->leases->by_interface.size(), 1u) << mode;
     EXPECT_EQ(model->ssh_sessions, 3u) << mode;
-    EXPECT_EQ(counter_at(*model, 1, 0, 0).value, 42u) << mode;
+    EXPECT_EQ(counter_at(*model, 1, counter_id, 0).value, 42u) << mode;
     EXPECT_EQ(model->limits.reload_milliseconds, 0u) << mode;
   }
 }
@@ -265,7 +267,7 @@ private:
       std::string vlan = std::to_string(2 + rounds % 2000);
       locked_switch model;
       EXPECT_EQ(commit_line(*model, "vlan " + vlan), OPEN_E_NONE);
-      EXPECT_EQ(counter_add(*model, 1, 0, 1, 0), OPEN_E_NONE);
+      EXPECT_EQ(counter_add(*model, 1, counter_id, 1, 0), OPEN_E_NONE);
       rounds++;
     }
   }
@@ -282,7 +284,7 @@ TEST_F(Reload, ScriptsLoseNoChangeThatIsMadeMeanwhile) {
   world.end();
   ASSERT_GT(world.rounds, 8);
   locked_switch model;
-  EXPECT_EQ(counter_at(*model, 1, 0, 0).value, static_cast<uint64_t>(world.rounds));
+  EXPECT_EQ(counter_at(*model, 1, counter_id, 0).value, static_cast<uint64_t>(world.rounds));
   for (int round = 0; round < 8; round++)
     EXPECT_TRUE(vlan_exists(*model, static_cast<uint32_t>(3000 + round))) << round;
   for (int made = 0; made < std::min(world.rounds, 2000); made++)
@@ -301,7 +303,7 @@ TEST_F(Reload, ReloadsComeToAnEndWhileChangesGoOn) {
   world.end();
   locked_switch model;
   EXPECT_TRUE(vlan_exists(*model, 10));
-  EXPECT_EQ(counter_at(*model, 1, 0, 0).value, static_cast<uint64_t>(world.rounds));
+  EXPECT_EQ(counter_at(*model, 1, counter_id, 0).value, static_cast<uint64_t>(world.rounds));
 }
 
 /* --- Crashes and full disks ----------------------------------------------------------------------------- */
