@@ -64,6 +64,8 @@ static std::string startup_path() {
 }
 
 bool replace_startup_config(std::string_view text, std::string *error) {
+  static std::mutex one_at_a_time; /* two would write to the same file beside it */
+  std::lock_guard guard(one_at_a_time);
   return replace_file(startup_path(), text, 0600, error);
 }
 

@@ -6,6 +6,17 @@ using namespace softswitch;
 
 namespace {
 
+/* Lines that together change every setting, as they are printed. */
+const std::string everything = "hostname leaf1\n"
+                               "prompt \"leaf1> \"\n"
+                               "serial timeout 10\n"
+                               "telnet server\n"
+                               "network-port ip address 10.0.0.1/24 gateway 10.0.0.254\n"
+                               "ssh server\n"
+                               "ssh protocol both\n"
+                               "ssh max-sessions 2\n"
+                               "ssh timeout 30\n";
+
 /* What is printed when these lines are applied to a switch in factory state. The print gives the same switch.
  */
 std::string printed_of(const std::string &lines) {
@@ -75,16 +86,7 @@ TEST(SystemLines, FactoryStateIsNotPrinted) {
 }
 
 TEST(SystemLines, TheyArePrintedBeforeEverythingElse) {
-  const std::string text = "hostname leaf1\n"
-                           "prompt \"leaf1> \"\n"
-                           "serial timeout 10\n"
-                           "telnet server\n"
-                           "network-port ip address 10.0.0.1/24 gateway 10.0.0.254\n"
-                           "ssh server\n"
-                           "ssh protocol both\n"
-                           "ssh max-sessions 2\n"
-                           "ssh timeout 30\n";
-  EXPECT_EQ(printed_of("vlan 10\n" + text), text + "vlan 10\n");
+  EXPECT_EQ(printed_of("vlan 10\n" + everything), everything + "vlan 10\n");
 }
 
 TEST(SystemLines, AddressOfTheNetworkPortIsReplacedWithItsGateway) {
@@ -163,17 +165,6 @@ TEST(SystemLines, NetworkPortThatObtainsItsAddressTakesNone) {
 }
 
 /* --- In the model --------------------------------------------------------------------------------------- */
-
-/* Lines that together change every setting. */
-const std::string everything = "hostname leaf1\n"
-                               "prompt leaf1\n"
-                               "serial timeout 10\n"
-                               "telnet server\n"
-                               "network-port ip address 10.0.0.1/24 gateway 10.0.0.254\n"
-                               "ssh server\n"
-                               "ssh protocol both\n"
-                               "ssh max-sessions 2\n"
-                               "ssh timeout 30\n";
 
 TEST(SystemLines, WhatIsAsWantedIsNoChange) {
   switch_model model = make_switch(built_in_profile());
