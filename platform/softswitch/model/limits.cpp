@@ -30,6 +30,7 @@ static constexpr limit_name limit_names[] = {
     {"tcam-egress-slices-256", &limits::tcam_egress_slices_256},
     {"settle-milliseconds", &limits::settle_milliseconds},
     {"journal-bytes", &limits::journal_bytes},
+    {"reload-milliseconds", &limits::reload_milliseconds},
 };
 
 bool limit_override(limits *limits, std::string_view name, uint32_t value) {

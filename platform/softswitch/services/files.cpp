@@ -77,6 +77,18 @@ static void sync_directory_of(const std::string &path) {
   if (opened.fd >= 0) fsync(opened.fd);
 }
 
+bool remove_file(const std::string &path, std::string *error) {
+  if (unlink(path.c_str()) != 0) return errno == ENOENT || failed(path, error);
+  sync_directory_of(path);
+  return true;
+}
+
+file_stamp stamp_of(const std::string &path) {
+  struct stat found;
+  if (stat(path.c_str(), &found) != 0) return {};
+  return {found.st_ino, found.st_size, found.st_ctim.tv_sec, found.st_ctim.tv_nsec};
+}
+
 bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error) {
   std::string beside = path + ".new";
   if (!write_new_file(beside, text, mode, error)) return false;

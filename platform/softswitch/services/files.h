@@ -3,6 +3,7 @@
 #define KESTREL_SOFTSWITCH_FILES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -27,6 +28,20 @@ bool read_file(int fd, const std::string &path, size_t size_max, std::string *te
  * directory. The file's mode is `mode`, whatever the umask. False with the reason; the old file is then
  * whole. */
 bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error);
+
+/* Removes a file and syncs the directory. That there is none is no failure; false with the reason for any
+ * other. */
+bool remove_file(const std::string &path, std::string *error);
+
+/* What tells a file from what had its name before, and from itself after it was written to. */
+struct file_stamp {
+  bool operator==(const file_stamp &) const = default;
+
+  uint64_t inode = 0; /* all zero where there is no file */
+  int64_t size = 0;
+  int64_t seconds = 0, nanoseconds = 0; /* of the last change */
+};
+file_stamp stamp_of(const std::string &path);
 
 /* What root makes for a switch that runs as another user must be that user's: gives an open file to the owner
  * of the directory it is in. Does nothing for other users. As that owner may have put a link to somebody
