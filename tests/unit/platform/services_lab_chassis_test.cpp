@@ -175,7 +175,7 @@ TEST_F(LabChassis, TransceiverGoesInWithItsDataAndOutAgain) {
                   "nominal-signal-rate 3 compliance \"\""});
   EXPECT_EQ(lab_command("transceiver in 0/8"), "ok\n") << "another one takes its place";
   EXPECT_EQ(changed_lines(),
-            lines{"transceiver in 0/8 module-type \"SFP+\" vendor-name \"\" vendor-revision \"\" "
+            lines{"transceiver in 0/8 module-type SFP+ vendor-name \"\" vendor-revision \"\" "
                   "link-length-50um 0 link-length-62-5um 0 serial-number \"\" part-number \"\" "
                   "nominal-signal-rate 0 compliance \"\""});
   EXPECT_EQ(lab_command("transceiver out 0/8"), "ok\n");
@@ -356,7 +356,7 @@ TEST_F(LabChassisRefusals, OfTheIdentityAndOfWrongQuotes) {
 TEST_F(SoftSwitch, TransceiverOfTheProfileGoesBackIntoItsPort) {
   const std::string
       at_start = lab_command("chassis"),
-      sr = "transceiver in 0/1 module-type \"SFP+\" vendor-name \"Sample Optics\" vendor-revision A1 "
+      sr = "transceiver in 0/1 module-type SFP+ vendor-name \"Sample Optics\" vendor-revision A1 "
            "link-length-50um 300 link-length-62-5um 33 serial-number ",
       rest = " part-number SO-10G-SR nominal-signal-rate 10300 compliance 10GBASE-SR\n";
   EXPECT_NE(at_start.find(sr + "SO100001" + rest), std::string::npos) << at_start;

@@ -65,6 +65,11 @@ TEST(Profile, ExampleOfTheDocumentationIsGood) {
             "SFP+ and 1 x 40G QSFP|0.1.0|flash\n"
             "0/1 1000 copper cabled\n0/2 1000 copper cabled\n0/3 1000 copper cabled\n"
             "0/4 1000 copper\n0/5 10000 cabled\n0/6 10000 cabled\n0/7 10000\n0/8 40000 cabled");
+  EXPECT_EQ(profile.fans.size(), 2u);
+  EXPECT_EQ(profile.power_supplies.size(), 1u);
+  EXPECT_EQ(profile.temperature_sensors.size(), 2u);
+  ASSERT_EQ(profile.transceivers.size(), 2u);
+  EXPECT_EQ(profile.transceivers[1].fitted.compliance, "40GBASE-CR4");
 }
 
 TEST(Profile, WhatIsLeftOutIsAsBuiltIn) {
