@@ -8,9 +8,13 @@
 #include "platform/softswitch/services/clock.h"
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/log.h"
+#include "platform/softswitch/services/log_configuration.h"
+#include "platform/softswitch/services/process_figures.h"
 
 #include <charconv>
 #include <chrono>
+#include <limits.h>
+#include <unistd.h>
 
 namespace softswitch {
 
@@ -18,6 +22,15 @@ namespace softswitch {
 static running_switch &the_switch() {
   static running_switch *const only = new running_switch;
   return *only;
+}
+
+/* Lets the log service follow the configuration, which is cheap when nothing of it has changed. */
+static void configure_log(running_switch &sw) {
+  if (sw.logging.is_same(sw.model.logging)) return;
+  sw.logging = sw.model.logging;
+  char hostname[HOST_NAME_MAX + 1] = "";
+  gethostname(hostname, sizeof hostname);
+  log_configure(*sw.logging, hostname);
 }
 
 /* --- Starting and stopping ------------------------------------------------------------------------------ */
@@ -63,6 +76,7 @@ static void close_accounts(running_switch &) {
 static bool load_configuration(running_switch &sw, std::string *error) {
   if (!journal_open(&sw.journal, sw.settings.state_dir, &sw.model, error)) return false;
   apply_initial(&sw.model);
+  configure_log(sw);
   return true;
 }
 
@@ -79,6 +93,16 @@ static bool start_applying(running_switch &sw, std::string *error) {
 
 static void stop_applying(running_switch &sw) {
   apply_stop(&sw);
+}
+
+static bool start_process_figures(running_switch &, std::string *error) {
+  if (process_figures_start("/proc")) return true;
+  *error = "no thread for process figures";
+  return false;
+}
+
+static void stop_process_figures(running_switch &) {
+  process_figures_stop();
 }
 
 static bool start_lab(running_switch &sw, std::string *error) {
@@ -102,6 +126,7 @@ static constexpr start_step start_steps[] = {
     {open_accounts, close_accounts},
     {load_configuration, close_journal},
     {start_applying, stop_applying},
+    {start_process_figures, stop_process_figures},
     {start_lab, stop_lab},
 };
 static constexpr size_t start_step_count = sizeof start_steps / sizeof *start_steps;
@@ -170,6 +195,7 @@ open_error_t commit_line(switch_model &model, std::string_view line) {
   if (changed.change == model.change) return OPEN_E_NONE;
   if (!journal_append(&sw.journal, line)) return OPEN_E_FAIL;
   model = changed;
+  configure_log(sw);
   sw.wake.notify_all();
   return OPEN_E_NONE;
 }
@@ -195,6 +221,7 @@ static bool install(running_switch &sw, const switch_model &changed, std::string
   if (!snapshot_install(&sw.journal, sw.journal.length, error)) return false;
   journal_discard(sw.journal.dir, past);
   sw.model = changed;
+  configure_log(sw);
   sw.wake.notify_all();
   return true;
 }
@@ -204,7 +231,12 @@ bool apply_configuration(std::string_view text, std::string *error) {
   std::unique_lock lock(sw.lock);
   sw.idle.wait(lock, [&] { return !sw.compacting; });
   switch_model changed = sw.model;
-  return apply_text(changed, text, error) && install(sw, changed, error);
+  bool logged = sw.model.logging->cli;
+  if (!apply_text(changed, text, error) || !install(sw, changed, error)) return false;
+  logged |= sw.model.logging->cli;
+  lock.unlock();
+  if (logged) log_script(text);
+  return true;
 }
 
 bool save_startup_config(std::string *error) {

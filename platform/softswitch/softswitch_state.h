@@ -27,6 +27,7 @@ struct running_switch {
   bool held = false;       /* changes are held back from the data plane */
   bool compacting = false; /* a snapshot is being written without the lock */
   switch_model model;
+  shared_table<logging_table> logging; /* what the log service has been told of it */
   struct journal journal;
 };
 

@@ -26,6 +26,9 @@ public:
   const T *operator->() const { return table.get(); }
   const T &operator*() const { return *table; }
 
+  /* Whether neither has been changed since one was copied from the other. */
+  bool is_same(const shared_table &other) const { return table == other.table; }
+
   /* The table for changing: its own from now on. */
   T *edit() {
     if (shared) table = std::make_shared<T>(*table);
