@@ -51,7 +51,8 @@ open_error_t commit(switch_model &, std::string_view pattern, const std::vector<
 /* The running configuration in the configuration language. */
 std::string running_config();
 /* Applies a whole text (a script) as one change: every line is checked before anything is taken over, while
- * the switch goes on. False with the reason, which begins with "line N: "; nothing has then been changed. */
+ * the switch goes on. False with the reason, which begins with "line N: "; nothing has then been changed.
+ * Logs the lines when the configuration asks for it, before or after. */
 bool apply_configuration(std::string_view text, std::string *error);
 /* Replaces the startup configuration by the running one; false with the reason when it cannot be written. */
 bool save_startup_config(std::string *error);

@@ -23,6 +23,7 @@ static constexpr limit_name limit_names[] = {
     {"bgp-networks", &limits::bgp_networks},
     {"vxlan-tenants", &limits::vxlan_tenants},
     {"remote-vteps", &limits::remote_vteps},
+    {"logging-hosts", &limits::logging_hosts},
     {"tcam-ingress-policies", &limits::tcam_ingress_policies},
     {"tcam-egress-policies", &limits::tcam_egress_policies},
     {"tcam-ingress-slices-256", &limits::tcam_ingress_slices_256},

@@ -22,6 +22,7 @@ void switch_reset(switch_model &model) {
   acls_reset(model);
   tcam_reset(model);
   vxlan_reset(model);
+  logging_reset(model);
   interfaces_reset(model);
   vlans_reset(model);
 }

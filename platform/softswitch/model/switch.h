@@ -16,6 +16,7 @@
 #include "platform/softswitch/model/lag.h"
 #include "platform/softswitch/model/leases.h"
 #include "platform/softswitch/model/limits.h"
+#include "platform/softswitch/model/logging.h"
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/routing.h"
 #include "platform/softswitch/model/shared_table.h"
@@ -60,6 +61,7 @@ struct switch_model {
   shared_table<lease_table> leases;
   shared_table<bgp_table> bgp;
   shared_table<vxlan_table> vxlan;
+  shared_table<logging_table> logging;
   shared_table<counter_table> counters;
 };
 
