@@ -1,4 +1,5 @@
-/* Small files read and replaced as a whole, for the services that keep one: accounts, profile. */
+/* Small files read and replaced as a whole, for the services that keep one: accounts, profile, what transfers
+ * bring. */
 #ifndef KESTREL_SOFTSWITCH_FILES_H
 #define KESTREL_SOFTSWITCH_FILES_H
 
@@ -27,6 +28,14 @@ bool read_file(int fd, const std::string &path, size_t size_max, std::string *te
  * directory. The file's mode is `mode`, whatever the umask. False with the reason; the old file is then
  * whole. */
 bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error);
+
+/* The second half of that for a file that has been written and synced already: renames it over PATH and syncs
+ * the directory. False with the reason; both files are then as they were. */
+bool move_into_place(const std::string &new_file, const std::string &path, std::string *error);
+
+/* Makes a folder (mode 700) for the owner of the directory that it is in, when it is missing. False with the
+ * reason when it cannot be made or something else has its name. */
+bool make_private_folder(const std::string &path, std::string *error);
 
 /* What root makes for a switch that runs as another user must be that user's: gives an open file to the owner
  * of the directory it is in. Does nothing for other users. As that owner may have put a link to somebody
