@@ -8,6 +8,7 @@
 #include "platform/softswitch/services/clock.h"
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/log.h"
+#include "platform/softswitch/services/transfer.h"
 
 #include <charconv>
 #include <chrono>
@@ -81,6 +82,15 @@ static void stop_applying(running_switch &sw) {
   apply_stop(&sw);
 }
 
+static bool open_transfers(running_switch &sw, std::string *) {
+  transfers_open(sw.settings.state_dir);
+  return true;
+}
+
+static void close_transfers(running_switch &) {
+  transfers_close();
+}
+
 static bool start_lab(running_switch &sw, std::string *error) {
   return lab_start(sw.settings.state_dir, error);
 }
@@ -96,13 +106,10 @@ struct start_step {
 
 /* In order; the end is the same backwards. */
 static constexpr start_step start_steps[] = {
-    {take_directory, release_directory},
-    {open_log, close_log},
-    {make_model, forget_model},
-    {open_accounts, close_accounts},
-    {load_configuration, close_journal},
-    {start_applying, stop_applying},
-    {start_lab, stop_lab},
+    {take_directory, release_directory}, {open_log, close_log},
+    {make_model, forget_model},          {open_accounts, close_accounts},
+    {load_configuration, close_journal}, {start_applying, stop_applying},
+    {open_transfers, close_transfers},   {start_lab, stop_lab},
 };
 static constexpr size_t start_step_count = sizeof start_steps / sizeof *start_steps;
 
@@ -140,6 +147,10 @@ void stop() {
   if (!is_running()) return;
   set_running(sw, false);
   end_steps(sw, start_step_count);
+}
+
+std::string state_directory() {
+  return the_switch().settings.state_dir;
 }
 
 /* --- The model ------------------------------------------------------------------------------------------ */
@@ -209,6 +220,15 @@ bool apply_configuration(std::string_view text, std::string *error) {
 
 bool save_startup_config(std::string *error) {
   return replace_file(the_switch().settings.state_dir + "/startup-config", running_config(), 0600, error);
+}
+
+bool replace_startup_config(std::string_view text, std::string *error) {
+  return replace_file(the_switch().settings.state_dir + "/startup-config", text, 0600, error);
+}
+
+bool request_reload(uint32_t) {
+  std::string error;
+  return reload(&error);
 }
 
 bool reload(std::string *error) {

@@ -25,6 +25,8 @@ bool start(std::string *error);
 void stop();
 /* Whether it is up. */
 bool is_running();
+/* The path of the directory that its files are in. */
+std::string state_directory();
 
 /* Holds the lock for its lifetime and gives access to the model. */
 class locked_switch {
@@ -54,6 +56,9 @@ std::string running_config();
 bool apply_configuration(std::string_view text, std::string *error);
 /* Replaces the startup configuration by the running one; false with the reason when it cannot be written. */
 bool save_startup_config(std::string *error);
+/* The same by any text, which nobody looks at before the next reload. */
+bool replace_startup_config(std::string_view text, std::string *error);
+bool request_reload(uint32_t mode);
 /* Returns to the startup configuration (factory state when there is none), journalled like any change. */
 bool reload(std::string *error);
 

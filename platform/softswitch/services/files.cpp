@@ -48,7 +48,7 @@ void give_to_directory_owner(int fd, const std::string &path) {
   if (fchown(fd, directory.st_uid, directory.st_gid) != 0) return;
 }
 
-static bool write_all(int fd, std::string_view text) {
+bool write_all(int fd, std::string_view text) {
   while (!text.empty()) {
     ssize_t size = write(fd, text.data(), text.size());
     if (size < 0 && errno == EINTR) continue;

@@ -24,6 +24,9 @@ public:
  * or holds more than `size_max` bytes. `path` is for the reason only. */
 bool read_file(int fd, const std::string &path, size_t size_max, std::string *text, std::string *error);
 
+/* Writes a text into an open file. False with errno set. */
+bool write_all(int fd, std::string_view text);
+
 /* Replaces (or makes) a file: writes `text` into PATH.new, syncs it, renames it over PATH and syncs the
  * directory. The file's mode is `mode`, whatever the umask. False with the reason; the old file is then
  * whole. */

@@ -15,7 +15,7 @@
 
 namespace softswitch {
 
-/* A configuration comes by nothing near this; whatever is larger is none. */
+/* Bytes; no configuration and no script comes near this. */
 inline constexpr size_t stored_text_max = size_t{256} * 1024 * 1024;
 
 enum class stored_kind { none, configuration, script, image };
