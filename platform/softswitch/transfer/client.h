@@ -53,8 +53,8 @@ struct archive_file {
 };
 
 struct transfer_functions {
-  /* Says whether a text is the URL of a file that the library can fetch and send. `shown`, at least as large
-   * as the text with its terminator, then gets it as others may see it: scheme, host, port and path. */
+  /* Says whether a text is the URL of a file that the library can fetch, or send. `shown` then gets it as
+   * others may see it, cut to its room: scheme, host, port and path. */
   bool (*url_read)(const char *url, bool upload, char *shown, size_t shown_size);
 
   /* A transfer can be cancelled from any thread, also before it runs; run() then returns soon. nullptr when

@@ -37,7 +37,6 @@ static constexpr curl_outcome outcomes[] = {
     {CURLE_GOT_NOTHING, OPEN_TRANSFER_CUT, "the server closed the connection without an answer"},
     {CURLE_REMOTE_DISK_FULL, OPEN_TRANSFER_FAILED, "the server has no room"},
     {CURLE_TOO_MANY_REDIRECTS, OPEN_TRANSFER_FAILED, "the server redirects too often"},
-    {CURLE_UNSUPPORTED_PROTOCOL, OPEN_TRANSFER_FAILED, "the server redirects to a URL that is not followed"},
 };
 
 /* libcurl's own words, unless they show what is secret. */
@@ -94,6 +93,8 @@ void set_curl_outcome(transfer_result *result, CURL *curl, CURLcode ended, bool 
   if (!connected && (ended == CURLE_OPERATION_TIMEDOUT || is_break(ended)))
     return set_outcome(result, OPEN_TRANSFER_UNREACHABLE, "the server does not answer");
   if (ended == CURLE_OPERATION_TIMEDOUT) return set_outcome(result, OPEN_TRANSFER_TIMED_OUT, "no data moves");
+  if (ended == CURLE_UNSUPPORTED_PROTOCOL && answer / 100 == 3)
+    return set_outcome(result, OPEN_TRANSFER_FAILED, "the server redirects to a URL that is not followed");
   if (is_break(ended)) ended = CURLE_PARTIAL_FILE;
   for (const curl_outcome &row : outcomes) {
     if (row.ended == ended) return set_outcome(result, row.code, row.reason);
