@@ -10,6 +10,7 @@
 #include "platform/softswitch/services/log.h"
 #include "platform/softswitch/services/log_configuration.h"
 #include "platform/softswitch/services/process_figures.h"
+#include "platform/softswitch/services/transfer.h"
 #include "platform/softswitch/softswitch_reload.h"
 
 #include <charconv>
@@ -116,6 +117,15 @@ static void stop_process_figures(running_switch &) {
   process_figures_stop();
 }
 
+static bool open_transfers(running_switch &sw, std::string *) {
+  transfers_open(sw.settings.state_dir);
+  return true;
+}
+
+static void close_transfers(running_switch &) {
+  transfers_close();
+}
+
 static bool start_lab(running_switch &sw, std::string *error) {
   return lab_start(sw.settings.state_dir, error);
 }
@@ -138,6 +148,7 @@ static constexpr start_step start_steps[] = {
     {load_configuration, close_journal},
     {start_applying, stop_applying},
     {start_reloading, stop_reloading},
+    {open_transfers, close_transfers},
     {start_process_figures, stop_process_figures},
     {start_lab, stop_lab},
 };
@@ -177,6 +188,10 @@ void stop() {
   if (!is_running()) return;
   set_running(sw, false);
   end_steps(sw, start_step_count);
+}
+
+std::string state_directory() {
+  return the_switch().settings.state_dir;
 }
 
 /* --- The model ------------------------------------------------------------------------------------------ */

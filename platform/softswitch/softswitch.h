@@ -26,6 +26,8 @@ bool start(std::string *error);
 void stop();
 /* Whether it is up. */
 bool is_running();
+/* The path of the directory that its files are in. */
+std::string state_directory();
 
 /* Holds the lock for its lifetime and gives access to the model. */
 class locked_switch {

@@ -6,6 +6,7 @@
 #include "platform/softswitch/services/faults.h"
 #include "platform/softswitch/services/lab_commands.h"
 #include "platform/softswitch/services/log.h"
+#include "platform/softswitch/services/stored_files.h"
 #include "platform/softswitch/softswitch.h"
 
 #include <algorithm>
@@ -196,6 +197,10 @@ static lab_outcome show_running_config(const command_row &, const arguments &) {
   return done(std::move(text));
 }
 
+static lab_outcome show_images(const command_row &, const arguments &) {
+  return done(image_list(state_directory()));
+}
+
 static lab_outcome save(const command_row &, const arguments &) {
   std::string error;
   return save_startup_config(&error) ? done() : refused(error);
@@ -261,6 +266,8 @@ static const command_row commands[] = {
     {"limit", "NAME VALUE", 2, 2, "lower a limit of the switch, to see its table full", change_limit},
     {"log", "LEVEL", 1, 1, "lines this severe go to the console: emergency ... debug, or 0 to 7", change_log},
     {"show running-config", "", 0, 0, "print the running configuration", show_running_config},
+    {"show images", "", 0, 0, "list the software images: name, size, SHA-256, when and from where fetched",
+     show_images},
     {"save", "", 0, 0, "make the running configuration the startup configuration", save},
     {"reload warm", "", 0, 0, "hand the running configuration to the data plane anew", reload_warm},
     {"reload factory", "", 0, 0, "return to factory state, removing all configurations", reload_factory},

@@ -136,6 +136,8 @@ TEST_F(Lab, HelpListsEveryCommand) {
       "log LEVEL                                 lines this severe go to the console: emergency ... debug, "
       "or 0 to 7\n"
       "show running-config                       print the running configuration\n"
+      "show images                               list the software images: name, size, SHA-256, when and "
+      "from where fetched\n"
       "save                                      make the running configuration the startup configuration\n"
       "reload                                    return to the startup configuration\n"
       "ok\n");
