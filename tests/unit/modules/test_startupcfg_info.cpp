@@ -77,14 +77,20 @@ TEST_F(StartupcfgInfoTest, StartLeavesAFileThatItCanOpenAsItIs) {
 }
 
 /* The program starts all the same. */
-TEST_F(StartupcfgInfoTest, StartWithoutTheFolderIsAFailureAndAnEmptyRecord) {
-  root.remove_folder();
+TEST_F(StartupcfgInfoTest, StartThatCannotMakeTheFileIsAFailureAndAnEmptyRecord) {
+  root.block_folder();
   startupcfgInfo = {42, RC_TRUE, "old", "older"};
   EXPECT_EQ(initialize_transfer_variables(), RC_FALSE);
-  EXPECT_FALSE(std::filesystem::exists(root.folder()));
+  EXPECT_TRUE(root.is_folder_blocked());
   EXPECT_EQ(startupcfgInfo.serialNum, 0u);
   EXPECT_EQ(startupcfgInfo.hasUpdated, RC_FALSE);
   expect_record("", "");
+}
+
+TEST_F(StartupcfgInfoTest, FirstStartMakesTheFolderToo) {
+  root.remove_folder();
+  EXPECT_EQ(initialize_transfer_variables(), RC_TRUE);
+  EXPECT_EQ(root.content(), "cfg_time:\ncfg_update:\n");
 }
 
 TEST_F(StartupcfgInfoTest, TimesSurviveARestartAndNumbersDoNot) {
@@ -207,7 +213,7 @@ TEST_F(StartupcfgInfoTest, LongLinesAreNoObstacle) {
 TEST_F(StartupcfgInfoTest, FileThatCannotBeOpenedIsAFailureAndTheRecordStays) {
   record("old", "older");
   EXPECT_EQ(read_startupcfg_info_file(), RC_FALSE);
-  root.remove_folder();
+  root.block_folder();
   EXPECT_EQ(read_startupcfg_info_file(), RC_FALSE);
   expect_record("old", "older");
 }
@@ -238,7 +244,7 @@ TEST_F(StartupcfgInfoTest, GettersReadTheFileAgain) {
 
 TEST_F(StartupcfgInfoTest, GettersLeaveAnEmptyTextWhenTheFileCannotBeOpened) {
   record("old", "older");
-  root.remove_folder();
+  root.block_folder();
   char time[STARTUPCFG_TIME_SIZE] = "before", update[STARTUPCFG_TIME_SIZE] = "before";
   EXPECT_EQ(get_startup_config_time(time), RC_FALSE);
   EXPECT_STREQ(time, "");
@@ -393,12 +399,21 @@ TEST_F(StartupcfgInfoTest, FileIsReplacedWhole) {
   EXPECT_EQ(root.content(), "cfg_time:c\ncfg_update:u\n");
 }
 
+TEST_F(StartupcfgInfoTest, FolderThatIsMissingIsMade) {
+  record("c", "u");
+  root.remove_folder();
+  EXPECT_EQ(read_startupcfg_info_file(), RC_FALSE);
+  EXPECT_FALSE(std::filesystem::exists(root.folder())); /* not by reading */
+  EXPECT_EQ(write_startupcfg_info_file(), RC_TRUE);
+  EXPECT_EQ(root.content(), "cfg_time:c\ncfg_update:u\n");
+}
+
 /* --- Files that cannot be written ----------------------------------------------------------------------- */
 
-TEST_F(StartupcfgInfoTest, WritingWithoutTheFolderIsAFailure) {
-  root.remove_folder();
+TEST_F(StartupcfgInfoTest, WritingWhereNoFolderCanBeIsAFailure) {
+  root.block_folder();
   EXPECT_EQ(write_startupcfg_info_file(), RC_FALSE);
-  EXPECT_FALSE(std::filesystem::exists(root.folder()));
+  EXPECT_TRUE(root.is_folder_blocked());
 }
 
 /* A link to itself can be opened in no way. */
@@ -481,10 +496,10 @@ TEST_F(StartupcfgInfoTest, SameTimeDoesNotTouchTheFile) {
   EXPECT_EQ(set_startup_config_update_time("u"), RC_TRUE);
   EXPECT_EQ(root.content(), "cfg_time:x\ncfg_update:y\n");
   expect_record("c", "u");
-  root.remove_folder();
+  root.block_folder();
   EXPECT_EQ(set_startup_config_time("c"), RC_TRUE);
   EXPECT_EQ(set_startup_config_update_time("u"), RC_TRUE);
-  EXPECT_FALSE(std::filesystem::exists(root.folder()));
+  EXPECT_TRUE(root.is_folder_blocked());
 }
 
 TEST_F(StartupcfgInfoTest, TimesAreComparedWhole) {

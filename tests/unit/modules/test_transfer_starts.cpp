@@ -83,6 +83,21 @@ TEST_F(TransferStartTest, EveryFailureToStartIsTold) {
   }
 }
 
+TEST_F(TransferStartTest, RefusalIsToldWithEmptyData) {
+  platform.fail("FileDownload", OPEN_E_UNAVAIL);
+  Answers in_progress = both("POST", STARTS[0].uri, query_of(STARTS[0]));
+  EXPECT_EQ(in_progress.xml, "<result><rlt_code>1</rlt_code><rlt_mesg>Another Transfer is in Progress."
+                             "</rlt_mesg><rlt_data></rlt_data></result>\n");
+  EXPECT_EQ(in_progress.json, "{ \"result\": { \"rlt_code\": 1, \"rlt_mesg\": \"Another Transfer is in "
+                              "Progress.\", \"rlt_data\": { } } }\n");
+  platform.fail("FileDownload", OPEN_E_ERROR);
+  Answers failed = both("POST", STARTS[0].uri, query_of(STARTS[0]));
+  EXPECT_EQ(failed.xml, "<result><rlt_code>2</rlt_code><rlt_mesg>Failed to start a transfer.</rlt_mesg>"
+                        "<rlt_data></rlt_data></result>\n");
+  EXPECT_EQ(failed.json, "{ \"result\": { \"rlt_code\": 2, \"rlt_mesg\": \"Failed to start a transfer.\", "
+                         "\"rlt_data\": { } } }\n");
+}
+
 TEST_F(TransferStartTest, EveryVariableMustBeThereAndNotEmpty) {
   for (const start &start : STARTS) {
     for (const auto &variable : start.variables) {
@@ -236,11 +251,11 @@ TEST_F(TransferStartTest, TimesOfAStartupConfigurationAreStoredBeforeItIsFetched
 
 TEST_F(TransferStartTest, BackupConfigurationIgnoresTimes) {
   const std::string before = root.content(), too_long(24, 'x');
-  for (const std::string times :
+  for (const std::string &times :
        {std::string("&cfgtime=c&updatetime=u"), std::string("&cfgtime=&updatetime="), "&cfgtime=" + too_long,
         std::string("")})
     expect_started("/download/config", "url=u&cfg=2&auto=n" + times, "FileDownload 1024:u 14:backup-config");
-  root.remove_folder();
+  root.block_folder();
   expect_started("/download/config", "url=u&cfg=2&auto=n&cfgtime=c&updatetime=u",
                  "FileDownload 1024:u 14:backup-config");
   EXPECT_STREQ(startupcfgInfo.cfgTime, "");
@@ -309,11 +324,12 @@ TEST_F(TransferStartTest, TimesThatCannotBeStoredFailTheRequest) {
 
 TEST_F(TransferStartTest, TimesThatAreStoredAlreadyNeedNoFile) {
   ASSERT_EQ(post("/download/config", "url=u&cfg=1&cfgtime=c&updatetime=t&auto=n"), started().xml);
-  root.remove_folder();
+  root.block_folder();
   expect_started("/download/config", "url=u&cfg=1&cfgtime=c&updatetime=t&auto=n",
                  "FileDownload 1024:u 15:startup-config");
-  EXPECT_FALSE(std::filesystem::exists(root.folder()));
-  expect_invalid("/download/config", "url=u&cfg=1&cfgtime=d&updatetime=t&auto=n");
+  EXPECT_TRUE(root.is_folder_blocked());
+  EXPECT_EQ(post("/download/config", "url=u&cfg=1&cfgtime=d&updatetime=t&auto=n"), invalid().xml);
+  EXPECT_EQ(recorded_calls(), calls());
 }
 
 /* --- The flag of an update ------------------------------------------------------------------------------ */

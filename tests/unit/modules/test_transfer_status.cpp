@@ -191,7 +191,7 @@ TEST_F(TransferStatusTest, TimeWithABlankIsToldUpToTheBlank) {
 
 TEST_F(TransferStatusTest, TimesThatCannotBeReadAnswer99) {
   post("/download/config", "url=u&cfg=1&cfgtime=c&updatetime=u&auto=y");
-  root.remove_folder();
+  root.block_folder();
   EXPECT_EQ(get(INFO), invalid());
   EXPECT_EQ(recorded_calls(), calls());
 }

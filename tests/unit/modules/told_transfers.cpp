@@ -40,7 +40,7 @@ static std::string whole_text(const open_buffdesc *text) {
  * fail. */
 static std::string begin(const std::string &function, const std::string &arguments = "") {
   std::string name = function;
-  for (const std::string beginning : {"rpcclt_openapi", "Transfer"}) {
+  for (const std::string &beginning : {std::string("rpcclt_openapi"), std::string("Transfer")}) {
     if (name.compare(0, beginning.size(), beginning) == 0) name.erase(0, beginning.size());
   }
   record_call(name.c_str(), arguments);

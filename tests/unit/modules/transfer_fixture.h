@@ -22,11 +22,17 @@ inline Answers started() {
 inline Answers activated() {
   return expected_data({}, "Script transfer and apply successfully.");
 }
+/* A refusal in the module's own words has empty data, too. */
+inline Answers refused(int code, const std::string &message) {
+  result_node result =
+      branch("result", {number("rlt_code", code), text("rlt_mesg", message), branch("rlt_data", {})});
+  return {result.xml + "\n", "{ " + result.json + " }\n"};
+}
 inline Answers not_started() {
-  return expected_answers(2, "Failed to start a transfer.");
+  return refused(2, "Failed to start a transfer.");
 }
 inline Answers busy() {
-  return expected_answers(1, "Another Transfer is in Progress.");
+  return refused(1, "Another Transfer is in Progress.");
 }
 inline Answers invalid() {
   return expected_platform_error(OPEN_E_PARAM);
@@ -66,8 +72,13 @@ public:
   void write(const std::string &text) const { overwrite_file(file(), text); }
   std::string content() const { return read_file(file()); }
 
-  /* From now on the file can neither be opened nor made. */
   void remove_folder() const { std::filesystem::remove_all(folder()); }
+  /* From now on the file can neither be opened nor made: a file is in the folder's place. */
+  void block_folder() const {
+    remove_folder();
+    overwrite_file(folder(), "");
+  }
+  bool is_folder_blocked() const { return read_file(folder()).empty(); }
   /* From now on the file can be read but not be written. */
   void block_writing() const { std::filesystem::create_directory(temporary_file()); }
 
