@@ -371,6 +371,50 @@ TEST_F(StartupcfgInfoTest, AppendedKeysStandInLinesOfTheirOwn) {
   EXPECT_EQ(rewritten("cfg_update:c"), "cfg_update:c\ncfg_time:c\n");
 }
 
+/* What begins like a key behind the 255th character is not at the start of a line. */
+TEST_F(StartupcfgInfoTest, RestOfALongLineIsNoLine) {
+  for (size_t length : {254, 255, 256, 510}) {
+    const std::string line = std::string(length, 'x') + "cfg_time:y\n";
+    record("old", "u");
+    root.write(line);
+    EXPECT_EQ(read_startupcfg_info_file(), RC_TRUE);
+    expect_record("old", "u");
+    EXPECT_EQ(rewritten(line), line + "cfg_time:old\ncfg_update:u\n") << length;
+  }
+}
+
+TEST_F(StartupcfgInfoTest, LongLineOfAKeyIsRewrittenWhole) {
+  record("c", "u");
+  for (size_t length : {245, 246, 247, 255, 300, 2000}) {
+    const std::string rest(length, 'x');
+    EXPECT_EQ(rewritten("cfg_time:" + rest + "\ncfg_update:" + rest + "\na:1\n"),
+              "cfg_time:c\ncfg_update:u\na:1\n")
+        << length;
+    EXPECT_EQ(rewritten("cfg_time:" + rest), "cfg_time:c\ncfg_update:u\n") << length;
+    /* The same word, and more behind it: it stays. */
+    const std::string same = "cfg_time:c " + rest + "\n";
+    EXPECT_EQ(rewritten(same + "a:1\n"), same + "a:1\ncfg_update:u\n") << length;
+  }
+}
+
+TEST_F(StartupcfgInfoTest, OfTwoLinesOfAKeyTheLastCounts) {
+  record("c", "u");
+  EXPECT_EQ(rewritten("cfg_time:x\ncfg_update:x\ncfg_time:c\ncfg_update:y\n"),
+            "cfg_time:c\ncfg_update:u\ncfg_time:c\ncfg_update:u\n");
+  root.write("cfg_time:c1\ncfg_update:u1\ncfg_time:c2\ncfg_update:u2\n");
+  EXPECT_EQ(read_startupcfg_info_file(), RC_TRUE);
+  expect_record("c2", "u2");
+}
+
+/* A value cannot bring a line of its own: no client writes other keys, or a second time. */
+TEST_F(StartupcfgInfoTest, LineBreakInATimeIsABlankInTheFile) {
+  record("c\ncfg_update:x", "u\n\nv");
+  EXPECT_EQ(rewritten(""), "cfg_time:c cfg_update:x\ncfg_update:u  v\n");
+  EXPECT_EQ(rewritten("cfg_time:x\ncfg_update:x\n"), "cfg_time:c cfg_update:x\ncfg_update:u  v\n");
+  EXPECT_EQ(read_time(), "c");
+  EXPECT_EQ(read_update_time(), "u");
+}
+
 TEST_F(StartupcfgInfoTest, WritingTwiceGivesTheSame) {
   record("2026-01-02 10:20", "2026-03-04 11:21");
   const std::string once = rewritten("a:1\ncfg_update:x\n");
