@@ -50,10 +50,9 @@ TEST_F(NetworkPortTest, AddressesAndModeAreRead) {
 }
 
 TEST_F(NetworkPortTest, ParametersAreDeleted) {
-  expect_served(
-      {"DELETE", "/system/networkport/ipv4", "", api_system_delete_networkport_ipv4_parameters},
-      expected_answers(0, "Delete network port IPv4 parameters successfully."),
-      {"NetworkPortIPv4ParametersDelete"});
+  expect_served({"DELETE", "/system/networkport/ipv4", "", api_system_delete_networkport_ipv4_parameters},
+                expected_answers(0, "Delete network port IPv4 parameters successfully."),
+                {"NetworkPortIPv4ParametersDelete"});
 }
 
 TEST_F(NetworkPortTest, ParametersAreSet) {

@@ -23,9 +23,9 @@ struct global_settings {
 
 static Answers expected_settings(const global_settings &settings) {
   return expected_data(
-      {branch("infomation", {text("hostname", settings.hostname), number("serial_timeout", settings.timeout),
-                             text("telnet_srver_admin_mode", settings.mode),
-                             text("service_port_mask", settings.mask)})});
+      {branch("infomation",
+              {text("hostname", settings.hostname), number("serial_timeout", settings.timeout),
+               text("telnet_srver_admin_mode", settings.mode), text("service_port_mask", settings.mask)})});
 }
 
 static const char *const SETTINGS[] = {"/system/hostname", "/system/serialTimeout",
@@ -132,14 +132,10 @@ TEST_F(SystemTest, HostnameIsGivenWithItsTerminator) {
   const struct {
     const char *query, *call;
   } rows[] = {
-      {"value=leaf-8", "SystemHostnameSet 7:leaf-8"},
-      {"value=x", "SystemHostnameSet 2:x"},
-      {"value=0", "SystemHostnameSet 2:0"},
-      {"value=-1", "SystemHostnameSet 3:-1"},
-      {"value=a%20b+c", "SystemHostnameSet 6:a b c"},
-      {"value=%25s%25n", "SystemHostnameSet 5:%s%n"},
-      {"value=a&value=b", "SystemHostnameSet 2:a"},
-      {"VALUE=a", "SystemHostnameSet 2:a"},
+      {"value=leaf-8", "SystemHostnameSet 7:leaf-8"}, {"value=x", "SystemHostnameSet 2:x"},
+      {"value=0", "SystemHostnameSet 2:0"},           {"value=-1", "SystemHostnameSet 3:-1"},
+      {"value=a%20b+c", "SystemHostnameSet 6:a b c"}, {"value=%25s%25n", "SystemHostnameSet 5:%s%n"},
+      {"value=a&value=b", "SystemHostnameSet 2:a"},   {"VALUE=a", "SystemHostnameSet 2:a"},
   };
   for (const auto &row : rows) expect_served({"PUT", "/system/hostname", row.query}, done, {row.call});
   expect_served({"PUT", "/system/hostname", "value=" + longest_value()}, done,
@@ -179,12 +175,9 @@ TEST_F(SystemTest, TelnetModeIsLeftToThePlatformToCheck) {
   const struct {
     const char *value, *call;
   } rows[] = {
-      {"0", "TelnetServerAdminModeSet 0"},
-      {"1", "TelnetServerAdminModeSet 1"},
-      {"2", "TelnetServerAdminModeSet 2"},
-      {"-1", "TelnetServerAdminModeSet 4294967295"},
-      {"enable", "TelnetServerAdminModeSet 0"},
-      {"1enable", "TelnetServerAdminModeSet 1"},
+      {"0", "TelnetServerAdminModeSet 0"},      {"1", "TelnetServerAdminModeSet 1"},
+      {"2", "TelnetServerAdminModeSet 2"},      {"-1", "TelnetServerAdminModeSet 4294967295"},
+      {"enable", "TelnetServerAdminModeSet 0"}, {"1enable", "TelnetServerAdminModeSet 1"},
   };
   for (const auto &row : rows) {
     expect_served({"PUT", "/system/telnetServerAdminMode", std::string("value=") + row.value},
