@@ -110,7 +110,8 @@ scripted_call &scripted_call::put(open_inet_addr_t *address, const char *name) {
   if (rc_ != OPEN_E_NONE) return *this;
   const uint32_t *given =
       find_given(given_numbers, name_of_output(family.c_str()), name_of_every_output(family.c_str()));
-  address->family = given == nullptr ? OPEN_AF_INET : *given;
+  address->family = OPEN_AF_INET;
+  if (given != nullptr) address->family = *given;
   return *this;
 }
 

@@ -245,10 +245,10 @@ open_error_t rpcclt_openapiProcMemInfoGet(openapiClientHandle_t *handle, uint32_
 
 open_error_t rpcclt_openapiProcTotalCpuUtilGet(openapiClientHandle_t *handle, uint32_t *periods,
                                                open_buffdesc *text) {
-  return scripted_call(handle, __func__).expect_zeroed(text).put(periods).put(text).result();
+  return scripted_call(handle, __func__).expect_zeroed(text).put(periods, "periods").put(text).result();
 }
 
 open_error_t rpcclt_openapiProcTaskCpuUtilGet(openapiClientHandle_t *handle, uint32_t *count,
                                               open_buffdesc *text) {
-  return scripted_call(handle, __func__).expect_zeroed(text).put(count).put(text).result();
+  return scripted_call(handle, __func__).expect_zeroed(text).put(count, "count").put(text).result();
 }

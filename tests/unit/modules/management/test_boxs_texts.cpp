@@ -48,7 +48,10 @@ TEST(BoxsTextTest, OwnModulesAreNamedByKindAndDesignation) {
   for (uint32_t value = 5; value <= 9; value++) {
     std::string text = text_of(get_open_sfp_module_type_string_by_enum, value);
     EXPECT_NE(text.find(kinds[value - 5]), std::string::npos) << text;
-    EXPECT_NE(text.find_first_of("0123456789"), std::string::npos) << text;
+    std::string designation = text.substr(text.rfind(' ') + 1);
+    EXPECT_EQ(designation.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-"), std::string::npos)
+        << text;
+    EXPECT_GE(designation.size(), 4u) << text;
     EXPECT_EQ(text.find_first_of("<>&\"\\%"), std::string::npos) << text;
     EXPECT_NE(text, "SFP+");
     texts.insert(text);

@@ -178,12 +178,13 @@ TEST_F(TransceiverTest, LastPortIsListed) {
 }
 
 TEST_F(TransceiverTest, PortsWithoutAnEndAreGivenUp) {
-  give("IfNextGet", 1);
   fail_call(next_after(1), OPEN_E_NONE);
   give(next_after(1), 1); /* no transceiver */
   EXPECT_EQ(get("/boxs/sfp"), expected_platform_error(OPEN_E_INTERNAL));
-  give(next_after(1), 2);
-  give(next_after(2), 2); /* a transceiver */
+  give_ports({1, 3, 4, 5, 6, 7, 8, 10, 11, 2, 1}); /* port 2 has a transceiver */
+  fail_call(next_after(1), OPEN_E_NONE);
+  fail_call("BoxsSfpNominalSignalRate", OPEN_E_NOT_FOUND);
+  fail_call("BoxsSfpNominalSignalRate 2", OPEN_E_NONE);
   EXPECT_EQ(get("/boxs/sfp"), expected_platform_error(OPEN_E_INTERNAL));
 }
 

@@ -8,7 +8,7 @@ protected:
     give("NetworkPortIPv4AddrGet address", 0x0A000001);
     give("NetworkPortIPv4AddrGet mask", 0xFFFF0000);
     give("NetworkPortGatewayIPv4AddrGet", 0x0A0000FE);
-    give("NetworkPortIPv4ProtocolModeGet", OPEN_NETWORK_PROTOCOL_DHCP);
+    give("NetworkPortIPv4ProtocolModeGet", 3);
   }
 
   static management_request reading() {

@@ -208,17 +208,17 @@ TEST_F(ProcessTextTest, LongNamesAndValuesAreCut) {
       {process(1, 1, name.substr(0, 1023), {text(period.substr(0, 255), value.substr(0, 1023))})});
 }
 
-/* 16384 bytes are 682 lines of 24 characters and the beginning of another one. */
+/* 16384 bytes are 712 lines of 23 characters and 8 characters of another one. */
 TEST_F(ProcessTextTest, LinesThatFillTheirBufferEndThere) {
   std::string lines;
   std::vector<result_node> processes;
   for (unsigned pid = 1001; pid < 1000 + 800; pid++) {
     lines += std::to_string(pid) + ",name,5s:1%;60s:2%\n";
-    if (pid <= 1682)
+    if (pid <= 1712)
       processes.push_back(process(pid - 1000, pid, "name", {text("5s", "1%"), text("60s", "2%")}));
   }
-  ASSERT_EQ(lines.find('\n'), 23u - 1u + 0u + (lines.find('\n') - 22u));
-  processes.push_back(process(683, 1683, "name", {text("5s", "1%")}));
+  ASSERT_EQ(lines.size(), 799u * 23);
+  processes.push_back(process(713, 1713, "nam", {}));
   expect_processes(lines, processes);
 }
 

@@ -59,6 +59,13 @@ static bool is_served(rest_handler_t handler, const std::string &method, const s
   });
 }
 
+/* "/logging/hosts/x", which is served as "/logging/hosts/a" is. */
+static bool names_a_host(const std::string &uri) {
+  const std::string before = "/logging/hosts/";
+  return uri.size() > before.size() && uri.compare(0, before.size(), before) == 0 &&
+         uri.find('/', before.size()) == std::string::npos;
+}
+
 /* The route is known by its first call, which fails here. */
 TEST_F(ManagementRouteTest, RoutesLeadToTheirOperations) {
   for (const served_route &route : SERVED) {
@@ -121,7 +128,7 @@ TEST_F(ManagementRouteTest, NearMissesAreNotServed) {
     capital[1] = static_cast<char>(toupper(capital[1]));
     misses.push_back(capital);
     for (const std::string &miss : misses) {
-      if (is_served(route.handler, route.method, miss)) continue;
+      if (is_served(route.handler, route.method, miss) || names_a_host(miss)) continue;
       expect_refused({route.method, miss, "value=1", route.handler}, expected_bad_request());
     }
   }

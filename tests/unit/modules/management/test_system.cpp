@@ -113,7 +113,7 @@ TEST_F(SystemTest, TelnetModeIsAWord) {
 }
 
 TEST_F(SystemTest, MaskIsShownWhateverItsFamily) {
-  for (uint32_t family : {OPEN_AF_NONE, OPEN_AF_INET, OPEN_AF_INET6, 3, 255}) {
+  for (uint32_t family : {0u, 1u, 2u, 3u, 255u}) {
     give("ServicePortMaskGet family", family);
     EXPECT_EQ(get("/system"), expected_settings({})) << family;
   }
