@@ -21,8 +21,8 @@ int api_logging_update_host_specified_addr_port(openapiClientHandle_t *client_ha
 int api_logging_update_host_specified_addr_severity_level(openapiClientHandle_t *client_handle,
                                                           mg_connection *conn);
 
-/* Bytes that a host's address takes at most, as the platform says; RC_FALSE when it does not. */
-RC_t get_logging_host_addr_len_max(openapiClientHandle_t *client_handle, uint32_t *length);
+/* Bytes that a host's address takes at most, as the platform says; fails as it does. */
+open_error_t get_logging_host_addr_len_max(openapiClientHandle_t *client_handle, uint32_t *length);
 /* The sentence of a severity (-1..7), at most 35 characters. RC_FALSE (with an empty text) for another value,
  * RC_FALSE for a null buffer. */
 RC_t get_log_severity_level_string_by_eum(int32_t level, char *text);
