@@ -2,9 +2,9 @@
 
     serve.py ftp|ssh|tftp FOLDER PORT USER PASSWORD KEY
 
-serves the files of FOLDER on 127.0.0.1. ssh speaks SFTP and SCP with the host key in the file KEY. Of a file NAME no more than the half is sent as long as
-there is NAME.hold beside it: so a test can look at a transfer that has come half its way. The libraries come with
-the system's Python, so servers.py starts this file with it."""
+serves the files of FOLDER on 127.0.0.1. ssh speaks SFTP and SCP with the host key in the file KEY. Of a file NAME no
+more than the half is sent as long as there is NAME.hold beside it: so a test can look at a transfer that has come
+half its way. The libraries come with the system's Python, so servers.py starts this file with it."""
 
 import asyncio
 import os
@@ -65,6 +65,15 @@ def serve_ssh(folder, port, user, password, key):
 
         def validate_password(self, username, given):
             return (username, given) == (user, password)
+
+        def public_key_auth_supported(self):
+            return True
+
+        def validate_public_key(self, username, given):
+            """The key that may log in without a password is in the file `allowed`, when there is one."""
+            if username != user or not os.path.exists("allowed"):
+                return False
+            return given.public_data == asyncssh.read_public_key("allowed").public_data
 
     class HeldFiles(asyncssh.SFTPServer):
         def __init__(self, channel):

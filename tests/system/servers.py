@@ -55,6 +55,11 @@ def make_authority(folder):
         file.write("".join(read_text(os.path.join(folder, name)) for name in ("server.crt", "server.key")))
 
 
+def make_key(path):
+    """Makes a key pair for SSH: path and path.pub."""
+    subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", path], check=True)
+
+
 class Keys:
     """What servers prove with who they are; made once for all of a test program."""
 
@@ -63,7 +68,7 @@ class Keys:
     def __init__(self):
         self.folder = tempfile.mkdtemp(prefix="kestrel-keys-")
         make_authority(self.folder)
-        subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", self.path("host")], check=True)
+        make_key(self.path("host"))
 
     def path(self, name):
         return os.path.join(self.folder, name)
@@ -177,6 +182,11 @@ class FileServer:
     def has(self, name):
         return os.path.exists(os.path.join(self.folder, name))
 
+    def allow_key(self, public):
+        """Lets whoever has the key in as the user, without a password: sftp and scp."""
+        with open(self.path("allowed"), "w", encoding="ascii") as file:
+            file.write(public)
+
     @contextlib.contextmanager
     def holding(self, name):
         """While it lasts, the server gives no more than the first half of a file (see serve.py)."""
@@ -187,8 +197,9 @@ class FileServer:
             os.unlink(os.path.join(self.folder, name + ".hold"))
 
     def url(self, name, user=USER, password=PASSWORD):
-        """The URL of a file; without a user when that is None."""
-        who = "" if user is None or self.scheme == "tftp" else f"{quoted(user)}:{quoted(password)}@"
+        """The URL of a file; without user or password when that is None."""
+        who = "" if user is None or self.scheme == "tftp" else quoted(user)
+        who += f":{quoted(password)}@" if who and password is not None else "@" if who else ""
         return f"{self.scheme}://{who}127.0.0.1:{self.port}/{name}"
 
 
