@@ -7,6 +7,7 @@ switch_model make_switch(const chassis_profile &profile) {
   switch_model model;
   model.profile = std::make_shared<const chassis_profile>(profile);
   interfaces_make(model);
+  chassis_make(model);
   switch_reset(model);
   return model;
 }

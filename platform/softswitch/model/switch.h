@@ -10,6 +10,7 @@
 #include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
 #include "platform/softswitch/model/bgp.h"
+#include "platform/softswitch/model/chassis.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/lag.h"
@@ -31,7 +32,7 @@ namespace softswitch {
 
 struct switch_model {
   struct limits limits;
-  std::shared_ptr<const chassis_profile> profile;
+  std::shared_ptr<const chassis_profile> profile; /* as it was at start, save that the identity may change */
   bool ready = true; /* what the readiness query answers */
 
   /* Changes are numbered from 1. Whatever changes notes the number of its latest change; it is pending while
@@ -39,6 +40,7 @@ struct switch_model {
   uint64_t change = 0;
   uint64_t applied = 0;
 
+  shared_table<chassis_table> chassis;
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
@@ -57,7 +59,7 @@ struct switch_model {
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, time ranges, counters and leases (save of interfaces that go), readiness. */
+ * the chassis, cables, time ranges, counters and leases (save of interfaces that go), readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */
