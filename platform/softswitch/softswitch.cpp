@@ -8,6 +8,9 @@
 #include "platform/softswitch/services/clock.h"
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/log.h"
+#include "platform/softswitch/services/log_configuration.h"
+#include "platform/softswitch/services/process_figures.h"
+#include "platform/softswitch/services/transfer.h"
 #include "platform/softswitch/softswitch_reload.h"
 
 #include <charconv>
@@ -19,6 +22,14 @@ namespace softswitch {
 running_switch &the_switch() {
   static running_switch *const only = new running_switch;
   return *only;
+}
+
+/* Lets the log service follow the configuration, which is cheap when nothing of it has changed. */
+static void configure_log(running_switch &sw) {
+  if (sw.logging == sw.model.logging && sw.system == sw.model.system) return;
+  sw.logging = sw.model.logging;
+  sw.system = sw.model.system;
+  log_configure(*sw.logging, sw.system->hostname);
 }
 
 /* --- Starting and stopping ------------------------------------------------------------------------------ */
@@ -96,6 +107,25 @@ static void stop_reloading(running_switch &sw) {
   reload_stop(&sw);
 }
 
+static bool start_process_figures(running_switch &, std::string *error) {
+  if (process_figures_start("/proc")) return true;
+  *error = "no thread for process figures";
+  return false;
+}
+
+static void stop_process_figures(running_switch &) {
+  process_figures_stop();
+}
+
+static bool open_transfers(running_switch &sw, std::string *) {
+  transfers_open(sw.settings.state_dir);
+  return true;
+}
+
+static void close_transfers(running_switch &) {
+  transfers_close();
+}
+
 static bool start_lab(running_switch &sw, std::string *error) {
   return lab_start(sw.settings.state_dir, error);
 }
@@ -111,10 +141,16 @@ struct start_step {
 
 /* In order; the end is the same backwards. */
 static constexpr start_step start_steps[] = {
-    {take_directory, release_directory}, {open_log, close_log},
-    {make_model, forget_model},          {open_accounts, close_accounts},
-    {load_configuration, close_journal}, {start_applying, stop_applying},
-    {start_reloading, stop_reloading},   {start_lab, stop_lab},
+    {take_directory, release_directory},
+    {open_log, close_log},
+    {make_model, forget_model},
+    {open_accounts, close_accounts},
+    {load_configuration, close_journal},
+    {start_applying, stop_applying},
+    {start_reloading, stop_reloading},
+    {open_transfers, close_transfers},
+    {start_process_figures, stop_process_figures},
+    {start_lab, stop_lab},
 };
 static constexpr size_t start_step_count = sizeof start_steps / sizeof *start_steps;
 
@@ -154,6 +190,10 @@ void stop() {
   end_steps(sw, start_step_count);
 }
 
+std::string state_directory() {
+  return the_switch().settings.state_dir;
+}
+
 /* --- The model ------------------------------------------------------------------------------------------ */
 
 locked_switch::locked_switch() {
@@ -174,6 +214,7 @@ switch_model &locked_switch::operator*() const {
 
 void take_over(running_switch &sw, const switch_model &changed) {
   sw.model = changed;
+  configure_log(sw);
   sw.wake.notify_all();
 }
 

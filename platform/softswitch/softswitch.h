@@ -26,6 +26,8 @@ bool start(std::string *error);
 void stop();
 /* Whether it is up. */
 bool is_running();
+/* The path of the directory that its files are in. */
+std::string state_directory();
 
 /* Holds the lock for its lifetime and gives access to the model. */
 class locked_switch {
@@ -51,7 +53,8 @@ open_error_t commit(switch_model &, std::string_view pattern, const std::vector<
 /* The running configuration in the configuration language. */
 std::string running_config();
 /* Applies a whole text (a script) as one change: every line is checked before anything is taken over, while
- * the switch goes on. False with the reason, which begins with "line N: "; nothing has then been changed. */
+ * the switch goes on. False with the reason, which begins with "line N: "; nothing has then been changed.
+ * Logs the lines when the configuration asks for it, before or after. */
 bool apply_configuration(std::string_view text, std::string *error);
 /* Replaces the startup configuration by the running one; false with the reason when it cannot be written. */
 bool save_startup_config(std::string *error);
@@ -61,9 +64,10 @@ bool replace_startup_config(std::string_view text, std::string *error);
  * gives. */
 bool configuration_unsaved();
 
-/* Lets the switch begin anew as a mode of platform/api/openapi_system.h says (OPEN_RELOAD*). What is no
- * configuration (cables, counters, leases, ...) stays, save what goes with its interface. False with the
- * reason; the switch then goes on as it was. It waits until all is done. */
+/* Lets the switch begin anew as a mode of platform/api/openapi_system.h says (OPEN_RELOAD*). A transfer that
+ * is in progress is cancelled. What is no configuration (cables, counters, leases, ...) stays, save what goes
+ * with its interface. False with the reason; the switch then goes on as it was. It waits until all is done.
+ */
 bool reload(std::string *error, uint32_t mode = OPEN_RELOAD);
 /* Orders a reload and returns at once. The switch is not ready until it is over, which begins after
  * limits.reload_milliseconds; a request that comes before takes the place of the one that waits, one that

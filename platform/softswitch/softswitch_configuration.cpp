@@ -1,6 +1,7 @@
 /* The configuration as a whole: changing, saving and comparing it; see softswitch.h. All of this lasts when
  * the configuration is large, so it is done on copies of the model, without the lock. */
 #include "platform/softswitch/config/language.h"
+#include "platform/softswitch/services/log.h"
 #include "platform/softswitch/softswitch.h"
 #include "platform/softswitch/softswitch_state.h"
 
@@ -45,7 +46,12 @@ bool apply_configuration(std::string_view text, std::string *error) {
   running_switch &sw = the_switch();
   std::unique_lock lock(sw.lock);
   auto apply = [&](switch_model &model, std::string *reason) { return apply_text(model, text, reason); };
-  return change_configuration(sw, lock, apply, error);
+  bool logged = sw.model.logging->cli;
+  if (!change_configuration(sw, lock, apply, error)) return false;
+  logged |= sw.model.logging->cli;
+  lock.unlock();
+  if (logged) log_script(text);
+  return true;
 }
 
 /* --- Printing and saving -------------------------------------------------------------------------------- */

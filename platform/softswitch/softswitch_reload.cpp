@@ -4,6 +4,8 @@
 #include "platform/api/l7proc.h"
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/services/service_thread.h"
+#include "platform/softswitch/services/stored_files.h"
+#include "platform/softswitch/services/transfer.h"
 #include "platform/softswitch/softswitch.h"
 
 #include <algorithm>
@@ -48,16 +50,11 @@ static std::string reset_mark(const std::string &state_dir) {
   return state_dir + "/factory-reset";
 }
 
-static bool remove_stored_files(const std::string &state_dir, std::string *error) {
-  return remove_file(state_dir + "/startup-config", error) &&
-         remove_file(state_dir + "/backup-config", error);
-}
-
 bool finish_factory_reset(const std::string &state_dir, std::string *error) {
   std::string mark = reset_mark(state_dir);
   if (access(mark.c_str(), F_OK) != 0) return true;
   l7proc_logf(L7PROC_NOTICE, 0, "softswitch_reload.cpp", __LINE__, "completing a factory reset");
-  return journal_remove(state_dir, error) && remove_stored_files(state_dir, error) &&
+  return journal_remove(state_dir, error) && stored_files_remove(state_dir, error) &&
          remove_file(mark, error);
 }
 
@@ -72,7 +69,7 @@ static bool reload_factory(running_switch &sw, std::string *error) {
     return true;
   };
   std::unique_lock lock(sw.lock);
-  bool done = change_configuration(sw, lock, reset, error) && remove_stored_files(dir, error);
+  bool done = change_configuration(sw, lock, reset, error) && stored_files_remove(dir, error);
   std::string reason;
   if (remove_file(mark, &reason) || !done) return done;
   *error = reason;
@@ -110,6 +107,7 @@ bool reload(std::string *error, uint32_t mode) {
     *error = "no mode of reloading";
     return false;
   }
+  transfer_cancel();
   log_notice("reloading", *wanted);
   if (!wanted->run(the_switch(), error)) return false;
   log_notice("reloaded", *wanted);

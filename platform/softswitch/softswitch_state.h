@@ -41,6 +41,8 @@ struct running_switch {
   bool reload_ending = false;  /* the reload thread shall end */
   uint32_t reload_request = 0; /* OPEN_RELOAD*: what is to be done; 0: nothing */
   switch_model model;
+  shared_table<logging_table> logging; /* what the log service has been told of it */
+  shared_table<system_table> system;   /* likewise, for the host name */
   struct journal journal;
   comparison compared;
 };

@@ -6,6 +6,7 @@
 #include "platform/softswitch/config/interface_lines.h"
 #include "platform/softswitch/config/lag_lines.h"
 #include "platform/softswitch/config/language.h"
+#include "platform/softswitch/config/logging_lines.h"
 #include "platform/softswitch/config/mac_locking_lines.h"
 #include "platform/softswitch/config/routing_lines.h"
 #include "platform/softswitch/config/ssh_lines.h"
@@ -182,6 +183,24 @@ static constexpr command table[] = {
     {"no vxlan tenant <number> remote-vteps", apply_no_tenant_vteps, nullptr},
     {"vxlan tenant <number> multicast-group <ip>", apply_tenant_group, print_tenant_groups},
     {"no vxlan tenant <number> multicast-group", apply_no_tenant_group, nullptr},
+
+    {"logging cli", apply_logging_cli, print_logging_cli},
+    {"no logging cli", apply_no_logging_cli, nullptr},
+    /* In factory state the console is logged to. */
+    {"logging console", apply_logging_console, nullptr},
+    {"no logging console", apply_no_logging_console, print_no_logging_console},
+    {"logging console severity <number>", apply_console_severity, print_console_severity},
+    {"no logging console severity", apply_no_console_severity, nullptr},
+    {"logging syslog", apply_logging_syslog, print_logging_syslog},
+    {"no logging syslog", apply_no_logging_syslog, nullptr},
+    {"logging syslog port <number>", apply_syslog_port, print_syslog_port},
+    {"no logging syslog port", apply_no_syslog_port, nullptr},
+    {"logging host <text>", apply_logging_host, print_logging_hosts},
+    {"no logging host <text>", apply_no_logging_host, nullptr},
+    {"logging host <text> port <number>", apply_host_port, print_host_ports},
+    {"no logging host <text> port", apply_no_host_port, nullptr},
+    {"logging host <text> severity <number>", apply_host_severity, print_host_severities},
+    {"no logging host <text> severity", apply_no_host_severity, nullptr},
 };
 
 std::span<const command> commands() {

@@ -7,6 +7,7 @@ switch_model make_switch(const chassis_profile &profile) {
   switch_model model;
   model.profile = std::make_shared<const chassis_profile>(profile);
   interfaces_make(model);
+  chassis_make(model);
   switch_reset(model);
   return model;
 }
@@ -21,6 +22,7 @@ void switch_reset(switch_model &model) {
   acls_reset(model);
   tcam_reset(model);
   vxlan_reset(model);
+  logging_reset(model);
   interfaces_reset(model);
   vlans_reset(model);
 }

@@ -10,11 +10,13 @@
 #include "platform/softswitch/model/acl.h"
 #include "platform/softswitch/model/addresses.h"
 #include "platform/softswitch/model/bgp.h"
+#include "platform/softswitch/model/chassis.h"
 #include "platform/softswitch/model/counters.h"
 #include "platform/softswitch/model/interface.h"
 #include "platform/softswitch/model/lag.h"
 #include "platform/softswitch/model/leases.h"
 #include "platform/softswitch/model/limits.h"
+#include "platform/softswitch/model/logging.h"
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/routing.h"
 #include "platform/softswitch/model/shared_table.h"
@@ -36,9 +38,9 @@ struct switch_model {
   bool operator==(const switch_model &) const = default;
 
   struct limits limits;
-  std::shared_ptr<const chassis_profile> profile;
-  bool ready = true;         /* what the readiness query answers */
-  uint32_t ssh_sessions = 0; /* that are open */
+  std::shared_ptr<const chassis_profile> profile; /* as it was at start, save that the identity may change */
+  bool ready = true;                              /* what the readiness query answers */
+  uint32_t ssh_sessions = 0;                      /* that are open */
 
   /* Changes are numbered from 1. Whatever changes notes the number of its latest change; it is pending while
    * that is above the latest change that the data plane has taken. */
@@ -47,6 +49,7 @@ struct switch_model {
 
   shared_table<system_table> system;
   shared_table<ssh_table> ssh;
+  shared_table<chassis_table> chassis;
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
@@ -58,6 +61,7 @@ struct switch_model {
   shared_table<lease_table> leases;
   shared_table<bgp_table> bgp;
   shared_table<vxlan_table> vxlan;
+  shared_table<logging_table> logging;
   shared_table<counter_table> counters;
 };
 
@@ -65,7 +69,9 @@ struct switch_model {
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, time ranges, counters and leases (save of interfaces that go), SSH sessions, readiness. */
+ * the chassis, cables, time ranges, counters and leases (save of interfaces that go), SSH sessions,
+ * readiness.
+ */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */

@@ -105,14 +105,16 @@ TEST_F(Reload, WarmReloadHandsTheRunningConfigurationToTheDataPlaneAnew) {
   EXPECT_EQ(file_content(dir.path + "/startup-config"), startup);
 }
 
-TEST_F(Reload, FactoryResetRemovesConfigurationsAndKeepsAccountsAndLog) {
+TEST_F(Reload, FactoryResetRemovesWhatIsStoredAndKeepsAccountsAndLog) {
   std::string accounts = file_content(dir.path + "/accounts");
-  write_file(dir.path + "/startup-config", startup);
-  write_file(dir.path + "/backup-config", startup);
+  for (const char *folder : {"/scripts", "/images"}) mkdir((dir.path + folder).c_str(), 0700);
+  for (const char *name : {"startup-config", "backup-config", "scripts/a.scr", "images/active"})
+    write_file(dir.path + "/" + name, startup);
   ASSERT_EQ(commit("vlan 30"), OPEN_E_NONE);
   order_and_wait(OPEN_RELOAD_FACTORY);
   EXPECT_EQ(running_config(), "");
-  for (const char *name : {"startup-config", "backup-config", "factory-reset"})
+  for (const char *name :
+       {"startup-config", "backup-config", "scripts/a.scr", "images/active", "factory-reset"})
     EXPECT_FALSE(exists(name)) << name;
   EXPECT_EQ(file_content(dir.path + "/accounts"), accounts);
   EXPECT_NE(file_content(dir.path + "/log"), "");
