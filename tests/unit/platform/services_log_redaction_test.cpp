@@ -92,7 +92,7 @@ std::string random_text(const std::string &alphabet, size_t size, std::mt19937 &
 TEST(LogRedaction, RandomPasswordsNeverAppearHoweverTheyAreEncoded) {
   const std::string special = "@/?#+:;&='\"<>()[]{}|\\^~`!$*,.-_ %";
   std::mt19937 random(1);
-  for (int round = 0; round < 20000; round++) {
+  for (int round = 0; round < 5000; round++) {
     /* What must not appear: ten letters that nothing else has, in the middle of anything. */
     std::string secret = random_text("QVWXYZ", 10, random);
     std::string password =
@@ -113,7 +113,7 @@ TEST(LogRedaction, HostileTextsTakeNoLongerThanOthers) {
   /* Would take minutes if each part were looked at once more for each other. */
   for (const std::string part : {"://", "%3A//", "%3A//@&", "%3A%2F%2Fa%40 ", ":%2F/", "://@", "&%3A//"}) {
     std::string text;
-    while (text.size() < 4 * 1024 * 1024) text += part;
+    while (text.size() < 1024 * 1024) text += part;
     EXPECT_GT(redacted(text).size(), 0u) << part;
   }
 }

@@ -134,7 +134,7 @@ TEST_F(ProcessFigures, ProcessesAreReadInOrderOfTheirIdsWhateverTheirNames) {
 /* --- Periods -------------------------------------------------------------------------------------------- */
 
 TEST_F(ProcessFigures, EachPeriodIsMeasuredFromTheNewestSampleThatIsOldEnough) {
-  /* Busy for 10 ticks of 1000 in each of the first 5 seconds, then ever more. */
+  /* Of 1000 ticks between two samples 10 are busy at first, then 20, then 30 and in the end 40. */
   uint64_t busy = 0, ticks = 0;
   for (int64_t at = 0; at <= 400 * 1000; at += 5000) {
     write_cpus(busy, ticks - busy);
@@ -142,15 +142,15 @@ TEST_F(ProcessFigures, EachPeriodIsMeasuredFromTheNewestSampleThatIsOldEnough) {
     ticks += 1000;
     busy += at < 100 * 1000 ? 10 : at < 340 * 1000 ? 20 : at < 395 * 1000 ? 30 : 40;
   }
-  /* 400 s have passed: 5 s before, 60 s before and 300 s before there were samples. */
   EXPECT_EQ(history.size(), 61u);
+  /* Since 395 s 40 of 1000; since 340 s 11 * 30 more of 12000; since 100 s 48 * 20 more of 60000. */
   ticks -= 1000;
   busy -= 40;
   write_cpus(busy, ticks - busy);
-  EXPECT_EQ(total(400 * 1000), "last_5s: 4.00%;last_60s: 3.00%;last_300s: 2.20%");
+  EXPECT_EQ(total(400 * 1000), "last_5s: 4.00%;last_60s: 3.08%;last_300s: 2.22%");
   /* 2.5 s later the newest sample that is 5 s old is that of 7.5 s ago. */
   write_cpus(busy, ticks - busy + 1000);
-  EXPECT_EQ(total(402500), "last_5s: 2.00%;last_60s: 2.85%;last_300s: 2.16%");
+  EXPECT_EQ(total(402500), "last_5s: 2.00%;last_60s: 2.85%;last_300s: 2.18%");
 }
 
 TEST_F(ProcessFigures, OldestSampleStandsInWhileThereIsNoneOldEnough) {

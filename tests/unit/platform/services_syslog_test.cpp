@@ -369,17 +369,18 @@ TEST_F(Syslog, NameThatIsNotFoundIsTriedAgainAndComplainedOfOnce) {
 
 TEST_F(Syslog, AddressOfANameIsKeptWhenItIsNoLongerFound) {
   log_receiver named;
+  /* Errors and worse, so that the complaint about the lookup is not among the lines. */
   settings.good_ms = 0;
   settings.bad_ms = 0;
-  configure({{"fickle.example", named.port(), 6}});
-  log(6, "one");
-  EXPECT_EQ(named.hear_text(), "6 f:1 one");
+  configure({{"fickle.example", named.port(), 3}});
+  log(3, "one");
+  EXPECT_EQ(named.hear_text(), "3 f:1 one");
   say(false, false);
-  log(6, "two");
-  EXPECT_EQ(named.hear_text(), "6 f:1 two");
+  log(3, "two");
+  EXPECT_EQ(named.hear_text(), "3 f:1 two");
   wait_for_lookup();
-  log(6, "three");
-  EXPECT_EQ(named.hear_text(), "6 f:1 three");
+  log(3, "three");
+  EXPECT_EQ(named.hear_text(), "3 f:1 three");
 }
 
 TEST_F(Syslog, AddressOfANameIsLookedUpAgainOnlyWhenItIsOld) {
