@@ -16,6 +16,12 @@ bool variable_or_reply(mg_connection *conn, const char *name, request_variable *
   return false;
 }
 
+bool text_or_reply(mg_connection *conn, const char *name, std::span<char> text) {
+  if (mg_get_var(conn, name, text.data(), text.size()) > 0) return true;
+  send_open_error_response(conn, OPEN_E_PARAM, nullptr);
+  return false;
+}
+
 bool number_or_reply(mg_connection *conn, const char *name, int32_t *number) {
   request_variable variable;
   if (!variable_or_reply(conn, name, &variable)) return false;

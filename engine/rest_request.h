@@ -5,6 +5,8 @@
 
 #include "engine/rest_common.h"
 
+#include <span>
+
 /* One request variable. */
 struct request_variable {
   char text[REQUEST_VALUE_SIZE]; /* decoded; what fits when it is too long, empty when absent */
@@ -16,6 +18,8 @@ request_variable read_variable(const mg_connection *conn, const char *name);
 /* Reads a variable that must be there with a value. When it is missing, empty or longer than 255 characters
  * the request is answered (OPEN_E_PARAM) and the result is false. */
 bool variable_or_reply(mg_connection *conn, const char *name, request_variable *variable);
+/* The same for a buffer of another size: what does not fit counts as missing. */
+bool text_or_reply(mg_connection *conn, const char *name, std::span<char> text);
 /* The same for a number as text_to_int() reads it. */
 bool number_or_reply(mg_connection *conn, const char *name, int32_t *number);
 /* The same as the platform takes numbers. A negative one comes out above 2147483647, for the platform to

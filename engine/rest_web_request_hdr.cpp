@@ -5,14 +5,22 @@
 #include "modules/rest_module_acl.h"
 #include "modules/rest_module_base.h"
 #include "modules/rest_module_bgp.h"
+#include "modules/rest_module_boxs.h"
 #include "modules/rest_module_interface.h"
 #include "modules/rest_module_lag.h"
+#include "modules/rest_module_logging.h"
 #include "modules/rest_module_login.h"
 #include "modules/rest_module_pml.h"
+#include "modules/rest_module_process.h"
 #include "modules/rest_module_routing.h"
+#include "modules/rest_module_script.h"
+#include "modules/rest_module_ssh.h"
+#include "modules/rest_module_system.h"
 #include "modules/rest_module_tcam.h"
+#include "modules/rest_module_transfer.h"
 #include "modules/rest_module_vlan.h"
 #include "modules/rest_module_vxlan.h"
+#include "modules/rest_startupcfg_info.h"
 #include "platform/api/l7proc.h"
 
 #include <stdio.h>
@@ -30,10 +38,13 @@ struct rest_module {
 };
 
 static const rest_module modules[] = {
-    {"login", login_api_handler}, {"vlans", vlan_api_handler}, {"if", interface_api_handler},
-    {"base", base_api_handler},   {"lag", lag_api_handler},    {"routing", routing_api_handler},
-    {"bgp", bgp_api_handler},     {"tcam", tcam_api_handler},  {"vxlan", vxlan_api_handler},
-    {"pml", pml_api_handler},     {"acl", acl_api_handler},
+    {"login", login_api_handler},     {"vlans", vlan_api_handler},    {"if", interface_api_handler},
+    {"base", base_api_handler},       {"lag", lag_api_handler},       {"routing", routing_api_handler},
+    {"logging", logging_api_handler}, {"system", system_api_handler}, {"bgp", bgp_api_handler},
+    {"tcam", tcam_api_handler},       {"boxs", boxs_api_handler},     {"download", transfer_api_handler},
+    {"upload", transfer_api_handler}, {"vxlan", vxlan_api_handler},   {"ssh", ssh_api_handler},
+    {"script", script_api_handler},   {"pml", pml_api_handler},       {"process", process_api_handler},
+    {"acl", acl_api_handler},
 };
 
 static const rest_module *find_module(const char *name) {
@@ -153,6 +164,7 @@ mg_server *start_engine(void) {
   printf("\n");
   fflush(stdout);
 
+  initialize_transfer_variables();
   mg_server *server = mg_create_server(nullptr, evt_handler);
   if (server == nullptr) return nullptr;
   set_server_option(server, "listening_port", rest_settings().listening_port);

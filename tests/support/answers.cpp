@@ -44,6 +44,23 @@ Answers expected_platform_error(open_error_t rc) {
   }
 }
 
+const std::vector<open_error_t> &all_platform_errors() {
+  static const std::vector<open_error_t> errors = {OPEN_E_RPC,
+                                                   OPEN_E_INTERNAL,
+                                                   OPEN_E_PARAM,
+                                                   OPEN_E_FULL,
+                                                   OPEN_E_EXISTS,
+                                                   OPEN_E_TIMEOUT,
+                                                   OPEN_E_FAIL,
+                                                   OPEN_E_DISABLED,
+                                                   OPEN_E_UNAVAIL,
+                                                   OPEN_E_NOT_FOUND,
+                                                   OPEN_E_EMPTY,
+                                                   OPEN_E_ERROR,
+                                                   static_cast<open_error_t>(-7)};
+  return errors;
+}
+
 Answers expected_bad_request() {
   return expected_answers(902, "Bad Request. Please check your method and URI.");
 }

@@ -7,6 +7,7 @@
 #include "tests/support/fake_request.h"
 
 #include <string>
+#include <vector>
 
 /* A module's entry point or one of its operations. */
 typedef int (*rest_handler_t)(openapiClientHandle_t *client_handle, mg_connection *conn);
@@ -25,6 +26,9 @@ Answers expected_answers(int code, const std::string &message, const std::string
 std::string json_text(const std::string &text);
 /* The answer to a platform failure. */
 Answers expected_platform_error(open_error_t rc);
+/* Every result that a platform call may have but success, and one that no header knows. */
+const std::vector<open_error_t> &all_platform_errors();
+
 /* 902. */
 Answers expected_bad_request();
 

@@ -83,23 +83,6 @@ void lower_limit(const std::string &name, uint32_t value) {
   lab("limit " + name + " " + std::to_string(value));
 }
 
-const std::vector<open_error_t> &all_platform_errors() {
-  static const std::vector<open_error_t> errors = {OPEN_E_RPC,
-                                                   OPEN_E_INTERNAL,
-                                                   OPEN_E_PARAM,
-                                                   OPEN_E_FULL,
-                                                   OPEN_E_EXISTS,
-                                                   OPEN_E_TIMEOUT,
-                                                   OPEN_E_FAIL,
-                                                   OPEN_E_DISABLED,
-                                                   OPEN_E_UNAVAIL,
-                                                   OPEN_E_NOT_FOUND,
-                                                   OPEN_E_EMPTY,
-                                                   OPEN_E_ERROR,
-                                                   static_cast<open_error_t>(-7)};
-  return errors;
-}
-
 std::vector<std::string> log_lines() {
   std::istringstream text(read_file(state_dir_in_use + "/log"));
   std::vector<std::string> lines;

@@ -42,9 +42,6 @@ void release_changes();
 void wait_applied();
 void lower_limit(const std::string &name, uint32_t value);
 
-/* Every result that a platform call may have but success, and one that no header knows. */
-const std::vector<open_error_t> &all_platform_errors();
-
 /* --- The log ----------------------------------------------------------------------------------------------
  */
 

@@ -7,11 +7,14 @@ switch_model make_switch(const chassis_profile &profile) {
   switch_model model;
   model.profile = std::make_shared<const chassis_profile>(profile);
   interfaces_make(model);
+  chassis_make(model);
   switch_reset(model);
   return model;
 }
 
 void switch_reset(switch_model &model) {
+  system_reset(model);
+  ssh_reset(model);
   routing_reset(model);
   addresses_reset(model);
   bgp_reset(model);

@@ -3,6 +3,8 @@
 #ifndef KESTREL_TESTS_MODULES_BENT_PLATFORM_H
 #define KESTREL_TESTS_MODULES_BENT_PLATFORM_H
 
+#include "tests/unit/modules/little_memory.h"
+
 #include <stdint.h>
 #include <string>
 
@@ -19,15 +21,6 @@ public:
 
 private:
   std::string function_;
-};
-
-/* Makes a block of 3 GiB or more impossible to allocate, for its lifetime. (Builds with AddressSanitizer
- * always refuse such blocks; see bent_platform.cpp.) */
-struct little_memory {
-  little_memory();
-  ~little_memory();
-  little_memory(const little_memory &) = delete;
-  little_memory &operator=(const little_memory &) = delete;
 };
 
 #endif

@@ -45,6 +45,10 @@ std::string written(uint32_t number) {
   return std::to_string(number);
 }
 
+std::string written(int32_t number) {
+  return std::to_string(number);
+}
+
 std::string written(const open_buffdesc *text) {
   const char *characters = static_cast<const char *>(text->pstart);
   return std::to_string(text->size) + ":" + std::string(characters, strnlen(characters, text->size));

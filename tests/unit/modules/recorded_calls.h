@@ -31,6 +31,7 @@ struct changes_not_carried_out {
 
 void record_call(const char *function, const std::string &arguments);
 std::string written(uint32_t number);
+std::string written(int32_t number);
 std::string written(const open_buffdesc *text);
 std::string written(const open_inet_addr_t *address);
 
