@@ -201,6 +201,7 @@ static transfer_result move_data(transfer_service &service, transfer_context *co
   request.stall_seconds = limits.transfer_stall_seconds;
   request.total_seconds = image ? limits.transfer_image_seconds : limits.transfer_text_seconds;
   request.size_max = transfer_size_max(limits, job.file);
+  request.may_be_empty = !job.upload && !image;
   request.data = job.data.data();
   request.size = job.data.size();
   request.take = take_data;

@@ -231,6 +231,8 @@ static void set_others(option_setter &set, const transfer_request &request) {
   set(CURLOPT_SSH_KNOWNHOSTS, request.known_hosts);
   set(CURLOPT_FTP_FILEMETHOD, long{CURLFTPMETHOD_NOCWD});
   set(CURLOPT_TFTP_BLKSIZE, tftp_block_size);
+  /* libcurl takes the announcement of an empty file for an error, so that there must be none. */
+  set(CURLOPT_TFTP_NO_OPTIONS, request.may_be_empty ? 1L : 0L);
 }
 
 static bool set_options(running_transfer *run) {

@@ -28,6 +28,7 @@ struct transfer_request {
   uint32_t stall_seconds;   /* after that without a byte */
   uint32_t total_seconds;
   uint64_t size_max; /* bytes, of a download */
+  bool may_be_empty; /* a download */
 
   const char *data; /* what to send; uploads */
   uint64_t size;

@@ -33,6 +33,8 @@ static constexpr curl_outcome outcomes[] = {
     {CURLE_TFTP_NOSUCHUSER, OPEN_TRANSFER_ACCESS_DENIED, "the server refuses the user"},
     {CURLE_REMOTE_FILE_NOT_FOUND, OPEN_TRANSFER_NO_FILE, "the server has no such file"},
     {CURLE_TFTP_NOTFOUND, OPEN_TRANSFER_NO_FILE, "the server has no such file"},
+    {CURLE_TFTP_ILLEGAL, OPEN_TRANSFER_FAILED, "the server breaks the rules of TFTP"},
+    {CURLE_TFTP_UNKNOWNID, OPEN_TRANSFER_FAILED, "the server breaks the rules of TFTP"},
     {CURLE_PARTIAL_FILE, OPEN_TRANSFER_CUT, "the connection ended before the file did"},
     {CURLE_GOT_NOTHING, OPEN_TRANSFER_CUT, "the server closed the connection without an answer"},
     {CURLE_REMOTE_DISK_FULL, OPEN_TRANSFER_FAILED, "the server has no room"},
@@ -42,6 +44,7 @@ static constexpr curl_outcome outcomes[] = {
 /* libcurl's own words, unless they show what is secret. */
 static std::string message_of(CURLcode ended, const char *message, const url_guard &url) {
   std::string text = *message ? message : curl_easy_strerror(ended);
+  while (text.ends_with('.') || text.ends_with('\n')) text.pop_back();
   for (CURLUPart part : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_QUERY}) {
     for (bool decoded : {false, true}) {
       std::string secret = url_part(url, part, decoded);
@@ -73,7 +76,9 @@ static std::string distrust(CURL *curl, const url_guard &url) {
   if (scheme == "scp" || scheme == "sftp") return "the server's host key is not a known one";
   long verified = X509_V_OK;
   curl_easy_getinfo(curl, CURLINFO_SSL_VERIFYRESULT, &verified);
-  if (verified == X509_V_OK) return "the server's certificate is for another name";
+  /* What libcurl leaves there when it has not come to the certificate itself. */
+  if (verified == X509_V_OK || verified == X509_V_ERR_UNSPECIFIED)
+    return "the server's certificate is for another name";
   return std::string("the server's certificate is not trusted: ") + X509_verify_cert_error_string(verified);
 }
 
