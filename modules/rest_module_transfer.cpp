@@ -145,7 +145,8 @@ int api_transfer_download_script(openapiClientHandle_t *client_handle, mg_connec
     return 0;
 
   open_error_t rc = start(client_handle, rpcclt_openapiTransferFileDownload, &url, script);
-  if (rc != OPEN_E_NONE || !activate) return answer_start(conn, rc);
+  if (!activate) return answer_start(conn, rc);
+  if (rc != OPEN_E_NONE) return fail(conn, rc, nullptr); /* on purpose not as a start that failed */
   return finish_and_apply(client_handle, conn, script);
 }
 

@@ -71,7 +71,7 @@ RC_t read_startupcfg_info_file(void) {
     char *time = nullptr;
     if (strcmp(read.key, KEY_TIME) == 0) time = startupcfgInfo.cfgTime;
     if (strcmp(read.key, KEY_UPDATE) == 0) time = startupcfgInfo.cfgUpdateTime;
-    if (time != nullptr) snprintf(time, STARTUPCFG_TIME_SIZE, "%s", read.value);
+    if (time != nullptr) snprintf(time, STARTUPCFG_TIME_SIZE, "%.*s", STARTUPCFG_TIME_SIZE - 1, read.value);
   }
   return RC_TRUE;
 }

@@ -1,6 +1,7 @@
 # Sourced by run.sh and test.sh: makes sure that the Debian packages they need are there.
 
-packages_to_run="g++ cmake ninja-build pkg-config libssl-dev libjson-c-dev libcrypt-dev openssl curl"
+packages_to_run="g++ cmake ninja-build pkg-config libssl-dev libjson-c-dev libcrypt-dev libcurl4-openssl-dev libarchive-dev
+  ca-certificates openssl curl"
 packages_to_test="$packages_to_run libgtest-dev clang-14 libclang-rt-14-dev python3 binutils procps"
 
 say() { printf '%s\n' "$*"; }

@@ -96,6 +96,25 @@ static int run(const std::string &state_dir, const std::string &line) {
   return print_reply(reply);
 }
 
+/* A word as the switch reads it whole: in double quotes when it holds blanks, quotes or backslashes. */
+static std::string quote_word(std::string_view word) {
+  if (!word.empty() && word.find_first_of(" \t\"\\") == word.npos) return std::string(word);
+  std::string quoted = "\"";
+  for (char byte : word) {
+    if (byte == '"' || byte == '\\') quoted += '\\';
+    quoted += byte;
+  }
+  return quoted + '"';
+}
+
+/* The command as a line. A single word is a line already. */
+static std::string command_line(int count, char **words) {
+  if (count == 1) return words[0];
+  std::string line;
+  for (int i = 0; i < count; i++) line += (i > 0 ? " " : "") + quote_word(words[i]);
+  return line;
+}
+
 int main(int argc, char **argv) {
   static const struct option options[] = {
       {"state-dir", required_argument, nullptr, 'd'}, {"help", no_argument, nullptr, 'h'}, {}};
@@ -107,8 +126,7 @@ int main(int argc, char **argv) {
     if (option != 'd') return fputs(usage, stderr), no_switch;
     state_dir = optarg;
   }
-  std::string line;
-  for (int i = optind; i < argc; i++) line += (i > optind ? " " : "") + std::string(argv[i]);
+  std::string line = command_line(argc - optind, argv + optind);
   if (line.find('\n') != line.npos) return fputs("kestrel-lab: a command is one line\n", stderr), no_switch;
   return run(state_dir, (line.empty() ? "help" : line) + "\n");
 }

@@ -8,6 +8,10 @@
 #include "platform/softswitch/services/clock.h"
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/log.h"
+#include "platform/softswitch/services/log_configuration.h"
+#include "platform/softswitch/services/process_figures.h"
+#include "platform/softswitch/services/transfer.h"
+#include "platform/softswitch/softswitch_reload.h"
 
 #include <charconv>
 #include <chrono>
@@ -15,9 +19,17 @@
 namespace softswitch {
 
 /* Never destroyed, so that its threads may run until the process is gone. */
-static running_switch &the_switch() {
+running_switch &the_switch() {
   static running_switch *const only = new running_switch;
   return *only;
+}
+
+/* Lets the log service follow the configuration, which is cheap when nothing of it has changed. */
+static void configure_log(running_switch &sw) {
+  if (sw.logging == sw.model.logging && sw.system == sw.model.system) return;
+  sw.logging = sw.model.logging;
+  sw.system = sw.model.system;
+  log_configure(*sw.logging, sw.system->hostname);
 }
 
 /* --- Starting and stopping ------------------------------------------------------------------------------ */
@@ -61,8 +73,12 @@ static void close_accounts(running_switch &) {
 }
 
 static bool load_configuration(running_switch &sw, std::string *error) {
-  if (!journal_open(&sw.journal, sw.settings.state_dir, &sw.model, error)) return false;
-  apply_initial(&sw.model);
+  if (!finish_factory_reset(sw.settings.state_dir, error)) return false;
+  switch_model loaded = sw.model;
+  if (!journal_open(&sw.journal, sw.settings.state_dir, &loaded, error)) return false;
+  apply_initial(&loaded);
+  sw.compared = {};
+  take_over(sw, loaded);
   return true;
 }
 
@@ -79,6 +95,35 @@ static bool start_applying(running_switch &sw, std::string *error) {
 
 static void stop_applying(running_switch &sw) {
   apply_stop(&sw);
+}
+
+static bool start_reloading(running_switch &sw, std::string *error) {
+  if (reload_start(&sw)) return true;
+  *error = "no thread for reloading";
+  return false;
+}
+
+static void stop_reloading(running_switch &sw) {
+  reload_stop(&sw);
+}
+
+static bool start_process_figures(running_switch &, std::string *error) {
+  if (process_figures_start("/proc")) return true;
+  *error = "no thread for process figures";
+  return false;
+}
+
+static void stop_process_figures(running_switch &) {
+  process_figures_stop();
+}
+
+static bool open_transfers(running_switch &sw, std::string *) {
+  transfers_open(sw.settings.state_dir);
+  return true;
+}
+
+static void close_transfers(running_switch &) {
+  transfers_close();
 }
 
 static bool start_lab(running_switch &sw, std::string *error) {
@@ -102,6 +147,9 @@ static constexpr start_step start_steps[] = {
     {open_accounts, close_accounts},
     {load_configuration, close_journal},
     {start_applying, stop_applying},
+    {start_reloading, stop_reloading},
+    {open_transfers, close_transfers},
+    {start_process_figures, stop_process_figures},
     {start_lab, stop_lab},
 };
 static constexpr size_t start_step_count = sizeof start_steps / sizeof *start_steps;
@@ -142,6 +190,10 @@ void stop() {
   end_steps(sw, start_step_count);
 }
 
+std::string state_directory() {
+  return the_switch().settings.state_dir;
+}
+
 /* --- The model ------------------------------------------------------------------------------------------ */
 
 locked_switch::locked_switch() {
@@ -160,6 +212,12 @@ switch_model &locked_switch::operator*() const {
   return the_switch().model;
 }
 
+void take_over(running_switch &sw, const switch_model &changed) {
+  sw.model = changed;
+  configure_log(sw);
+  sw.wake.notify_all();
+}
+
 open_error_t commit_line(switch_model &model, std::string_view line) {
   running_switch &sw = the_switch();
   switch_model changed = model;
@@ -169,60 +227,12 @@ open_error_t commit_line(switch_model &model, std::string_view line) {
   /* What is as wanted already, and a comment, are not worth a line in the journal. */
   if (changed.change == model.change) return OPEN_E_NONE;
   if (!journal_append(&sw.journal, line)) return OPEN_E_FAIL;
-  model = changed;
-  sw.wake.notify_all();
+  take_over(sw, changed);
   return OPEN_E_NONE;
 }
 
 open_error_t commit(switch_model &model, std::string_view pattern, const std::vector<argument> &arguments) {
   return commit_line(model, format_line(model, pattern, arguments));
-}
-
-/* --- Configuration as a whole --------------------------------------------------------------------------- */
-
-std::string running_config() {
-  std::unique_lock lock(the_switch().lock);
-  switch_model copy = the_switch().model;
-  lock.unlock();
-  return print_configuration(copy);
-}
-
-/* Makes a changed copy of the model the switch's configuration, as a generation of its own: all of it or
- * nothing survives a crash. Under the lock, no compaction going on. */
-static bool install(running_switch &sw, const switch_model &changed, std::string *error) {
-  uint64_t past = sw.journal.generation;
-  if (!snapshot_write(sw.journal.dir, past + 1, print_configuration(changed), error)) return false;
-  if (!snapshot_install(&sw.journal, sw.journal.length, error)) return false;
-  journal_discard(sw.journal.dir, past);
-  sw.model = changed;
-  sw.wake.notify_all();
-  return true;
-}
-
-bool apply_configuration(std::string_view text, std::string *error) {
-  running_switch &sw = the_switch();
-  std::unique_lock lock(sw.lock);
-  sw.idle.wait(lock, [&] { return !sw.compacting; });
-  switch_model changed = sw.model;
-  return apply_text(changed, text, error) && install(sw, changed, error);
-}
-
-bool save_startup_config(std::string *error) {
-  return replace_file(the_switch().settings.state_dir + "/startup-config", running_config(), 0600, error);
-}
-
-bool reload(std::string *error) {
-  running_switch &sw = the_switch();
-  std::string text, reason;
-  bool exists;
-  if (!read_config_file(sw.settings.state_dir, "startup-config", &text, &exists, error)) return false;
-  std::unique_lock lock(sw.lock);
-  sw.idle.wait(lock, [&] { return !sw.compacting; });
-  switch_model changed = sw.model;
-  switch_reset(changed);
-  if (apply_text(changed, text, &reason)) return install(sw, changed, error);
-  *error = sw.settings.state_dir + "/startup-config, " + reason;
-  return false;
 }
 
 /* --- Lab control ---------------------------------------------------------------------------------------- */
@@ -362,6 +372,13 @@ std::string lease_list() {
 void set_ready(bool ready) {
   locked_switch sw;
   sw->ready = ready;
+}
+
+bool set_ssh_sessions(uint32_t sessions) {
+  if (sessions > ssh_sessions_max) return false;
+  locked_switch sw;
+  sw->ssh_sessions = sessions;
+  return true;
 }
 
 bool set_limit(std::string_view name, uint32_t value) {

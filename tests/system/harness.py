@@ -95,7 +95,7 @@ def free_ports(count):
     return sorted(ports)
 
 
-def _prepare_child(limits):
+def prepare_child(limits):
     """Runs in the child before the daemon: it dies with the test program, and has its limits."""
     libc = ctypes.CDLL(None)
 
@@ -158,7 +158,7 @@ class Daemon:
             self.process = subprocess.Popen(
                 [self.program], cwd=self.root, env=self.environment(), stdin=subprocess.DEVNULL,
                 stdout=out, stderr=subprocess.PIPE, start_new_session=True, user=self.user,
-                preexec_fn=_prepare_child(self.limits))
+                preexec_fn=prepare_child(self.limits))
         self.collector = threading.Thread(target=self.collect, args=(self.process.stderr,), daemon=True)
         self.collector.start()
 

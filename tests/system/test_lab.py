@@ -167,6 +167,17 @@ class Surroundings(LabTest):
             self.assertRegex(done.stderr, r"\Akestrel-lab: error: .+\n\Z")
         self.assert_serves(self.daemon)
 
+    def test_words_with_blanks_arrive_whole(self):
+        text = 'Rack 7, "third" \\ from above'
+        self.daemon.lab("identity", "description", text)
+        self.assertIn(r'description "Rack 7, \"third\" \\ from above" os-version', self.daemon.lab("chassis"))
+        self.assertEqual(self.daemon.lab('transceiver in 0/9 vendor-name "A B" serial-number ""'), "")
+        self.daemon.lab("transceiver", "in", "0/10", "vendor-name", "", "part-number", "C D")
+        listed = self.daemon.lab("chassis")
+        self.assertIn('in 0/9 module-type SFP+ vendor-name "A B" vendor-revision ""', listed)
+        self.assertIn('in 0/10 module-type SFP+ vendor-name "" vendor-revision ""', listed)
+        self.assertIn(' part-number "C D" ', listed)
+
     def test_without_a_switch_the_tool_says_so(self):
         self.daemon.kill()
         done = self.daemon.try_lab("wait")

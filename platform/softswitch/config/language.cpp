@@ -134,18 +134,67 @@ open_error_t apply_line(switch_model &model, std::string_view line, std::string 
   return row->apply(model, found.arguments, error);
 }
 
-bool apply_text(switch_model &model, std::string_view text, std::string *error) {
-  for (size_t number = 1; !text.empty(); number++) {
-    size_t end = text.find('\n');
-    std::string_view line = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    if (line.ends_with('\r')) line.remove_suffix(1);
+/* --- Texts ---------------------------------------------------------------------------------------------- */
+
+/* Takes the next line off the front of a text, without its line break. */
+static std::string_view take_line(std::string_view *text) {
+  size_t end = text->find('\n');
+  std::string_view line = text->substr(0, end);
+  text->remove_prefix(end == std::string_view::npos ? text->size() : end + 1);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
+
+/* Calls `judge` with one line after the other until it has refused so many of them; what it said of those. */
+template <typename Judge>
+static std::vector<std::string> refused_lines(std::string_view text, size_t refused_max, Judge judge) {
+  std::vector<std::string> refused;
+  for (size_t number = 1; !text.empty() && refused.size() < refused_max; number++) {
     std::string reason;
-    if (apply_line(model, line, &reason) == OPEN_E_NONE) continue;
-    *error = "line " + std::to_string(number) + ": " + reason;
-    return false;
+    if (!judge(take_line(&text), &reason))
+      refused.push_back("line " + std::to_string(number) + ": " + reason);
   }
-  return true;
+  return refused;
+}
+
+/* How many lines are said to be wrong at most. */
+static constexpr size_t faults_max = 10;
+
+bool apply_text(switch_model &model, std::string_view text, std::string *error) {
+  std::vector<std::string> refused = refused_lines(text, 1, [&](std::string_view line, std::string *reason) {
+    return apply_line(model, line, reason) == OPEN_E_NONE;
+  });
+  if (!refused.empty()) *error = refused.front();
+  return refused.empty();
+}
+
+std::vector<std::string> check_configuration(switch_model model, std::string_view text) {
+  return refused_lines(text, faults_max, [&](std::string_view line, std::string *reason) {
+    return apply_line(model, line, reason) == OPEN_E_NONE;
+  });
+}
+
+/* Makes the VLAN routing interfaces that a line names ("vlan10", "fe80::1%vlan10"). */
+static void make_named_interfaces(switch_model &model, std::string_view line) {
+  static constexpr std::string_view name_begins = "vlan";
+  std::vector<token> tokens;
+  std::string ignored;
+  if (!split_line(line, &tokens, &ignored)) return;
+  for (const token &word : tokens) {
+    std::string_view name = std::string_view(word.text).substr(word.text.find('%') + 1); /* npos + 1 is 0 */
+    if (!name.starts_with(name_begins) || name.size() == name_begins.size()) continue;
+    std::string vlan = "vlan " + quote_token(name.substr(name_begins.size()));
+    apply_line(model, vlan, &ignored);
+    apply_line(model, vlan + " routing", &ignored);
+  }
+}
+
+std::vector<std::string> check_lines(const switch_model &factory, std::string_view text) {
+  return refused_lines(text, faults_max, [&](std::string_view line, std::string *reason) {
+    switch_model alone = factory;
+    make_named_interfaces(alone, line);
+    return apply_line(alone, line, reason) != OPEN_E_PARAM;
+  });
 }
 
 /* --- Printing ------------------------------------------------------------------------------------------- */

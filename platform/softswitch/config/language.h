@@ -47,6 +47,14 @@ open_error_t apply_line(switch_model &model, std::string_view line, std::string 
 /* Applies a whole text likewise; the reason begins with "line N: ". Line breaks are LF or CR LF. */
 bool apply_text(switch_model &model, std::string_view text, std::string *error);
 
+/* What is wrong with a text that has to apply whole to a model, as "line N: reason", ten lines at most; empty
+ * when nothing is. */
+std::vector<std::string> check_configuration(switch_model model, std::string_view text);
+
+/* The same for a text that is to be applied to a switch in whatever state that is then (a script). Only what
+ * no state can make right is wrong; `factory` is a switch of this make in factory state. */
+std::vector<std::string> check_lines(const switch_model &factory, std::string_view text);
+
 /* The line of a pattern with its placeholders filled in. */
 std::string format_line(const switch_model &model, std::string_view pattern,
                         std::span<const argument> arguments);

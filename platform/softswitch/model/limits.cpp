@@ -23,6 +23,7 @@ static constexpr limit_name limit_names[] = {
     {"bgp-networks", &limits::bgp_networks},
     {"vxlan-tenants", &limits::vxlan_tenants},
     {"remote-vteps", &limits::remote_vteps},
+    {"logging-hosts", &limits::logging_hosts},
     {"tcam-ingress-policies", &limits::tcam_ingress_policies},
     {"tcam-egress-policies", &limits::tcam_egress_policies},
     {"tcam-ingress-slices-256", &limits::tcam_ingress_slices_256},
@@ -30,6 +31,15 @@ static constexpr limit_name limit_names[] = {
     {"tcam-egress-slices-256", &limits::tcam_egress_slices_256},
     {"settle-milliseconds", &limits::settle_milliseconds},
     {"journal-bytes", &limits::journal_bytes},
+    {"reload-milliseconds", &limits::reload_milliseconds},
+    {"scripts", &limits::scripts},
+    {"transfer-image-kib", &limits::transfer_image_kib},
+    {"transfer-config-kib", &limits::transfer_config_kib},
+    {"transfer-script-kib", &limits::transfer_script_kib},
+    {"transfer-connect-seconds", &limits::transfer_connect_seconds},
+    {"transfer-stall-seconds", &limits::transfer_stall_seconds},
+    {"transfer-image-seconds", &limits::transfer_image_seconds},
+    {"transfer-text-seconds", &limits::transfer_text_seconds},
 };
 
 bool limit_override(limits *limits, std::string_view name, uint32_t value) {

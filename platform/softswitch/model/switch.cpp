@@ -7,11 +7,14 @@ switch_model make_switch(const chassis_profile &profile) {
   switch_model model;
   model.profile = std::make_shared<const chassis_profile>(profile);
   interfaces_make(model);
+  chassis_make(model);
   switch_reset(model);
   return model;
 }
 
 void switch_reset(switch_model &model) {
+  system_reset(model);
+  ssh_reset(model);
   routing_reset(model);
   addresses_reset(model);
   bgp_reset(model);
@@ -19,6 +22,7 @@ void switch_reset(switch_model &model) {
   acls_reset(model);
   tcam_reset(model);
   vxlan_reset(model);
+  logging_reset(model);
   interfaces_reset(model);
   vlans_reset(model);
 }

@@ -16,6 +16,26 @@ inline bool has_control_character(std::string_view text) {
                      [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; });
 }
 
+/* Whether a text is UTF-8 (RFC 3629): no byte out of place, no longer form than needed, no surrogate, nothing
+ * above U+10FFFF. */
+inline bool utf8_valid(std::string_view text) {
+  static constexpr uint32_t smallest[] = {0, 0x80, 0x800, 0x10000}; /* by how many bytes follow the first */
+  while (!text.empty()) {
+    auto first = static_cast<unsigned char>(text[0]);
+    size_t more = first < 0x80 ? 0 : first < 0xe0 ? 1 : first < 0xf0 ? 2 : 3;
+    if ((first >= 0x80 && first < 0xc0) || first >= 0xf8 || text.size() <= more) return false;
+    uint32_t code = more == 0 ? first : first & (0x3fu >> more);
+    for (size_t i = 1; i <= more; i++) {
+      auto byte = static_cast<unsigned char>(text[i]);
+      if ((byte & 0xc0) != 0x80) return false;
+      code = code << 6 | (byte & 0x3f);
+    }
+    if (code < smallest[more] || code > 0x10ffff || (code >= 0xd800 && code < 0xe000)) return false;
+    text.remove_prefix(more + 1);
+  }
+  return true;
+}
+
 /* Reads decimal digits alone, no sign, no leading zero; false for anything else. A number too large for 32
  * bits reads as the largest. */
 inline bool decimal_read(std::string_view text, uint32_t *number) {

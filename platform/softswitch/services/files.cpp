@@ -48,7 +48,7 @@ void give_to_directory_owner(int fd, const std::string &path) {
   if (fchown(fd, directory.st_uid, directory.st_gid) != 0) return;
 }
 
-static bool write_all(int fd, std::string_view text) {
+bool write_all(int fd, std::string_view text) {
   while (!text.empty()) {
     ssize_t size = write(fd, text.data(), text.size());
     if (size < 0 && errno == EINTR) continue;
@@ -77,16 +77,42 @@ static void sync_directory_of(const std::string &path) {
   if (opened.fd >= 0) fsync(opened.fd);
 }
 
+bool remove_file(const std::string &path, std::string *error) {
+  if (unlink(path.c_str()) != 0) return errno == ENOENT || failed(path, error);
+  sync_directory_of(path);
+  return true;
+}
+
+file_stamp stamp_of(const std::string &path) {
+  struct stat found;
+  if (stat(path.c_str(), &found) != 0) return {};
+  return {found.st_ino, found.st_size, found.st_ctim.tv_sec, found.st_ctim.tv_nsec};
+}
+
+bool move_into_place(const std::string &new_file, const std::string &path, std::string *error) {
+  if (rename(new_file.c_str(), path.c_str()) != 0) return failed(path, error);
+  sync_directory_of(path);
+  return true;
+}
+
 bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error) {
   std::string beside = path + ".new";
   if (!write_new_file(beside, text, mode, error)) return false;
-  if (rename(beside.c_str(), path.c_str()) != 0) {
-    failed(path, error);
-    unlink(beside.c_str());
-    return false;
-  }
-  sync_directory_of(path);
-  return true;
+  if (move_into_place(beside, path, error)) return true;
+  unlink(beside.c_str());
+  return false;
+}
+
+bool make_private_folder(const std::string &path, std::string *error) {
+  bool made = mkdir(path.c_str(), 0700) == 0;
+  if (!made && errno != EEXIST) return failed(path, error);
+  file_guard folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (folder.fd < 0) return failed(path, error);
+  if (!made) return true;
+  struct stat parent;
+  bool given = geteuid() != 0 || (stat(directory_of(path).c_str(), &parent) == 0 &&
+                                  fchown(folder.fd, parent.st_uid, parent.st_gid) == 0);
+  return given || failed(path, error);
 }
 
 } // namespace softswitch

@@ -3,6 +3,7 @@
 
 #include "platform/softswitch/services/log.h"
 
+#include <algorithm>
 #include <errno.h>
 #include <execinfo.h>
 #include <poll.h>
@@ -24,6 +25,7 @@ void l7proc_logf(int severity, int, const char *file, int line, const char *form
   int length = vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
   const char *said = length < 0 ? format : text;
+  severity = std::clamp<int>(severity, L7PROC_EMERGENCY, L7PROC_DEBUG);
   log_write(severity, log_format(severity, file ? file : "-", line, said));
   errno = errno_before;
 }

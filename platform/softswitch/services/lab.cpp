@@ -2,38 +2,26 @@
  * new command is a handler and a row. The socket that they come in by is lab_socket.cpp. */
 #include "platform/softswitch/services/lab.h"
 
+#include "platform/softswitch/config/tokens.h"
 #include "platform/softswitch/services/faults.h"
 #include "platform/softswitch/services/lab_commands.h"
 #include "platform/softswitch/services/log.h"
+#include "platform/softswitch/services/stored_files.h"
 #include "platform/softswitch/softswitch.h"
 
 #include <algorithm>
-#include <charconv>
 #include <stdint.h>
 #include <string.h>
-#include <vector>
 
 namespace softswitch {
 
-using arguments = std::vector<std::string_view>;
-
-/* One command. The handler gets the words after `words`, as many as the row allows. */
-struct command_row {
-  const char *words;    /* "fault", "fault list" */
-  const char *usage;    /* its arguments, for help and errors */
-  size_t arguments_min; /* how many it takes at least and at most */
-  size_t arguments_max;
-  const char *purpose;
-  lab_outcome (*run)(const command_row &row, const arguments &given);
-};
-
 /* --- Helpers -------------------------------------------------------------------------------------------- */
 
-static lab_outcome done(std::string text = "") {
+lab_outcome done(std::string text) {
   return {lab_outcome::done, std::move(text)};
 }
 
-static lab_outcome refused(std::string reason) {
+lab_outcome refused(std::string reason) {
   /* A reason of several lines would tear the reply apart. */
   std::replace(reason.begin(), reason.end(), '\n', ' ');
   return {lab_outcome::refused, std::move(reason)};
@@ -43,14 +31,8 @@ static std::string command_line(const command_row &row) {
   return *row.usage ? std::string(row.words) + " " + row.usage : row.words;
 }
 
-static lab_outcome misused(const command_row &row) {
+lab_outcome misused(const command_row &row) {
   return refused("usage: " + command_line(row));
-}
-
-/* A decimal number of at most `max`; false for anything else. */
-template <typename Number> static bool number_from_text(std::string_view text, Number max, Number *number) {
-  auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), *number);
-  return failure == std::errc() && end == text.data() + text.size() && *number <= max;
 }
 
 /* Takes one of two words; false for any other. */
@@ -190,6 +172,12 @@ static lab_outcome change_ready(const command_row &row, const arguments &given) 
   return done();
 }
 
+static lab_outcome change_ssh_sessions(const command_row &row, const arguments &given) {
+  unsigned sessions;
+  if (!number_from_text(given[0], UINT32_MAX, &sessions)) return misused(row);
+  return set_ssh_sessions(sessions) ? done() : refused("more sessions than there can be");
+}
+
 static lab_outcome change_limit(const command_row &row, const arguments &given) {
   unsigned value;
   if (!number_from_text(given[1], UINT32_MAX, &value)) return misused(row);
@@ -209,15 +197,34 @@ static lab_outcome show_running_config(const command_row &, const arguments &) {
   return done(std::move(text));
 }
 
+static lab_outcome show_images(const command_row &, const arguments &) {
+  return done(image_list(state_directory()));
+}
+
 static lab_outcome save(const command_row &, const arguments &) {
   std::string error;
   return save_startup_config(&error) ? done() : refused(error);
 }
 
-static lab_outcome reload_startup(const command_row &, const arguments &) {
+static lab_outcome reload_with(uint32_t mode) {
   std::string error;
-  return reload(&error) ? done() : refused(error);
+  return reload(&error, mode) ? done() : refused(error);
 }
+
+static lab_outcome reload_startup(const command_row &, const arguments &) {
+  return reload_with(OPEN_RELOAD);
+}
+
+static lab_outcome reload_warm(const command_row &, const arguments &) {
+  return reload_with(OPEN_RELOAD_WARM);
+}
+
+static lab_outcome reload_factory(const command_row &, const arguments &) {
+  return reload_with(OPEN_RELOAD_FACTORY);
+}
+
+/* Any number of settings: a line is bounded. */
+static constexpr size_t settings_max = SIZE_MAX;
 
 /* A command of two words stands before the one that its first word alone is. */
 static const command_row commands[] = {
@@ -243,11 +250,27 @@ static const command_row commands[] = {
     {"lease list", "", 0, 0, "list what is offered: interface, prefix", list_leases},
     {"lease", "INTERFACE PREFIX|none", 2, 2,
      "offer an address to an interface that obtains its own, or withdraw what is offered", change_lease},
+    {"chassis", "", 0, 0, "list the identity and the chassis, as the commands that make them so",
+     show_chassis},
+    {"fan", "NUMBER SETTING VALUE ...", 3, settings_max, "change a fan", change_fan},
+    {"power-supply", "NUMBER SETTING VALUE ...", 3, settings_max, "change a power supply",
+     change_power_supply},
+    {"temperature-sensor", "NUMBER SETTING VALUE ...", 3, settings_max, "change a temperature sensor",
+     change_temperature_sensor},
+    {"transceiver in", "PORT [SETTING VALUE ...]", 1, settings_max, "put a transceiver into a port",
+     put_transceiver_in},
+    {"transceiver out", "PORT", 1, 1, "take the transceiver out of a port", take_transceiver_out},
+    {"identity", "SETTING VALUE ...", 2, settings_max, "change what the switch says it is", change_identity},
     {"ready", "yes|no", 1, 1, "whether the switch says that it has come up", change_ready},
+    {"ssh-sessions", "NUMBER", 1, 1, "how many SSH sessions are open", change_ssh_sessions},
     {"limit", "NAME VALUE", 2, 2, "lower a limit of the switch, to see its table full", change_limit},
     {"log", "LEVEL", 1, 1, "lines this severe go to the console: emergency ... debug, or 0 to 7", change_log},
     {"show running-config", "", 0, 0, "print the running configuration", show_running_config},
+    {"show images", "", 0, 0, "list the software images: name, size, SHA-256, when and from where fetched",
+     show_images},
     {"save", "", 0, 0, "make the running configuration the startup configuration", save},
+    {"reload warm", "", 0, 0, "hand the running configuration to the data plane anew", reload_warm},
+    {"reload factory", "", 0, 0, "return to factory state, removing all configurations", reload_factory},
     {"reload", "", 0, 0, "return to the startup configuration", reload_startup},
 };
 
@@ -263,24 +286,13 @@ static lab_outcome show_help(const command_row &, const arguments &) {
 
 /* --- Running a line ------------------------------------------------------------------------------------- */
 
-/* Splits at blanks. */
-static arguments split_words(std::string_view line) {
-  arguments words;
-  while (!line.empty()) {
-    size_t start = std::min(line.find_first_not_of(" \t"), line.size());
-    line.remove_prefix(start);
-    size_t end = std::min(line.find_first_of(" \t"), line.size());
-    if (end > 0) words.push_back(line.substr(0, end));
-    line.remove_prefix(end);
-  }
-  return words;
-}
-
 /* How many of the given words are the row's own: all of its words or none. */
 static size_t words_matched(const command_row &row, const arguments &given) {
-  arguments own = split_words(row.words);
-  bool matches = given.size() >= own.size() && std::equal(own.begin(), own.end(), given.begin());
-  return matches ? own.size() : 0;
+  std::string_view own = row.words;
+  size_t blank = own.find(' ');
+  if (given.empty() || given[0] != own.substr(0, blank)) return 0;
+  if (blank == own.npos) return 1;
+  return given.size() > 1 && given[1] == own.substr(blank + 1) ? 2 : 0;
 }
 
 lab_outcome lab_run(std::string_view line) {
@@ -288,7 +300,11 @@ lab_outcome lab_run(std::string_view line) {
   for (unsigned char c : line) {
     if ((c < 0x20 && c != '\t') || c == 0x7f) return refused("control characters in the command");
   }
-  arguments given = split_words(line);
+  std::vector<token> tokens;
+  std::string error;
+  if (!split_line(line, &tokens, &error)) return refused(error);
+  arguments given;
+  for (const token &word : tokens) given.push_back(word.text);
   for (const command_row &row : commands) {
     size_t own = words_matched(row, given);
     if (own == 0) continue;

@@ -1,10 +1,13 @@
-/* The log file and the console threshold; see log.h. Lines come from l7proc.cpp; the console is console.cpp.
- */
+/* The log file and the console threshold; see log.h. Lines come from l7proc.cpp; the console is console.cpp,
+ * remote hosts are syslog.cpp. */
 #include "platform/softswitch/services/log.h"
 
 #include "platform/api/l7proc.h"
 #include "platform/softswitch/services/console.h"
+#include "platform/softswitch/services/log_redaction.h"
+#include "platform/softswitch/services/syslog.h"
 
+#include <algorithm>
 #include <atomic>
 #include <errno.h>
 #include <fcntl.h>
@@ -30,8 +33,12 @@ static std::mutex lock; /* around the file */
 static std::string path;
 static off_t file_size;
 static unsigned long dropped; /* lines that could not be written since the last that could */
+static int configured_severity = L7PROC_WARNING; /* what the configuration said last */
 static std::atomic<int> descriptor{-1};
 static std::atomic<int> console_severity{L7PROC_WARNING};
+
+/* The threshold that no line passes. */
+static constexpr int nothing = L7PROC_EMERGENCY - 1;
 
 /* --- Severities and lines ------------------------------------------------------------------------------- */
 
@@ -51,10 +58,6 @@ bool log_severity_from_text(std::string_view text, int *severity) {
   return false;
 }
 
-void log_set_console_severity(int severity) {
-  console_severity.store(severity, std::memory_order_relaxed);
-}
-
 static std::string time_now() {
   struct timespec now;
   struct tm utc;
@@ -68,13 +71,28 @@ static std::string time_now() {
 
 std::string log_format(int severity, std::string_view file, int line, std::string_view text) {
   std::string made = time_now() + " " + log_severity_word(severity) + " ";
-  made.append(file).append(":").append(std::to_string(line)).append(" ").append(text);
+  made.append(file).append(":").append(std::to_string(line)).append(" ");
+  append_redacted(&made, text);
   if (made.size() > log_line_max - 1) made.resize(log_line_max - 1);
   for (char &c : made) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
   }
   made.push_back('\n');
   return made;
+}
+
+/* --- The console threshold ------------------------------------------------------------------------------ */
+
+void log_set_console_severity(int severity) {
+  console_severity.store(severity, std::memory_order_relaxed);
+}
+
+void log_configure_console(bool on, int severity) {
+  int configured = on ? severity : nothing;
+  std::lock_guard<std::mutex> hold(lock);
+  if (configured == configured_severity) return;
+  configured_severity = configured;
+  log_set_console_severity(configured);
 }
 
 /* --- The file ------------------------------------------------------------------------------------------- */
@@ -127,6 +145,7 @@ static bool report_dropped() {
 
 void log_write(int severity, std::string_view line) {
   if (severity <= console_severity.load(std::memory_order_relaxed)) console_write(line);
+  if (severity <= syslog_severity()) syslog_write(severity, line);
   std::lock_guard<std::mutex> hold(lock);
   if (descriptor.load() < 0) return;
   if (!report_dropped() || !append(line)) dropped++;
@@ -150,12 +169,28 @@ bool log_open(const std::string &state_dir, std::string *error) {
 }
 
 void log_close() {
+  syslog_stop();
   {
     std::lock_guard<std::mutex> hold(lock);
     int fd = descriptor.exchange(-1);
     if (fd >= 0) close(fd);
+    configured_severity = L7PROC_WARNING;
+    log_set_console_severity(L7PROC_WARNING);
   }
   console_stop();
+}
+
+/* --- Scripts -------------------------------------------------------------------------------------------- */
+
+void log_script(std::string_view text) {
+  while (!text.empty()) {
+    std::string line(text.substr(0, text.find('\n')));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    size_t begin = line.find_first_not_of(" \t\r");
+    if (begin == std::string::npos || line[begin] == '!') continue;
+    line.erase(line.find_last_not_of(" \t\r") + 1);
+    l7proc_logf(L7PROC_NOTICE, 0, "log.cpp", __LINE__, "CLI: %s", line.c_str() + begin);
+  }
 }
 
 } // namespace softswitch

@@ -2,6 +2,8 @@
 #ifndef KESTREL_SOFTSWITCH_PROFILE_H
 #define KESTREL_SOFTSWITCH_PROFILE_H
 
+#include "platform/softswitch/model/chassis.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -16,6 +18,11 @@ struct port_profile {
   bool cabled = true;          /* a cable is in at start */
 };
 
+struct transceiver_profile {
+  std::string port; /* the name of a port that is a cage */
+  transceiver fitted;
+};
+
 struct chassis_profile {
   std::string model;
   std::string serial;
@@ -23,13 +30,20 @@ struct chassis_profile {
   std::string description;
   std::string os_version;
   std::string storage;
-  std::vector<port_profile> ports; /* ports 1..54 at most, in order of interface number */
+  uint32_t service_port_mask = 0xffffff00; /* network mask of the service port, in host byte order */
+  std::vector<port_profile> ports;         /* ports 1..54 at most, in order of interface number */
+  std::vector<fan> fans;
+  std::vector<power_supply> power_supplies;
+  std::vector<temperature_sensor> temperature_sensors;
+  std::vector<transceiver_profile> transceivers; /* at most one for each port */
 };
 
-/* 48 x 10G "0/1".."0/48" and 6 x 40G "0/49".."0/54", all cages, all cabled. */
+/* 48 x 10G "0/1".."0/48" and 6 x 40G "0/49".."0/54", all cages, all cabled; five fans, two power supplies,
+ * four temperature sensors and eight transceivers, all well. */
 chassis_profile built_in_profile();
 
-/* Reads a profile; what the file leaves out is as built in. False with "FILE:LINE: reason" on any mistake
+/* Reads a profile; what the file leaves out is as built in, save transceivers of built-in ports that its own
+ * ports are unlike. False with "FILE:LINE: reason" on any mistake
  * (unknown member, wrong type, value out of range, duplicate port name, ...); `profile` is then untouched. */
 bool load_profile(const std::string &path, chassis_profile *profile, std::string *error);
 /* The same for a text that is in memory already; `name` stands for the file in errors. */

@@ -2,6 +2,7 @@
 #include "engine/rest_engine_session_hdr.h"
 #include "engine/rest_web_request_hdr.h"
 #include "tests/support/temporary_dir.h"
+#include "tests/unit/modules/transfer_fixture.h"
 #include "tests/unit/modules/vlan_fixture.h"
 
 #include <string.h>
@@ -78,6 +79,32 @@ TEST_F(RequestTest, ChangesOfInterfacesLagsAndLocksAreAudited) {
                 AUDIT + "[POST /lag/1/port/5?" + key + "]: Configure port 5 to LAG 1 successfully. (0)",
                 AUDIT + "[DELETE /pml/if/5/vlan/1/mac?" + key + "]: " + refused,
             }));
+}
+
+/* The address with it: what a client wants to keep from the log it sends in the body. */
+TEST_F(RequestTest, TransfersAndScriptsAreAudited) {
+  startupcfg_root root;
+  told_transfers platform;
+  platform.fail("FileUpload", OPEN_E_UNAVAIL);
+  std::string key = "sessionkey=" + log_in();
+  serve("POST", "/download/script", key + "&url=tftp%3A%2F%2Fh%2Ff&scr=s.scr&act=n");
+  serve("POST", "/download/config", key, "url=ftp://me:secret@h/f&cfg=2&auto=n");
+  serve("POST", "/upload/script", key + "&url=u&scr=s.scr");
+  serve("GET", "/upload/status", key);
+  serve("POST", "/script/apply", key + "&scr=s.scr");
+  serve("DELETE", "/script", key, "scr=s.scr");
+  serve("GET", "/script/list", key);
+  std::vector<std::string> lines = new_lines();
+  lines.erase(lines.begin()); /* the login */
+  EXPECT_EQ(lines, (std::vector<std::string>{
+                       AUDIT + "[POST /download/script?" + key +
+                           "&url=tftp%3A%2F%2Fh%2Ff&scr=s.scr&act=n]: File transfer is starting. (0)",
+                       AUDIT + "[POST /download/config?" + key + "]: File transfer is starting. (0)",
+                       AUDIT + "[POST /upload/script?" + key +
+                           "&url=u&scr=s.scr]: Another Transfer is in Progress. (1)",
+                       AUDIT + "[POST /script/apply?" + key + "&scr=s.scr]: Apply script successfully. (0)",
+                       AUDIT + "[DELETE /script?" + key + "]: Delete the script file successfully. (0)",
+                   }));
 }
 
 TEST_F(RequestTest, ChangesOfAccessControlListsAreAudited) {

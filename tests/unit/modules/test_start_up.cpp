@@ -2,6 +2,7 @@
 #include "engine/rest_settings.h"
 #include "engine/rest_web_request_hdr.h"
 #include "tests/support/platform_fixture.h"
+#include "tests/unit/modules/transfer_fixture.h"
 
 #include <stdlib.h>
 
@@ -43,6 +44,20 @@ TEST_F(StartUpTest, LogsPrintsANewlineAndListens) {
   EXPECT_NE(std::string(mg_get_option(server, "listening_port")), "");
   EXPECT_STREQ(mg_get_option(server, "document_root"), "/nowhere");
   EXPECT_EQ(rpcclt_openapiConnectivityCheck(&client_handle), OPEN_E_NONE);
+}
+
+TEST_F(StartUpTest, ReadsTheRecordOfTheStartupConfigurationAndMakesItsFile) {
+  startupcfg_root root;
+  startupcfgInfo = {42, RC_TRUE, "before", "before"};
+  EXPECT_EQ(start(), "\n");
+  EXPECT_EQ(root.content(), "cfg_time:\ncfg_update:\n");
+  EXPECT_EQ(startupcfgInfo.serialNum, 0u);
+  EXPECT_EQ(startupcfgInfo.hasUpdated, RC_FALSE);
+  mg_destroy_server(&server);
+  root.write("cfg_time:c\ncfg_update:u\n");
+  start();
+  EXPECT_STREQ(startupcfgInfo.cfgTime, "c");
+  EXPECT_STREQ(startupcfgInfo.cfgUpdateTime, "u");
 }
 
 TEST_F(StartUpTest, RefusedRegistrationIsPrintedAndEndsIt) {

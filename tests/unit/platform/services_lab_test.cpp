@@ -123,20 +123,32 @@ TEST_F(Lab, HelpListsEveryCommand) {
       "lease list                                list what is offered: interface, prefix\n"
       "lease INTERFACE PREFIX|none               offer an address to an interface that obtains its own, or "
       "withdraw what is offered\n"
+      "chassis                                   list the identity and the chassis, as the commands that "
+      "make them so\n"
+      "fan NUMBER SETTING VALUE ...              change a fan\n"
+      "power-supply NUMBER SETTING VALUE ...     change a power supply\n"
+      "temperature-sensor NUMBER SETTING VALUE ... change a temperature sensor\n"
+      "transceiver in PORT [SETTING VALUE ...]   put a transceiver into a port\n"
+      "transceiver out PORT                      take the transceiver out of a port\n"
+      "identity SETTING VALUE ...                change what the switch says it is\n"
       "ready yes|no                              whether the switch says that it has come up\n"
       "limit NAME VALUE                          lower a limit of the switch, to see its table full\n"
       "log LEVEL                                 lines this severe go to the console: emergency ... debug, "
       "or 0 to 7\n"
       "show running-config                       print the running configuration\n"
+      "show images                               list the software images: name, size, SHA-256, when and "
+      "from where fetched\n"
       "save                                      make the running configuration the startup configuration\n"
       "reload                                    return to the startup configuration\n"
       "ok\n");
 }
 
 TEST_F(Lab, CommandsAreCarriedOut) {
-  for (const char *line : {"hold", "release", "wait", "wait 0", "wait 600000", "fault list", "fault clear",
-                           "cable out 0/1", "cable in 0/1", "ready no", "ready yes", "limit vlans 2", "log 7",
-                           "log warning", "save", "reload", "  hold  ", "release\t\r", "wait 5000"})
+  for (const char *line :
+       {"hold",           "release",        "wait",         "wait 0",   "wait 600000", "fault list",
+        "fault clear",    "cable out 0/1",  "cable in 0/1", "ready no", "ready yes",   "limit vlans 2",
+        "log 7",          "log warning",    "save",         "reload",   "  hold  ",    "release\t\r",
+        "ready \"no\"  ", "ready\t\"yes\"", "wait 5000"})
     EXPECT_EQ(lab_command(line), "ok\n") << line;
 }
 
@@ -206,6 +218,9 @@ TEST_F(Lab, WrongLinesAreRefusedWithTheirUsage) {
       {"HELP", "error: no such command; \"help\" lists them\n"},
       {"helpme", "error: no such command; \"help\" lists them\n"},
       {std::string("help\0", 5), "error: control characters in the command\n"},
+      {"hold \"", "error: the closing quote is missing\n"},
+      {"ready \"yes\"no", "error: a blank is missing after the closing quote\n"},
+      {"! hold", "error: no such command; \"help\" lists them\n"},
       {"help\nhold", "error: control characters in the command\n"},
   };
   for (const auto &row : table) EXPECT_EQ(lab_command(row.line), row.reply) << row.line;

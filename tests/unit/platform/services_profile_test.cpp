@@ -65,6 +65,11 @@ TEST(Profile, ExampleOfTheDocumentationIsGood) {
             "SFP+ and 1 x 40G QSFP|0.1.0|flash\n"
             "0/1 1000 copper cabled\n0/2 1000 copper cabled\n0/3 1000 copper cabled\n"
             "0/4 1000 copper\n0/5 10000 cabled\n0/6 10000 cabled\n0/7 10000\n0/8 40000 cabled");
+  EXPECT_EQ(profile.fans.size(), 2u);
+  EXPECT_EQ(profile.power_supplies.size(), 1u);
+  EXPECT_EQ(profile.temperature_sensors.size(), 2u);
+  ASSERT_EQ(profile.transceivers.size(), 2u);
+  EXPECT_EQ(profile.transceivers[1].fitted.compliance, "40GBASE-CR4");
 }
 
 TEST(Profile, WhatIsLeftOutIsAsBuiltIn) {
@@ -106,7 +111,7 @@ void expect_refused(const bad_profile &row) {
 }
 
 TEST(Profile, WrongValuesAreRefusedWithTheirLineAndChangeNothing) {
-  const std::string text_rule = " must be a text of 1 to 255 bytes without control characters";
+  const std::string text_rule = " must be a text of 1 to 255 bytes of UTF-8 without control characters";
   const std::string mac_rule = " must be a station's MAC address like \"02:00:5E:10:00:01\"";
   const std::string name_rule = " must be \"0/1\" to \"0/999\"";
   const std::string speed_rule = " must be 100, 1000, 10000 or 40000";
@@ -129,7 +134,7 @@ TEST(Profile, WrongValuesAreRefusedWithTheirLineAndChangeNothing) {
       {"{\"description\": \"" + std::string(256, 'x') + "\"}", "p:1: description" + text_rule},
       {"{\"os_version\": true}", "p:1: os_version" + text_rule},
       {"{\"storage\": {}}", "p:1: storage" + text_rule},
-      {"{\"mac\": 2}", "p:1: mac" + text_rule},
+      {"{\"mac\": 2}", "p:1: mac" + mac_rule},
       {"{\"mac\": \"02:00:5E:10:00\"}", "p:1: mac" + mac_rule},
       {"{\"mac\": \"02:00:5E:10:00:0g\"}", "p:1: mac" + mac_rule},
       {"{\"mac\": \"02-00-5E-10-00-01\"}", "p:1: mac" + mac_rule},
@@ -154,7 +159,7 @@ TEST(Profile, WrongValuesAreRefusedWithTheirLineAndChangeNothing) {
       {"{\"ports\": [{\"name\": \"0/1000\"}]}", "p:1: ports[0].name" + name_rule},
       {"{\"ports\": [{\"name\": \"3/1\"}]}", "p:1: ports[0].name" + name_rule},
       {"{\"ports\": [{\"name\": \"0/1 \"}]}", "p:1: ports[0].name" + name_rule},
-      {"{\"ports\": [{\"name\": 1}]}", "p:1: ports[0].name" + text_rule},
+      {"{\"ports\": [{\"name\": 1}]}", "p:1: ports[0].name" + name_rule},
       {"{\"ports\": [{\"name\": \"0/1\", \"speed_mbps\": 0}]}", "p:1: ports[0].speed_mbps" + speed_rule},
       {"{\"ports\": [{\"name\": \"0/1\", \"speed_mbps\": 10001}]}", "p:1: ports[0].speed_mbps" + speed_rule},
       {"{\"ports\": [{\"name\": \"0/1\", \"speed_mbps\": -100}]}", "p:1: ports[0].speed_mbps" + speed_rule},

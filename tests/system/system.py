@@ -1,0 +1,101 @@
+"""What the API answers about system management (outcomes, and the data of whole answers as wire.py takes them)."""
+
+from wire import Nodes, numbered
+
+INVALID = (1, "The value of parameter is invalid.")
+STARTING = (0, "File transfer is starting.")
+BUSY = (1, "Another Transfer is in Progress.")
+NOT_STARTED = (2, "Failed to start a transfer.")
+APPLIED = (0, "Script transfer and apply successfully.")
+RELOADING = (0, "Reset the system is starting.")
+LISTED = (0, "Get script file list successfully.")
+
+SEVERITIES = ("Emergency conditions.", "Alert conditions.", "Critical conditions.", "Error conditions.",
+              "Warning conditions.", "Normal but significant conditions.", "Informational messages.",
+              "Debug-level messages.")
+
+
+def updated(what, default=False):
+    return (0, f"Update {what} {'to default ' if default else ''}successfully.")
+
+
+# --- system and ssh --------------------------------------------------------------------------------------
+
+def system(**differences):
+    """GET /system in factory state, but for the differences."""
+    facts = {"hostname": "kestrel", "serial_timeout": 5, "telnet_srver_admin_mode": "disable",
+             "service_port_mask": "0.0.0.0"}
+    return {"infomation": {**facts, **differences}}
+
+
+def ssh(**differences):
+    """GET /ssh in factory state, but for the differences."""
+    facts = {"admin_mode": "disable", "version": "2", "active_sessions": 0, "max_sessions": 5, "timeout": 5}
+    return {"infomation": {**facts, **differences}}
+
+
+# --- boxs ------------------------------------------------------------------------------------------------
+
+def counts(sensors, fans, supplies):
+    """GET /boxs."""
+    return {"infomation": {"temp_sensors_number": sensors, "fans_number": fans,
+                           "power_supplies_number": supplies}}
+
+
+def fan(state, kind, speed="-", duty="-"):
+    return {"state": state, "type": kind, "speed": str(speed), "duty_cycle": str(duty)}
+
+
+def supply(state, kind):
+    return {"state": state, "type": kind}
+
+
+def sensor(state, temperature, description):
+    return {"state": state, "temperature": temperature, "description": description}
+
+
+def transceiver(port, kind, vendor, revision, at_50um, at_62_5um, serial, part, rate, compliance):
+    return {"port": port, "module_type": kind, "vendor_name": vendor, "vendor_revision": revision,
+            "link_length_50um": at_50um, "link_length_62_5um": at_62_5um, "serial_number": serial,
+            "part_number": part, "nominal_signal_rate": rate, "compliance": compliance}
+
+
+def box_list(top, entry, *entries):
+    return {top: numbered(entry, entries)}
+
+
+# --- logging ---------------------------------------------------------------------------------------------
+
+def logging(cli="disable", console="enable", severity=4, syslog="disable", port=514, hosts=8):
+    """GET /logging; what is not given is as in factory state."""
+    return {"logging": {"cli": {"logging_mode": cli},
+                        "console": {"logging_mode": console, "severity_level": SEVERITIES[severity]},
+                        "syslog": {"logging_mode": syslog, "port": port}, "max_logging_hosts": hosts}}
+
+
+def logging_hosts(*addresses):
+    return {"logging_hosts": numbered("logging_host", [{"address": address} for address in addresses])}
+
+
+def logging_host(address, port=514, severity=SEVERITIES[2]):
+    return {"logging_host": {"address": address, "port": port, "severity_level": severity}}
+
+
+# --- transfers and scripts ---------------------------------------------------------------------------------
+
+def download_status(status, progress):
+    return {"information": {"status": status, "progress": f"{progress}%"}}
+
+
+def upload_status(status, progress, serial):
+    return {"information": {"status": status, "progress": f"{progress}%", "cfg_upload_sn": str(serial)}}
+
+
+def startup_info(made="", updated_at="", modified="no"):
+    return {"information": {"cfg_time": made, "cfg_update": updated_at, "cfg_modified": modified}}
+
+
+def scripts(*names):
+    """GET /script/list."""
+    rows = [(str(at), "script_file", {"filename": name}) for at, name in enumerate(names, 1)]
+    return {"script_files": Nodes([("count_of_files", "count_of_files", len(names)), *rows])}
