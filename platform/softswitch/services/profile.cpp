@@ -69,7 +69,7 @@ static bool read_network_mask(profile_reader &reader, const profile_value &value
   open_inet_addr_t mask;
   uint32_t length;
   bool good = json_object_is_type(value.object, json_type_string) &&
-              inet_address_read(json_text(value.object), &mask) && mask.family == OPEN_AF_INET &&
+              inet_address_read(std::string(json_text(value.object)), &mask) && mask.family == OPEN_AF_INET &&
               ipv4_mask_length(mask.addr.ipv4, &length) && length > 0;
   if (!good) return mistake(reader, value.path, "must be a network mask like \"255.255.255.0\"");
   *target = mask.addr.ipv4;
