@@ -49,6 +49,20 @@ TEST_F(NetworkPortTest, AddressesAndModeAreRead) {
   }
 }
 
+TEST_F(NetworkPortTest, ModeWithoutANameOrAddressWithoutAFamilyAnswers97) {
+  for (uint32_t mode : {4u, UINT32_MAX}) {
+    give("NetworkPortIPv4ProtocolModeGet", mode);
+    EXPECT_EQ(serve(reading()), expected_platform_error(OPEN_E_INTERNAL)) << mode;
+  }
+  give("NetworkPortIPv4ProtocolModeGet", 1);
+  for (const char *family : {"NetworkPortIPv4AddrGet address family", "NetworkPortIPv4AddrGet mask family",
+                             "NetworkPortGatewayIPv4AddrGet family"}) {
+    give(family, OPEN_AF_NONE);
+    EXPECT_EQ(serve(reading()), expected_platform_error(OPEN_E_INTERNAL)) << family;
+    give(family, OPEN_AF_INET);
+  }
+}
+
 TEST_F(NetworkPortTest, ParametersAreDeleted) {
   expect_served({"DELETE", "/system/networkport/ipv4", "", api_system_delete_networkport_ipv4_parameters},
                 expected_answers(0, "Delete network port IPv4 parameters successfully."),
