@@ -24,7 +24,7 @@ def updated(what, default=False):
 def system(**differences):
     """GET /system in factory state, but for the differences."""
     facts = {"hostname": "kestrel", "serial_timeout": 5, "telnet_srver_admin_mode": "disable",
-             "service_port_mask": "0.0.0.0"}
+             "service_port_mask": "255.255.255.0"}
     return {"infomation": {**facts, **differences}}
 
 
@@ -77,7 +77,7 @@ def logging_hosts(*addresses):
     return {"logging_hosts": numbered("logging_host", [{"address": address} for address in addresses])}
 
 
-def logging_host(address, port=514, severity=SEVERITIES[2]):
+def logging_host(address, port=514, severity=SEVERITIES[6]):
     return {"logging_host": {"address": address, "port": port, "severity_level": severity}}
 
 

@@ -136,7 +136,7 @@ class Images(TransferTest):
 
     def assert_listed(self, image, content):
         digest = hashlib.sha256(content).hexdigest()
-        self.assertRegex(self.daemon.lab("images"), rf"(?m)^{image} {len(content)} {digest} \S+ \S+$")
+        self.assertRegex(self.daemon.lab("show", "images"), rf"(?m)^{image} {len(content)} {digest} \S+ \S+$")
 
     @contextlib.contextmanager
     def half_way(self, scheme, content):
@@ -169,6 +169,7 @@ class Images(TransferTest):
                 os.unlink(self.stored_path("images/active"))
 
     def test_an_empty_one_is_none(self):
+        self.daemon.expect_log(r"empty")
         self.assertRegex(self.download_image(self.answering(response("200 OK")).url()), r"^Failed: \S.*\.$")
         self.assertIsNone(self.stored("images/active"))
 
@@ -598,7 +599,7 @@ class Secrets(TransferTest):
                 said += read_text(path)
         for place, _, names in os.walk(self.stored_path("images")):
             said += "".join(read_text(os.path.join(place, name)) for name in names if name.endswith(".info"))
-        return said + self.daemon.lab("images")
+        return said + self.daemon.lab("show", "images")
 
     def assert_not_said(self, *secrets):
         said = self.everything_said()

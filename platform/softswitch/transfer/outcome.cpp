@@ -76,7 +76,7 @@ static std::string distrust(CURL *curl, const url_guard &url) {
   if (scheme == "scp" || scheme == "sftp") return "the server's host key is not a known one";
   long verified = X509_V_OK;
   curl_easy_getinfo(curl, CURLINFO_SSL_VERIFYRESULT, &verified);
-  /* What libcurl leaves there when it has not come to the certificate itself. */
+  /* libcurl looks at the name before it says how the rest was verified. */
   if (verified == X509_V_OK || verified == X509_V_ERR_UNSPECIFIED)
     return "the server's certificate is for another name";
   return std::string("the server's certificate is not trusted: ") + X509_verify_cert_error_string(verified);
