@@ -9,6 +9,7 @@
 #include "platform/softswitch/services/lab.h"
 #include "platform/softswitch/services/log.h"
 #include "platform/softswitch/services/transfer.h"
+#include "platform/softswitch/softswitch_reload.h"
 
 #include <charconv>
 #include <chrono>
@@ -16,7 +17,7 @@
 namespace softswitch {
 
 /* Never destroyed, so that its threads may run until the process is gone. */
-static running_switch &the_switch() {
+running_switch &the_switch() {
   static running_switch *const only = new running_switch;
   return *only;
 }
@@ -62,8 +63,12 @@ static void close_accounts(running_switch &) {
 }
 
 static bool load_configuration(running_switch &sw, std::string *error) {
-  if (!journal_open(&sw.journal, sw.settings.state_dir, &sw.model, error)) return false;
-  apply_initial(&sw.model);
+  if (!finish_factory_reset(sw.settings.state_dir, error)) return false;
+  switch_model loaded = sw.model;
+  if (!journal_open(&sw.journal, sw.settings.state_dir, &loaded, error)) return false;
+  apply_initial(&loaded);
+  sw.compared = {};
+  take_over(sw, loaded);
   return true;
 }
 
@@ -80,6 +85,16 @@ static bool start_applying(running_switch &sw, std::string *error) {
 
 static void stop_applying(running_switch &sw) {
   apply_stop(&sw);
+}
+
+static bool start_reloading(running_switch &sw, std::string *error) {
+  if (reload_start(&sw)) return true;
+  *error = "no thread for reloading";
+  return false;
+}
+
+static void stop_reloading(running_switch &sw) {
+  reload_stop(&sw);
 }
 
 static bool open_transfers(running_switch &sw, std::string *) {
@@ -106,10 +121,15 @@ struct start_step {
 
 /* In order; the end is the same backwards. */
 static constexpr start_step start_steps[] = {
-    {take_directory, release_directory}, {open_log, close_log},
-    {make_model, forget_model},          {open_accounts, close_accounts},
-    {load_configuration, close_journal}, {start_applying, stop_applying},
-    {open_transfers, close_transfers},   {start_lab, stop_lab},
+    {take_directory, release_directory},
+    {open_log, close_log},
+    {make_model, forget_model},
+    {open_accounts, close_accounts},
+    {load_configuration, close_journal},
+    {start_applying, stop_applying},
+    {start_reloading, stop_reloading},
+    {open_transfers, close_transfers},
+    {start_lab, stop_lab},
 };
 static constexpr size_t start_step_count = sizeof start_steps / sizeof *start_steps;
 
@@ -171,6 +191,11 @@ switch_model &locked_switch::operator*() const {
   return the_switch().model;
 }
 
+void take_over(running_switch &sw, const switch_model &changed) {
+  sw.model = changed;
+  sw.wake.notify_all();
+}
+
 open_error_t commit_line(switch_model &model, std::string_view line) {
   running_switch &sw = the_switch();
   switch_model changed = model;
@@ -180,69 +205,12 @@ open_error_t commit_line(switch_model &model, std::string_view line) {
   /* What is as wanted already, and a comment, are not worth a line in the journal. */
   if (changed.change == model.change) return OPEN_E_NONE;
   if (!journal_append(&sw.journal, line)) return OPEN_E_FAIL;
-  model = changed;
-  sw.wake.notify_all();
+  take_over(sw, changed);
   return OPEN_E_NONE;
 }
 
 open_error_t commit(switch_model &model, std::string_view pattern, const std::vector<argument> &arguments) {
   return commit_line(model, format_line(model, pattern, arguments));
-}
-
-/* --- Configuration as a whole --------------------------------------------------------------------------- */
-
-std::string running_config() {
-  std::unique_lock lock(the_switch().lock);
-  switch_model copy = the_switch().model;
-  lock.unlock();
-  return print_configuration(copy);
-}
-
-/* Makes a changed copy of the model the switch's configuration, as a generation of its own: all of it or
- * nothing survives a crash. Under the lock, no compaction going on. */
-static bool install(running_switch &sw, const switch_model &changed, std::string *error) {
-  uint64_t past = sw.journal.generation;
-  if (!snapshot_write(sw.journal.dir, past + 1, print_configuration(changed), error)) return false;
-  if (!snapshot_install(&sw.journal, sw.journal.length, error)) return false;
-  journal_discard(sw.journal.dir, past);
-  sw.model = changed;
-  sw.wake.notify_all();
-  return true;
-}
-
-bool apply_configuration(std::string_view text, std::string *error) {
-  running_switch &sw = the_switch();
-  std::unique_lock lock(sw.lock);
-  sw.idle.wait(lock, [&] { return !sw.compacting; });
-  switch_model changed = sw.model;
-  return apply_text(changed, text, error) && install(sw, changed, error);
-}
-
-bool save_startup_config(std::string *error) {
-  return replace_file(the_switch().settings.state_dir + "/startup-config", running_config(), 0600, error);
-}
-
-bool replace_startup_config(std::string_view text, std::string *error) {
-  return replace_file(the_switch().settings.state_dir + "/startup-config", text, 0600, error);
-}
-
-bool request_reload(uint32_t) {
-  std::string error;
-  return reload(&error);
-}
-
-bool reload(std::string *error) {
-  running_switch &sw = the_switch();
-  std::string text, reason;
-  bool exists;
-  if (!read_config_file(sw.settings.state_dir, "startup-config", &text, &exists, error)) return false;
-  std::unique_lock lock(sw.lock);
-  sw.idle.wait(lock, [&] { return !sw.compacting; });
-  switch_model changed = sw.model;
-  switch_reset(changed);
-  if (apply_text(changed, text, &reason)) return install(sw, changed, error);
-  *error = sw.settings.state_dir + "/startup-config, " + reason;
-  return false;
 }
 
 /* --- Lab control ---------------------------------------------------------------------------------------- */
@@ -382,6 +350,13 @@ std::string lease_list() {
 void set_ready(bool ready) {
   locked_switch sw;
   sw->ready = ready;
+}
+
+bool set_ssh_sessions(uint32_t sessions) {
+  if (sessions > ssh_sessions_max) return false;
+  locked_switch sw;
+  sw->ssh_sessions = sessions;
+  return true;
 }
 
 bool set_limit(std::string_view name, uint32_t value) {

@@ -6,6 +6,7 @@
 #ifndef KESTREL_SOFTSWITCH_SOFTSWITCH_H
 #define KESTREL_SOFTSWITCH_SOFTSWITCH_H
 
+#include "platform/api/openapi_system.h"
 #include "platform/softswitch/config/placeholders.h"
 #include "platform/softswitch/model/switch.h"
 
@@ -51,16 +52,25 @@ open_error_t commit(switch_model &, std::string_view pattern, const std::vector<
 
 /* The running configuration in the configuration language. */
 std::string running_config();
-/* Applies a whole text (a script) as one change: every line is checked before anything is taken over. False
- * with the reason, which begins with "line N: "; nothing has then been changed. */
+/* Applies a whole text (a script) as one change: every line is checked before anything is taken over, while
+ * the switch goes on. False with the reason, which begins with "line N: "; nothing has then been changed. */
 bool apply_configuration(std::string_view text, std::string *error);
 /* Replaces the startup configuration by the running one; false with the reason when it cannot be written. */
 bool save_startup_config(std::string *error);
 /* The same by any text, which nobody looks at before the next reload. */
 bool replace_startup_config(std::string_view text, std::string *error);
+/* Whether the running configuration is not what the startup configuration (factory state when there is none)
+ * gives. */
+bool configuration_unsaved();
+
+/* Lets the switch begin anew as a mode of platform/api/openapi_system.h says (OPEN_RELOAD*). What is no
+ * configuration (cables, counters, leases, ...) stays, save what goes with its interface. False with the
+ * reason; the switch then goes on as it was. It waits until all is done. */
+bool reload(std::string *error, uint32_t mode = OPEN_RELOAD);
+/* Orders a reload and returns at once. The switch is not ready until it is over, which begins after
+ * limits.reload_milliseconds; a request that comes before takes the place of the one that waits, one that
+ * comes later is carried out after it. What comes of it is logged. False for what is no mode. */
 bool request_reload(uint32_t mode);
-/* Returns to the startup configuration (factory state when there is none), journalled like any change. */
-bool reload(std::string *error);
 
 /* --- Lab control ---------------------------------------------------------------------------------------- */
 
@@ -92,8 +102,10 @@ bool offer_lease(std::string_view interface_name, std::string_view prefix, std::
 bool withdraw_lease(std::string_view interface_name, std::string *error);
 /* One line per offer: interface and prefix. */
 std::string lease_list();
-/* What openapiSystemReadyStateGet answers. */
+/* What openapiSystemReadyStateGet answers, until the end of the next reload. */
 void set_ready(bool ready);
+/* Says how many SSH sessions are open. False for more than there can be. */
+bool set_ssh_sessions(uint32_t sessions);
 /* Overrides a limit by name (see model/limits.h). False for an unknown name or a value above the built-in. */
 bool set_limit(std::string_view name, uint32_t value);
 

@@ -194,7 +194,7 @@ open_error_t rpcclt_openapiBgpPeerUpdateSourceSet(openapiClientHandle_t *handle,
     open_error_t rc = find_peer(model, id, &peer);
     if (rc != OPEN_E_NONE) return rc;
     if (ifNum == 0) return commit(model, "no bgp neighbor <neighbor> update-source", {id});
-    rc = bgp_interface_check(model, ifNum);
+    rc = interface_addressable_check(model, ifNum);
     if (rc != OPEN_E_NONE) return rc;
     return commit(model, "bgp neighbor <neighbor> update-source <interface>", {id, ifNum});
   });

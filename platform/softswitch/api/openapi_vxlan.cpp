@@ -109,7 +109,7 @@ static open_error_t get_source(const switch_model &model, uint32_t *interface) {
 
 static open_error_t set_source(switch_model &model, uint32_t interface) {
   if (interface == 0) return commit(model, "no vxlan source-interface", {});
-  open_error_t rc = vxlan_source_check(model, interface);
+  open_error_t rc = interface_addressable_check(model, interface);
   return rc == OPEN_E_NONE ? commit(model, "vxlan source-interface <interface>", {interface}) : rc;
 }
 

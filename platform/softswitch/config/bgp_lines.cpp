@@ -24,10 +24,6 @@ static uint32_t family_of(const argument &choice) {
   return choice.number + OPEN_AF_INET;
 }
 
-static argument family_argument(uint32_t family) {
-  return family - OPEN_AF_INET;
-}
-
 /* --- bgp local-as <number>, and other settings of the speaker ------------------------------------------- */
 
 static std::string range_words(bgp_setting setting) {
@@ -171,7 +167,7 @@ template <typename Wanted> static void print_families(const config_printer &prin
   for (const auto &[id, peer] : print.model.bgp->peers) {
     for (uint32_t family : {OPEN_AF_INET, OPEN_AF_INET6}) {
       if (wanted(peer.families[bgp_family_index(family)], bgp_factory_active(id, family)))
-        print.line({id, family_argument(family)});
+        print.line({id, bgp_family_index(family)});
     }
   }
 }
@@ -303,7 +299,7 @@ open_error_t apply_no_bgp_redistribute(switch_model &model, std::span<const argu
 std::vector<argument> bgp_redistribution_arguments(const switch_model &model, uint32_t family,
                                                    uint32_t source, const bgp_redistribution &wanted) {
   std::string words = print_clauses<bgp_redistribution>(model, clauses, wanted);
-  return {family_argument(family), source, std::string_view(words)};
+  return {bgp_family_index(family), source, std::string_view(words)};
 }
 
 void print_bgp_redistributions(const config_printer &print) {

@@ -8,7 +8,9 @@
 #include "platform/softswitch/config/language.h"
 #include "platform/softswitch/config/mac_locking_lines.h"
 #include "platform/softswitch/config/routing_lines.h"
+#include "platform/softswitch/config/ssh_lines.h"
 #include "platform/softswitch/config/switchport_lines.h"
+#include "platform/softswitch/config/system_lines.h"
 #include "platform/softswitch/config/tcam_lines.h"
 #include "platform/softswitch/config/vlan_lines.h"
 #include "platform/softswitch/config/vxlan_lines.h"
@@ -16,6 +18,30 @@
 namespace softswitch {
 
 static constexpr command table[] = {
+    {"hostname <text>", apply_hostname, print_hostname},
+    {"no hostname", apply_no_hostname, nullptr},
+    {"prompt <text>", apply_prompt, print_prompt},
+    {"no prompt", apply_no_prompt, nullptr},
+    {"serial timeout <number>", apply_serial_timeout, print_serial_timeout},
+    {"no serial timeout", apply_no_serial_timeout, nullptr},
+    {"telnet server", apply_telnet_server, print_telnet_server},
+    {"no telnet server", apply_no_telnet_server, nullptr},
+    {"network-port ip address <ip-prefix>", apply_network_port_address, print_network_port_address},
+    {"network-port ip address <ip-prefix> gateway <ip>", apply_network_port_gateway,
+     print_network_port_gateway},
+    {"no network-port ip address", apply_no_network_port_address, nullptr},
+    {"network-port protocol bootp|dhcp", apply_network_port_protocol, print_network_port_protocol},
+    {"no network-port protocol", apply_no_network_port_protocol, nullptr},
+
+    {"ssh server", apply_ssh_server, print_ssh_server},
+    {"no ssh server", apply_no_ssh_server, nullptr},
+    {"ssh protocol 1|2|both", apply_ssh_protocol, print_ssh_protocol},
+    {"no ssh protocol", apply_no_ssh_protocol, nullptr},
+    {"ssh max-sessions <number>", apply_ssh_max_sessions, print_ssh_max_sessions},
+    {"no ssh max-sessions", apply_no_ssh_max_sessions, nullptr},
+    {"ssh timeout <number>", apply_ssh_timeout, print_ssh_timeout},
+    {"no ssh timeout", apply_no_ssh_timeout, nullptr},
+
     {"vlan <vlan-list>", apply_vlans, print_vlans},
     {"no vlan <vlan-list>", apply_no_vlans, nullptr},
     {"vlan <vlan> name <text>", apply_vlan_name, print_vlan_names},

@@ -141,7 +141,7 @@ static bool is_remains(const journal &journal, std::string_view name) {
   return numbered && name != std::to_string(journal.generation);
 }
 
-/* Removes what a crash in the middle of a compaction left. */
+/* Removes what is of another generation: what a crash in the middle of a compaction left. */
 static void remove_remains(const journal &journal) {
   DIR *dir = opendir(journal.dir.c_str());
   if (!dir) return;
@@ -149,6 +149,14 @@ static void remove_remains(const journal &journal) {
     if (is_remains(journal, entry->d_name)) unlinkat(dirfd(dir), entry->d_name, 0);
   }
   closedir(dir);
+}
+
+bool journal_remove(const std::string &dir, std::string *error) {
+  journal none;
+  none.dir = dir;
+  none.generation = UINT64_MAX;
+  remove_remains(none);
+  return remove_file(path_of(dir, snapshot_name), error);
 }
 
 /* Begins with a fresh generation. A full disk does not keep a switch with a snapshot from starting. */

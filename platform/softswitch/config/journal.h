@@ -41,6 +41,9 @@ bool state_dir_take(const std::string &dir, std::shared_ptr<file_guard> *lock, s
  * is an error with file, line and reason, and nothing on disk has then been changed. */
 bool journal_open(journal *journal, const std::string &dir, switch_model *model, std::string *error);
 
+/* Removes the running configuration, so that journal_open() begins anew. The directory is this process's. */
+bool journal_remove(const std::string &dir, std::string *error);
+
 /* Reads a configuration file of the state directory whole. False with the reason; a file that does not exist
  * is no failure but `exists` false. */
 bool read_config_file(const std::string &dir, const std::string &name, std::string *text, bool *exists,

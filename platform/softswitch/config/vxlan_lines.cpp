@@ -3,6 +3,7 @@
 #include "platform/softswitch/config/vxlan_lines.h"
 
 #include "platform/softswitch/config/vlan_lines.h"
+#include "platform/softswitch/config/words.h"
 #include "platform/softswitch/model/inet_address.h"
 
 namespace softswitch {
@@ -19,10 +20,6 @@ static std::string address_words(uint32_t address) {
   return inet_address_text(inet_ipv4(address));
 }
 
-static std::string range_words(const std::string &what, const std::string &first, const std::string &last) {
-  return what + " out of range " + first + ".." + last;
-}
-
 static std::string room_words(uint32_t limit, const char *what) {
   return "there is room for " + std::to_string(limit) + " " + what + " only";
 }
@@ -31,7 +28,7 @@ static std::string room_words(uint32_t limit, const char *what) {
 static open_error_t check_tenant(const switch_model &model, uint32_t id, std::string *error) {
   open_error_t rc = vxlan_tenant_check(model, id);
   if (rc == OPEN_E_NOT_FOUND) *error = tenant_words(id) + " does not exist";
-  if (rc == OPEN_E_PARAM) *error = range_words("VXLAN tenant id", "1", std::to_string(vxlan_tenant_id_max));
+  if (rc == OPEN_E_PARAM) *error = range_words("VXLAN tenant id", 1, vxlan_tenant_id_max);
   return rc;
 }
 
@@ -65,7 +62,7 @@ void print_vxlan_mode(const config_printer &print) {
 open_error_t apply_vxlan_udp_port(switch_model &model, std::span<const argument> arguments,
                                   std::string *error) {
   open_error_t rc = vxlan_set_udp_port(model, arguments[0].number);
-  if (rc == OPEN_E_PARAM) *error = range_words("UDP port", "1", std::to_string(udp_port_max));
+  if (rc == OPEN_E_PARAM) *error = range_words("UDP port", 1, udp_port_max);
   return rc;
 }
 

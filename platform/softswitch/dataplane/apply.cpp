@@ -78,7 +78,7 @@ static bool compact(running_switch *sw, std::unique_lock<std::mutex> *lock, std:
  * when it has grown as much again. */
 static void compact_when_due(running_switch *sw, std::unique_lock<std::mutex> *lock, off_t *compact_at) {
   off_t step = sw->model.limits.journal_bytes;
-  if (sw->journal.length <= std::max(step, *compact_at)) return;
+  if (sw->compacting || sw->journal.length <= std::max(step, *compact_at)) return;
   std::string error;
   if (compact(sw, lock, &error)) {
     *compact_at = 0;

@@ -117,14 +117,9 @@ bool bgp_peer_id_valid(const bgp_peer_id &id) {
   return !scope_missing && inet_is_host({id.address, ipv6_bits, 0});
 }
 
-open_error_t bgp_interface_check(const switch_model &model, uint32_t interface) {
-  open_error_t rc = interface_check(model, interface);
-  return rc == OPEN_E_NONE && interface == cpu_interface ? OPEN_E_UNAVAIL : rc;
-}
-
 open_error_t bgp_peer_id_check(const switch_model &model, const bgp_peer_id &id) {
   if (!bgp_peer_id_valid(id)) return OPEN_E_PARAM;
-  bool reachable = id.scope == 0 || bgp_interface_check(model, id.scope) == OPEN_E_NONE;
+  bool reachable = id.scope == 0 || interface_addressable_check(model, id.scope) == OPEN_E_NONE;
   return reachable ? OPEN_E_NONE : OPEN_E_NOT_FOUND;
 }
 
@@ -169,7 +164,7 @@ open_error_t bgp_set_peer_family(switch_model &model, const bgp_peer_id &id, uin
 open_error_t bgp_set_update_source(switch_model &model, const bgp_peer_id &id, uint32_t interface) {
   const bgp_peer *peer = bgp_peer_find(model, id);
   if (!peer) return OPEN_E_NOT_FOUND;
-  open_error_t rc = interface == 0 ? OPEN_E_NONE : bgp_interface_check(model, interface);
+  open_error_t rc = interface == 0 ? OPEN_E_NONE : interface_addressable_check(model, interface);
   if (rc != OPEN_E_NONE || peer->update_source == interface) return rc;
   edit(model)->peers[id].update_source = interface;
   return OPEN_E_NONE;

@@ -84,7 +84,7 @@ struct bgp_table {
 /* Returns everything to factory state. interfaces_reset() notes the change. */
 void bgp_reset(switch_model &model);
 
-/* The place of IPv4 or IPv6 in tables by family. */
+/* The place of IPv4 or IPv6 in tables by family, and among the words ipv4|ipv6. */
 inline uint32_t bgp_family_index(uint32_t family) {
   return family - OPEN_AF_INET;
 }
@@ -115,9 +115,6 @@ open_error_t bgp_remove_network(switch_model &model, const open_inet_pfx_t &netw
 /* Whether a peer can be known by this: a host's address, without a scope when it is IPv4 and with one when it
  * is link-local. The scope need not be an interface. */
 bool bgp_peer_id_valid(const bgp_peer_id &id);
-/* Whether an interface can be a peer's scope or update source: it exists and can have addresses. The codes of
- * interface_check(), and OPEN_E_UNAVAIL for the CPU interface. */
-open_error_t bgp_interface_check(const switch_model &model, uint32_t interface);
 /* Whether there can be such a peer, now: OPEN_E_PARAM for what bgp_peer_id_valid() refuses, OPEN_E_NOT_FOUND
  * when the scope is no interface that can have addresses. */
 open_error_t bgp_peer_id_check(const switch_model &model, const bgp_peer_id &id);
@@ -135,7 +132,7 @@ bool bgp_factory_active(const bgp_peer_id &id, uint32_t family);
 /* Turns something about a family, which is valid, on or off. */
 open_error_t bgp_set_peer_family(switch_model &model, const bgp_peer_id &id, uint32_t family,
                                  bool bgp_peer_family::*what, bool on);
-/* Sets the update source; 0 for none. Otherwise answers as bgp_interface_check(). */
+/* Sets the update source; 0 for none. Otherwise answers as interface_addressable_check(). */
 open_error_t bgp_set_update_source(switch_model &model, const bgp_peer_id &id, uint32_t interface);
 
 /* Whether this is the scope or update source of a peer, which keeps the interface from being removed. */

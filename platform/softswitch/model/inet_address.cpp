@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <bit>
 #include <string.h>
 
 namespace softswitch {
@@ -25,6 +26,15 @@ open_inet_addr_t inet_ipv4(uint32_t address) {
   result.family = OPEN_AF_INET;
   result.addr.ipv4 = address;
   return result;
+}
+
+uint32_t ipv4_mask(uint32_t length) {
+  return length == 0 ? 0 : UINT32_MAX << (ipv4_bits - length);
+}
+
+bool ipv4_mask_length(uint32_t mask, uint32_t *length) {
+  *length = static_cast<uint32_t>(std::countl_one(mask));
+  return mask == ipv4_mask(*length);
 }
 
 /* --- Text ----------------------------------------------------------------------------------------------- */
@@ -90,7 +100,7 @@ open_inet_pfx_t inet_masked(const open_inet_pfx_t &prefix) {
   open_inet_pfx_t masked = prefix;
   uint32_t bits = prefix.pfxLen;
   if (prefix.ipAddr.family != OPEN_AF_INET6) {
-    masked.ipAddr.addr.ipv4 &= bits == 0 ? 0 : UINT32_MAX << (ipv4_bits - bits);
+    masked.ipAddr.addr.ipv4 &= ipv4_mask(bits);
     return masked;
   }
   uint8_t *bytes = masked.ipAddr.addr.ipv6.addr8;

@@ -25,6 +25,11 @@ std::array<uint8_t, 16> inet_bytes(const open_inet_addr_t &address);
 /* An IPv4 address, given in host byte order. */
 open_inet_addr_t inet_ipv4(uint32_t address);
 
+/* The mask of a prefix of 0..32 bits, in host byte order, and back: false for a mask whose ones do not stand
+ * together at its front. */
+uint32_t ipv4_mask(uint32_t length);
+bool ipv4_mask_length(uint32_t mask, uint32_t *length);
+
 /* Reads four decimal numbers without leading zeros, or IPv6 text (RFC 4291 section 2.2); no blanks, no zone.
  * False, with `address` cleared, for anything else. */
 bool inet_address_read(const std::string &text, open_inet_addr_t *address);

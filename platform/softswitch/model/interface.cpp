@@ -99,6 +99,11 @@ open_error_t interface_check(const switch_model &model, uint32_t number) {
   return interface_exists(model, number) ? OPEN_E_NONE : interface_refusal(number);
 }
 
+open_error_t interface_addressable_check(const switch_model &model, uint32_t number) {
+  open_error_t rc = interface_check(model, number);
+  return rc == OPEN_E_NONE && number == cpu_interface ? OPEN_E_UNAVAIL : rc;
+}
+
 open_error_t interface_switches_check(const switch_model &model, uint32_t number) {
   return interface_switches(model, number) ? OPEN_E_NONE : interface_refusal(number);
 }

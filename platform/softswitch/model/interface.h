@@ -54,6 +54,9 @@ bool interface_exists(const switch_model &model, uint32_t number);
 open_error_t interface_refusal(uint32_t number);
 /* Whether it exists, as a result: OPEN_E_NONE or that refusal. */
 open_error_t interface_check(const switch_model &model, uint32_t number);
+/* Whether it exists and can have IP addresses: the codes of interface_check(), and OPEN_E_UNAVAIL for the CPU
+ * interface. */
+open_error_t interface_addressable_check(const switch_model &model, uint32_t number);
 /* The type of an interface that exists. */
 OPEN_INTF_TYPE_t interface_type(uint32_t number);
 /* Ports and LAGs that exist: what can be a member of VLANs. */

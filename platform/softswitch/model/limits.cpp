@@ -30,6 +30,7 @@ static constexpr limit_name limit_names[] = {
     {"tcam-egress-slices-256", &limits::tcam_egress_slices_256},
     {"settle-milliseconds", &limits::settle_milliseconds},
     {"journal-bytes", &limits::journal_bytes},
+    {"reload-milliseconds", &limits::reload_milliseconds},
     {"scripts", &limits::scripts},
     {"transfer-image-kib", &limits::transfer_image_kib},
     {"transfer-config-kib", &limits::transfer_config_kib},

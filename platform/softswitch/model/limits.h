@@ -29,6 +29,11 @@ inline constexpr uint32_t vlan_name_size = 32 + 1; /* bytes of a buffer for a na
 /* The same for an interface's: "loopback0" is the longest, as VLANs end with "vlan4094" and the profile's
  * ports with "0/999". */
 inline constexpr uint32_t interface_name_size = sizeof "loopback0";
+inline constexpr uint32_t hostname_max = 64;        /* characters */
+inline constexpr uint32_t prompt_max = 64;          /* characters */
+inline constexpr uint32_t idle_minutes_max = 160;   /* until an idle session is closed */
+inline constexpr uint32_t factory_idle_minutes = 5; /* serial console and SSH */
+inline constexpr uint32_t ssh_sessions_max = 5;
 inline constexpr uint32_t mtu_min = 1518;
 inline constexpr uint32_t mtu_max = 12270;
 inline constexpr uint32_t description_max = 64;    /* bytes of an interface's description */
@@ -46,6 +51,8 @@ inline constexpr uint32_t vxlan_group_max = 0xefffffff;   /* 239.255.255.255 */
 /* How much there is room for, and the switch's own times and sizes. Each can be lowered by name while the
  * switch runs (lab control, tests), so that a full table takes two entries instead of thousands. */
 struct limits {
+  bool operator==(const limits &) const = default;
+
   uint32_t vlans = 4094;
   uint32_t vlan_routing_interfaces = 128;
   uint32_t lag_members = 32; /* of one LAG */
@@ -62,6 +69,7 @@ struct limits {
   uint32_t remote_vteps = 128;
   uint32_t settle_milliseconds = 250;  /* how long a change may be followed by others before it is taken */
   uint32_t journal_bytes = 256 * 1024; /* the journal is compacted when it exceeds this */
+  uint32_t reload_milliseconds = 500;  /* from the request of a reload, whose answer goes out meanwhile */
 
   uint32_t scripts = 100;                   /* that are kept; OPEN_CLI_SCRIPT_FILES_MAX */
   uint32_t transfer_image_kib = 1u << 20;   /* size of a software image that is fetched */

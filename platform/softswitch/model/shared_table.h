@@ -26,6 +26,10 @@ public:
   const T *operator->() const { return table.get(); }
   const T &operator*() const { return *table; }
 
+  /* Whether both hold the same table, which is more than an equal one: neither has changed it since it was
+   * copied from the other. */
+  bool operator==(const shared_table &other) const { return table == other.table; }
+
   /* The table for changing: its own from now on. */
   T *edit() {
     if (shared) table = std::make_shared<T>(*table);

@@ -12,6 +12,8 @@ switch_model make_switch(const chassis_profile &profile) {
 }
 
 void switch_reset(switch_model &model) {
+  system_reset(model);
+  ssh_reset(model);
   routing_reset(model);
   addresses_reset(model);
   bgp_reset(model);

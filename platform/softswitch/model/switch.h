@@ -18,7 +18,9 @@
 #include "platform/softswitch/model/mac_locking.h"
 #include "platform/softswitch/model/routing.h"
 #include "platform/softswitch/model/shared_table.h"
+#include "platform/softswitch/model/ssh.h"
 #include "platform/softswitch/model/switchport.h"
+#include "platform/softswitch/model/system.h"
 #include "platform/softswitch/model/tcam.h"
 #include "platform/softswitch/model/time_ranges.h"
 #include "platform/softswitch/model/vlan.h"
@@ -30,15 +32,21 @@
 namespace softswitch {
 
 struct switch_model {
+  /* Whether nothing whatever has been done to either since it was copied from the other. */
+  bool operator==(const switch_model &) const = default;
+
   struct limits limits;
   std::shared_ptr<const chassis_profile> profile;
-  bool ready = true; /* what the readiness query answers */
+  bool ready = true;         /* what the readiness query answers */
+  uint32_t ssh_sessions = 0; /* that are open */
 
   /* Changes are numbered from 1. Whatever changes notes the number of its latest change; it is pending while
    * that is above the latest change that the data plane has taken. */
   uint64_t change = 0;
   uint64_t applied = 0;
 
+  shared_table<system_table> system;
+  shared_table<ssh_table> ssh;
   shared_table<interface_table> interfaces;
   shared_table<vlan_table> vlans;
   shared_table<mac_locking_table> mac_locking;
@@ -57,11 +65,20 @@ struct switch_model {
 switch_model make_switch(const chassis_profile &profile);
 
 /* Returns the whole configuration to factory state, as a change. What is not configuration stays: limits,
- * cables, time ranges, counters and leases (save of interfaces that go), readiness. */
+ * cables, time ranges, counters and leases (save of interfaces that go), SSH sessions, readiness. */
 void switch_reset(switch_model &model);
 
 /* The number for the change that is being made. */
 uint64_t next_change(switch_model &model);
+
+/* Gives a member of a table a value, as a change when that is another one. */
+template <typename Table, typename Value>
+void set_member(switch_model &model, shared_table<Table> switch_model::*table, Value Table::*member,
+                const Value &value) {
+  if ((*(model.*table)).*member == value) return;
+  next_change(model);
+  (model.*table).edit()->*member = value;
+}
 
 /* Notes that the data plane has taken everything up to `change`. */
 void changes_taken(switch_model &model, uint64_t change);

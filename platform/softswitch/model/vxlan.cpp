@@ -20,7 +20,7 @@ static vxlan_table *edit(switch_model &model) {
 
 /* Gives a setting a value, as a change when that is another one. */
 template <typename T> static open_error_t set(switch_model &model, T vxlan_table::*setting, T value) {
-  if ((*model.vxlan).*setting != value) edit(model)->*setting = value;
+  set_member(model, &switch_model::vxlan, setting, value);
   return OPEN_E_NONE;
 }
 
@@ -37,14 +37,8 @@ open_error_t vxlan_set_udp_port(switch_model &model, uint32_t port) {
   return set(model, &vxlan_table::udp_port, port);
 }
 
-open_error_t vxlan_source_check(const switch_model &model, uint32_t interface) {
-  open_error_t rc = interface_check(model, interface);
-  if (rc != OPEN_E_NONE) return rc;
-  return interface == cpu_interface ? OPEN_E_UNAVAIL : OPEN_E_NONE;
-}
-
 open_error_t vxlan_set_source_interface(switch_model &model, uint32_t interface) {
-  open_error_t rc = interface == 0 ? OPEN_E_NONE : vxlan_source_check(model, interface);
+  open_error_t rc = interface == 0 ? OPEN_E_NONE : interface_addressable_check(model, interface);
   return rc == OPEN_E_NONE ? set(model, &vxlan_table::source_interface, interface) : rc;
 }
 

@@ -49,10 +49,7 @@ open_error_t vxlan_set_mode(switch_model &model, vxlan_mode mode);
 /* OPEN_E_PARAM: outside 1..65535. */
 open_error_t vxlan_set_udp_port(switch_model &model, uint32_t port);
 
-/* Whether an interface can be the source interface: OPEN_E_PARAM for a number outside every range,
- * OPEN_E_UNAVAIL for the CPU interface. */
-open_error_t vxlan_source_check(const switch_model &model, uint32_t interface);
-/* 0 sets none; otherwise the results of that check. */
+/* 0 sets none; otherwise answers as interface_addressable_check(). */
 open_error_t vxlan_set_source_interface(switch_model &model, uint32_t interface);
 /* Whether it is the source interface, which cannot be removed. */
 bool vxlan_uses_interface(const switch_model &model, uint32_t interface);

@@ -77,6 +77,18 @@ static void sync_directory_of(const std::string &path) {
   if (opened.fd >= 0) fsync(opened.fd);
 }
 
+bool remove_file(const std::string &path, std::string *error) {
+  if (unlink(path.c_str()) != 0) return errno == ENOENT || failed(path, error);
+  sync_directory_of(path);
+  return true;
+}
+
+file_stamp stamp_of(const std::string &path) {
+  struct stat found;
+  if (stat(path.c_str(), &found) != 0) return {};
+  return {found.st_ino, found.st_size, found.st_ctim.tv_sec, found.st_ctim.tv_nsec};
+}
+
 bool move_into_place(const std::string &new_file, const std::string &path, std::string *error) {
   if (rename(new_file.c_str(), path.c_str()) != 0) return failed(path, error);
   sync_directory_of(path);
@@ -100,7 +112,9 @@ bool make_private_folder(const std::string &path, std::string *error) {
   struct stat parent;
   bool given = geteuid() != 0 || (stat(directory_of(path).c_str(), &parent) == 0 &&
                                   fchown(folder.fd, parent.st_uid, parent.st_gid) == 0);
-  return given || failed(path, error);
+  if (!given) return failed(path, error);
+  sync_directory_of(path);
+  return true;
 }
 
 } // namespace softswitch

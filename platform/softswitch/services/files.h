@@ -4,6 +4,7 @@
 #define KESTREL_SOFTSWITCH_FILES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -39,6 +40,20 @@ bool move_into_place(const std::string &new_file, const std::string &path, std::
 /* Makes a folder (mode 700) for the owner of the directory that it is in, when it is missing. False with the
  * reason when it cannot be made or something else has its name. */
 bool make_private_folder(const std::string &path, std::string *error);
+
+/* Removes a file and syncs the directory. That there is none is no failure; false with the reason for any
+ * other. */
+bool remove_file(const std::string &path, std::string *error);
+
+/* What tells a file from what had its name before, and from itself after it was written to. */
+struct file_stamp {
+  bool operator==(const file_stamp &) const = default;
+
+  uint64_t inode = 0; /* all zero where there is no file */
+  int64_t size = 0;
+  int64_t seconds = 0, nanoseconds = 0; /* of the last change */
+};
+file_stamp stamp_of(const std::string &path);
 
 /* What root makes for a switch that runs as another user must be that user's: gives an open file to the owner
  * of the directory it is in. Does nothing for other users. As that owner may have put a link to somebody

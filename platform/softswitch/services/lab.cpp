@@ -191,6 +191,12 @@ static lab_outcome change_ready(const command_row &row, const arguments &given) 
   return done();
 }
 
+static lab_outcome change_ssh_sessions(const command_row &row, const arguments &given) {
+  unsigned sessions;
+  if (!number_from_text(given[0], UINT32_MAX, &sessions)) return misused(row);
+  return set_ssh_sessions(sessions) ? done() : refused("more sessions than there can be");
+}
+
 static lab_outcome change_limit(const command_row &row, const arguments &given) {
   unsigned value;
   if (!number_from_text(given[1], UINT32_MAX, &value)) return misused(row);
@@ -219,9 +225,21 @@ static lab_outcome save(const command_row &, const arguments &) {
   return save_startup_config(&error) ? done() : refused(error);
 }
 
-static lab_outcome reload_startup(const command_row &, const arguments &) {
+static lab_outcome reload_with(uint32_t mode) {
   std::string error;
-  return reload(&error) ? done() : refused(error);
+  return reload(&error, mode) ? done() : refused(error);
+}
+
+static lab_outcome reload_startup(const command_row &, const arguments &) {
+  return reload_with(OPEN_RELOAD);
+}
+
+static lab_outcome reload_warm(const command_row &, const arguments &) {
+  return reload_with(OPEN_RELOAD_WARM);
+}
+
+static lab_outcome reload_factory(const command_row &, const arguments &) {
+  return reload_with(OPEN_RELOAD_FACTORY);
 }
 
 /* A command of two words stands before the one that its first word alone is. */
@@ -249,12 +267,15 @@ static const command_row commands[] = {
     {"lease", "INTERFACE PREFIX|none", 2, 2,
      "offer an address to an interface that obtains its own, or withdraw what is offered", change_lease},
     {"ready", "yes|no", 1, 1, "whether the switch says that it has come up", change_ready},
+    {"ssh-sessions", "NUMBER", 1, 1, "how many SSH sessions are open", change_ssh_sessions},
     {"limit", "NAME VALUE", 2, 2, "lower a limit of the switch, to see its table full", change_limit},
     {"log", "LEVEL", 1, 1, "lines this severe go to the console: emergency ... debug, or 0 to 7", change_log},
     {"show running-config", "", 0, 0, "print the running configuration", show_running_config},
     {"show images", "", 0, 0, "list the software images: name, size, SHA-256, when and from where fetched",
      show_images},
     {"save", "", 0, 0, "make the running configuration the startup configuration", save},
+    {"reload warm", "", 0, 0, "hand the running configuration to the data plane anew", reload_warm},
+    {"reload factory", "", 0, 0, "return to factory state, removing all configurations", reload_factory},
     {"reload", "", 0, 0, "return to the startup configuration", reload_startup},
 };
 

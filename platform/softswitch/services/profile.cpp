@@ -2,6 +2,7 @@
  * new member is a row in one of them, and a reading function where its kind is new. */
 #include "platform/softswitch/services/profile.h"
 
+#include "platform/softswitch/model/inet_address.h"
 #include "platform/softswitch/model/mac_address.h"
 #include "platform/softswitch/services/files.h"
 #include "platform/softswitch/services/json_lines.h"
@@ -102,6 +103,18 @@ static bool read_mac(profile_reader &reader, const profile_value &value, std::st
   return true;
 }
 
+static bool read_network_mask(profile_reader &reader, const profile_value &value, uint32_t *target) {
+  std::string text;
+  open_inet_addr_t mask;
+  uint32_t length;
+  if (!read_text(reader, value, &text)) return false;
+  bool good = inet_address_read(text, &mask) && mask.family == OPEN_AF_INET &&
+              ipv4_mask_length(mask.addr.ipv4, &length) && length > 0;
+  if (!good) return mistake(reader, value.path, "must be a network mask like \"255.255.255.0\"");
+  *target = mask.addr.ipv4;
+  return true;
+}
+
 /* "0/" and a number without leading zeros: other units' numbers are LAGs and other interfaces without a
  * cable. */
 static bool read_port_name(profile_reader &reader, const profile_value &value, std::string *target) {
@@ -189,6 +202,7 @@ static const member_row<chassis_profile> chassis_members[] = {
     {"description", read_field<&chassis_profile::description, read_text>},
     {"os_version", read_field<&chassis_profile::os_version, read_text>},
     {"storage", read_field<&chassis_profile::storage, read_text>},
+    {"service_port_mask", read_field<&chassis_profile::service_port_mask, read_network_mask>},
     {"ports", read_field<&chassis_profile::ports, read_ports>},
 };
 

@@ -23,7 +23,8 @@ struct chassis_profile {
   std::string description;
   std::string os_version;
   std::string storage;
-  std::vector<port_profile> ports; /* ports 1..54 at most, in order of interface number */
+  uint32_t service_port_mask = 0xffffff00; /* network mask of the service port, in host byte order */
+  std::vector<port_profile> ports;         /* ports 1..54 at most, in order of interface number */
 };
 
 /* 48 x 10G "0/1".."0/48" and 6 x 40G "0/49".."0/54", all cages, all cabled. */

@@ -204,7 +204,7 @@ TEST(Language, NearMissesNameTheirReason) {
       {"VLAN 10", OPEN_E_PARAM, "unknown command \"VLAN\""},
       {"\"vlan\" 10", OPEN_E_PARAM, "unknown command \"vlan\""},
       {"vlan", OPEN_E_PARAM, "the line ends too early: <vlan-list> is missing"},
-      {"no", OPEN_E_PARAM, "the line ends too early: vlan is missing"},
+      {"no", OPEN_E_PARAM, "the line ends too early: hostname is missing"},
       {"no no vlan 10", OPEN_E_PARAM, "\"no\" is not expected here"},
       {"vlan 0", OPEN_E_PARAM, "VLAN id out of range 1..4094"},
       {"vlan 4095", OPEN_E_PARAM, "VLAN id out of range 1..4094"},

@@ -124,6 +124,7 @@ TEST_F(Lab, HelpListsEveryCommand) {
       "lease INTERFACE PREFIX|none               offer an address to an interface that obtains its own, or "
       "withdraw what is offered\n"
       "ready yes|no                              whether the switch says that it has come up\n"
+      "ssh-sessions NUMBER                       how many SSH sessions are open\n"
       "limit NAME VALUE                          lower a limit of the switch, to see its table full\n"
       "log LEVEL                                 lines this severe go to the console: emergency ... debug, "
       "or 0 to 7\n"
@@ -131,14 +132,18 @@ TEST_F(Lab, HelpListsEveryCommand) {
       "show images                               list the software images: name, size, SHA-256, when and "
       "from where fetched\n"
       "save                                      make the running configuration the startup configuration\n"
+      "reload warm                               hand the running configuration to the data plane anew\n"
+      "reload factory                            return to factory state, removing all configurations\n"
       "reload                                    return to the startup configuration\n"
       "ok\n");
 }
 
 TEST_F(Lab, CommandsAreCarriedOut) {
-  for (const char *line : {"hold", "release", "wait", "wait 0", "wait 600000", "fault list", "fault clear",
-                           "cable out 0/1", "cable in 0/1", "ready no", "ready yes", "limit vlans 2", "log 7",
-                           "log warning", "save", "reload", "  hold  ", "release\t\r", "wait 5000"})
+  for (const char *line :
+       {"hold",           "release",        "wait",         "wait 0",      "wait 600000", "fault list",
+        "fault clear",    "cable out 0/1",  "cable in 0/1", "ready no",    "ready yes",   "limit vlans 2",
+        "log 7",          "log warning",    "save",         "reload",      "reload warm", "reload factory",
+        "ssh-sessions 0", "ssh-sessions 5", "  hold  ",     "release\t\r", "wait 5000"})
     EXPECT_EQ(lab_command(line), "ok\n") << line;
 }
 
@@ -201,6 +206,11 @@ TEST_F(Lab, WrongLinesAreRefusedWithTheirUsage) {
       {"log 8", "error: usage: log LEVEL\n"},
       {"save me", "error: usage: save\n"},
       {"reload now", "error: usage: reload\n"},
+      {"reload warm up", "error: usage: reload warm\n"},
+      {"reload factory now", "error: usage: reload factory\n"},
+      {"ssh-sessions", "error: usage: ssh-sessions NUMBER\n"},
+      {"ssh-sessions x", "error: usage: ssh-sessions NUMBER\n"},
+      {"ssh-sessions 6", "error: more sessions than there can be\n"},
       {"show running-config x", "error: usage: show running-config\n"},
       {"", "error: no such command; \"help\" lists them\n"},
       {"   ", "error: no such command; \"help\" lists them\n"},

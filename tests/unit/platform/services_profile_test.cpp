@@ -92,6 +92,20 @@ TEST(Profile, GoodTextsAreTaken) {
   }
 }
 
+TEST(Profile, ServicePortHasAnyNetworkMask) {
+  EXPECT_EQ(built_in_profile().service_port_mask, 0xffffff00);
+  const std::pair<const char *, uint32_t> rows[] = {
+      {"128.0.0.0", 0x80000000}, {"255.255.252.0", 0xfffffc00}, {"255.255.255.255", 0xffffffff}};
+  for (const auto &[text, mask] : rows) {
+    chassis_profile profile;
+    std::string error;
+    ASSERT_TRUE(
+        parse_profile(std::string("{\"service_port_mask\": \"") + text + "\"}", "p", &profile, &error))
+        << error;
+    EXPECT_EQ(profile.service_port_mask, mask) << text;
+  }
+}
+
 struct bad_profile {
   std::string text;
   std::string error;
@@ -108,6 +122,7 @@ void expect_refused(const bad_profile &row) {
 TEST(Profile, WrongValuesAreRefusedWithTheirLineAndChangeNothing) {
   const std::string text_rule = " must be a text of 1 to 255 bytes without control characters";
   const std::string mac_rule = " must be a station's MAC address like \"02:00:5E:10:00:01\"";
+  const std::string mask_rule = " must be a network mask like \"255.255.255.0\"";
   const std::string name_rule = " must be \"0/1\" to \"0/999\"";
   const std::string speed_rule = " must be 100, 1000, 10000 or 40000";
   const bad_profile table[] = {
@@ -129,6 +144,11 @@ TEST(Profile, WrongValuesAreRefusedWithTheirLineAndChangeNothing) {
       {"{\"description\": \"" + std::string(256, 'x') + "\"}", "p:1: description" + text_rule},
       {"{\"os_version\": true}", "p:1: os_version" + text_rule},
       {"{\"storage\": {}}", "p:1: storage" + text_rule},
+      {"{\"service_port_mask\": 24}", "p:1: service_port_mask" + text_rule},
+      {"{\"service_port_mask\": \"0.0.0.0\"}", "p:1: service_port_mask" + mask_rule},
+      {"{\"service_port_mask\": \"255.0.255.0\"}", "p:1: service_port_mask" + mask_rule},
+      {"{\"service_port_mask\": \"255.255.255\"}", "p:1: service_port_mask" + mask_rule},
+      {"{\"service_port_mask\": \"ffff::\"}", "p:1: service_port_mask" + mask_rule},
       {"{\"mac\": 2}", "p:1: mac" + text_rule},
       {"{\"mac\": \"02:00:5E:10:00\"}", "p:1: mac" + mac_rule},
       {"{\"mac\": \"02:00:5E:10:00:0g\"}", "p:1: mac" + mac_rule},
