@@ -112,7 +112,9 @@ bool make_private_folder(const std::string &path, std::string *error) {
   struct stat parent;
   bool given = geteuid() != 0 || (stat(directory_of(path).c_str(), &parent) == 0 &&
                                   fchown(folder.fd, parent.st_uid, parent.st_gid) == 0);
-  return given || failed(path, error);
+  if (!given) return failed(path, error);
+  sync_directory_of(path);
+  return true;
 }
 
 } // namespace softswitch

@@ -78,8 +78,7 @@ bool stored_install(const std::string &state_dir, std::string_view name, const s
   if (kind != stored_kind::configuration && !make_private_folder(folder_of(state_dir, kind), error))
     return false;
   /* No image stands beside the description of another one, also not after a crash. */
-  if (kind == stored_kind::image && unlink((path + ".info").c_str()) != 0 && errno != ENOENT)
-    return failed(path + ".info", error);
+  if (kind == stored_kind::image && !remove_file(path + ".info", error)) return false;
   return move_into_place(new_file, path, error);
 }
 
@@ -173,12 +172,12 @@ static void empty_folder(const std::string &path, std::string *error) {
 
 bool stored_files_remove(const std::string &state_dir, std::string *error) {
   error->clear();
-  for (const char *name : {"startup-config", "backup-config"}) {
-    std::string path = stored_path(state_dir, name);
-    if (unlink(path.c_str()) != 0 && errno != ENOENT && error->empty()) failed(path, error);
-  }
   empty_folder(folder_of(state_dir, stored_kind::script), error);
   empty_folder(folder_of(state_dir, stored_kind::image), error);
+  for (const char *name : {"startup-config", "backup-config"}) {
+    std::string reason;
+    if (!remove_file(stored_path(state_dir, name), &reason) && error->empty()) *error = reason;
+  }
   return error->empty();
 }
 
