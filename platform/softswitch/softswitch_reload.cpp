@@ -109,7 +109,6 @@ bool reload(std::string *error, uint32_t mode) {
   }
   transfer_cancel();
   log_notice("reloading", *wanted);
-  transfer_cancel();
   if (!wanted->run(the_switch(), error)) return false;
   log_notice("reloaded", *wanted);
   return true;
