@@ -82,17 +82,22 @@ bool save_startup_config(std::string *error) {
 /* --- What is not saved ---------------------------------------------------------------------------------- */
 
 /* Whether the startup configuration gives another switch than this one. One that cannot be read or applied
- * gives none. */
-static bool startup_differs(const switch_model &model) {
+ * gives none. One that is known to be a print, as it is after saving, need not be applied, which lasts much
+ * longer than printing. */
+static bool startup_differs(const switch_model &model, bool *printed) {
   std::string text, reason;
   bool exists;
   if (!read_config_file(the_switch().settings.state_dir, "startup-config", &text, &exists, &reason))
     return true;
   std::string running = print_configuration(model);
-  if (text == running) return false;
+  if (text == running) *printed = true;
+  if (*printed) return text != running;
   switch_model reloaded = model;
   switch_reset(reloaded);
-  return !apply_text(reloaded, text, &reason) || print_configuration(reloaded) != running;
+  if (!apply_text(reloaded, text, &reason)) return true;
+  std::string given = print_configuration(reloaded);
+  *printed = given == text;
+  return given != running;
 }
 
 /* The file's stamp is taken before it is read, so that what replaces it in between is noticed later. */
@@ -101,13 +106,14 @@ bool configuration_unsaved() {
   file_stamp startup = stamp_of(startup_path());
   std::unique_lock lock(sw.lock);
   const switch_model model = sw.model;
-  bool known = sw.compared.known && sw.compared.change == model.change &&
-               sw.compared.limits == model.limits && sw.compared.startup == startup;
-  if (known) return sw.compared.unsaved;
+  bool startup_known =
+      sw.compared.known && sw.compared.limits == model.limits && sw.compared.startup == startup;
+  if (startup_known && sw.compared.change == model.change) return sw.compared.unsaved;
+  bool printed = startup_known && sw.compared.startup_printed;
   lock.unlock();
-  bool unsaved = startup_differs(model);
+  bool unsaved = startup_differs(model, &printed);
   lock.lock();
-  sw.compared = {true, model.change, model.limits, startup, unsaved};
+  sw.compared = {true, model.change, model.limits, startup, printed, unsaved};
   return unsaved;
 }
 

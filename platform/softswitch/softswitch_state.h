@@ -20,7 +20,8 @@ struct comparison {
   bool known = false;
   uint64_t change = 0; /* of the model */
   struct limits limits;
-  file_stamp startup; /* of the startup configuration */
+  file_stamp startup;           /* of the startup configuration */
+  bool startup_printed = false; /* that is word for word what the switch that it gives prints */
   bool unsaved = false;
 };
 
