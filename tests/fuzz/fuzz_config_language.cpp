@@ -1,6 +1,7 @@
-/* Fuzz target of the configuration language: any bytes as a configuration. Besides not crashing, three things
+/* Fuzz target of the configuration language: any bytes as a configuration. Besides not crashing, four things
  * must hold: a text is accepted as a whole exactly when each of its lines is; a line that is refused changes
- * nothing that shows; and what is printed gives the same when it is applied to a switch in factory state. */
+ * nothing that shows; what is printed gives the same when it is applied to a switch in factory state; and
+ * what is accepted passes the check of lines by which scripts are judged before. */
 #include "platform/softswitch/config/language.h"
 
 #include <stdint.h>
@@ -60,6 +61,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (!accepted) {
     model = factory();
     check(!apply_lines(model, text), "a text is refused only when one of its lines is", error);
+  } else {
+    check(check_lines(factory(), text).empty(), "lines that apply pass the check of lines",
+          std::string(text));
   }
   std::string printed = print_configuration(model);
 

@@ -183,7 +183,7 @@ static void note_progress(void *argument, uint64_t bytes, uint64_t total) {
   standing.total = total;
 }
 
-/* Moves the data. `size` is that of what has been moved. */
+/* Moves the data by the library. */
 static transfer_result move_data(transfer_service &service, transfer_context *context) {
   const transfer_job &job = service.job;
   const struct limits &limits = job.limits;

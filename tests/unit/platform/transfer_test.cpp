@@ -1,5 +1,6 @@
 /* Tests of transfers against servers made by hand: what is stored and sent, what comes of every way to fail,
  * what is said meanwhile, what logs show. */
+#include "platform/api/openapi_system.h"
 #include "platform/softswitch/services/transfer.h"
 #include "tests/unit/platform/transfer_test_support.h"
 
@@ -525,6 +526,32 @@ TEST_F(Transfer, DoesNotReloadAfterAFailure) {
   EXPECT_EQ(rpcclt_openapiTransferCompletedRebootSet(&handle), OPEN_E_NONE);
   EXPECT_EQ(running_config(), "vlan 20\n");
   EXPECT_EQ(logged("reload"), std::vector<std::string>());
+}
+
+TEST_F(Transfer, AReloadCancels) {
+  tiny_server server([](const tiny_connection &client) { client.wait_for_end(); });
+  ASSERT_EQ(download(server.url("/x"), "active"), OPEN_E_NONE);
+  std::string error;
+  EXPECT_TRUE(reload(&error)) << error;
+  EXPECT_EQ(end_of_download(), (ended_transfer{OPEN_TRANSFER_CANCELLED, "Cancelled."}));
+}
+
+TEST_F(Transfer, AFactoryResetRemovesWhatWasFetched) {
+  for (std::string target : {"startup-config", "backup-config", "a.scr", "active"})
+    EXPECT_EQ(fetched_content("vlan 10\n", target).code, uint32_t{OPEN_TRANSFER_DONE});
+  std::string error;
+  EXPECT_TRUE(reload(&error, OPEN_RELOAD_FACTORY)) << error;
+  for (std::string name : {"startup-config", "backup-config", "scripts", "images"})
+    EXPECT_FALSE(has(name)) << name;
+}
+
+TEST_F(Transfer, AStartupConfigurationThatComesMakesTheRunningOneUnsavedOrSaved) {
+  ASSERT_EQ(commit("vlan 10"), OPEN_E_NONE);
+  EXPECT_TRUE(configuration_unsaved());
+  EXPECT_EQ(fetched_content("vlan 10\n", "startup-config").code, uint32_t{OPEN_TRANSFER_DONE});
+  EXPECT_FALSE(configuration_unsaved());
+  EXPECT_EQ(fetched_content("vlan 11\n", "startup-config").code, uint32_t{OPEN_TRANSFER_DONE});
+  EXPECT_TRUE(configuration_unsaved());
 }
 
 } // namespace
