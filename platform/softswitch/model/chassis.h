@@ -6,6 +6,7 @@
 
 #include "platform/api/openapi_boxs.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>

@@ -1,6 +1,7 @@
 /* Lab control: plays the world outside the switch for tests and labs. Commands come in as lines on the Unix
  * socket `lab.sock` in the state directory (the tool kestrel-lab) or in process through
- * kestrel_lab_command(). */
+ * kestrel_lab_command(). They are split into words as lines of the configuration language are: a word with
+ * blanks stands in double quotes. */
 #ifndef KESTREL_SOFTSWITCH_LAB_H
 #define KESTREL_SOFTSWITCH_LAB_H
 
