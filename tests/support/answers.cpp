@@ -86,6 +86,17 @@ static std::string call_once(rest_handler_t handler, openapiClientHandle_t *clie
   return answer_body(request, format);
 }
 
+std::string checked_answer(rest_handler_t handler, openapiClientHandle_t *client_handle,
+                           const std::string &method, const std::string &uri, const std::string &query,
+                           const std::string &format) {
+  FakeRequest request(method, uri, with_format(query, format));
+  int returned = handler(client_handle, request.conn());
+  std::string answer = answer_body(request, format);
+  const char *success = format == "xml" ? "<result><rlt_code>0</rlt_code>" : "\"rlt_code\": 0,";
+  EXPECT_EQ(returned, answer.find(success) != std::string::npos ? 1 : 0) << method << " " << uri;
+  return answer;
+}
+
 Answers call_handler(rest_handler_t handler, openapiClientHandle_t *client_handle, const std::string &method,
                      const std::string &uri, const std::string &query) {
   Answers answers;

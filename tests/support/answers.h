@@ -39,6 +39,11 @@ std::string with_format(const std::string &query, const std::string &format);
  * what the engine sends, or when there is more than one answer. */
 std::string answer_body(const FakeRequest &request, const std::string &format);
 
+/* One request in one format, of which the handler must return 1 when it succeeds, else 0. Its answer. */
+std::string checked_answer(rest_handler_t handler, openapiClientHandle_t *client_handle,
+                           const std::string &method, const std::string &uri, const std::string &query,
+                           const std::string &format);
+
 /* Calls the handler once for each format, XML first, with a client handle of `client_handle`. */
 Answers call_handler(rest_handler_t handler, openapiClientHandle_t *client_handle, const std::string &method,
                      const std::string &uri, const std::string &query = "");

@@ -157,6 +157,7 @@ TEST_F(StartupcfgInfoTest, ValueIsTheFirstWordBehindTheKey) {
       {"cfg_time:" + std::string(23, 'c') + "\n", std::string(23, 'c')},
       {"cfg_time:" + std::string(24, 'c') + "\n", std::string(23, 'c')},
       {"cfg_time:" + std::string(246, 'c') + "\n", std::string(23, 'c')},
+      {"cfg_time:" + std::string(243, ' ') + "c\n", "c"},
   };
   for (const auto &row : rows) {
     record("old", "older");
@@ -192,6 +193,8 @@ TEST_F(StartupcfgInfoTest, TimeWhoseKeyIsAbsentStays) {
       {":cfg_time:c\n:cfg_update:u\n", "old", "older"},
       {"#cfg_time:c\nkey:cfg_update:u\n", "old", "older"},
       {"cfg_time\n:c\n", "old", "older"},
+      {"cfg_time", "old", "older"},
+      {"cfg_update", "old", "older"},
   };
   for (const auto &row : rows) {
     record("old", "older");
@@ -366,6 +369,7 @@ TEST_F(StartupcfgInfoTest, AppendedKeysStandInLinesOfTheirOwn) {
   record("c", "u");
   const std::string long_line(300, 'x');
   EXPECT_EQ(rewritten("a:1"), "a:1\ncfg_time:c\ncfg_update:u\n");
+  EXPECT_EQ(rewritten("cfg_time"), "cfg_time\ncfg_time:c\ncfg_update:u\n");
   EXPECT_EQ(rewritten(long_line), long_line + "\ncfg_time:c\ncfg_update:u\n");
   EXPECT_EQ(rewritten("cfg_time:c"), "cfg_time:c\ncfg_update:u\n");
   EXPECT_EQ(rewritten("cfg_update:c"), "cfg_update:c\ncfg_time:c\n");

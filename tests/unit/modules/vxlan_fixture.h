@@ -167,12 +167,7 @@ protected:
   /* One request of which the operation returns 1 when it succeeds, else 0. Its answer. */
   std::string once(const std::string &method, const std::string &uri, const std::string &query = "",
                    const std::string &format = "xml") const {
-    FakeRequest request(method, uri, with_format(query, format));
-    int returned = vxlan_api_handler(handle, request.conn());
-    std::string answer = answer_body(request, format);
-    const char *success = format == "xml" ? "<result><rlt_code>0</rlt_code>" : "\"rlt_code\": 0,";
-    EXPECT_EQ(returned, answer.find(success) != std::string::npos ? 1 : 0) << method << " " << uri;
-    return answer;
+    return checked_answer(vxlan_api_handler, handle, method, uri, query, format);
   }
   /* The request succeeds and says this. */
   void expect_done(const std::string &method, const std::string &uri, const std::string &query,
