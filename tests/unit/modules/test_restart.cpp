@@ -2,7 +2,10 @@
  * this program anew), which ends without any farewell. */
 #include "engine/rest_engine_session_hdr.h"
 #include "modules/rest_module_bgp.h"
+#include "modules/rest_module_logging.h"
 #include "modules/rest_module_routing.h"
+#include "modules/rest_module_ssh.h"
+#include "modules/rest_module_system.h"
 #include "tests/support/temporary_dir.h"
 #include "tests/unit/modules/interface_fixture.h"
 #include "tests/unit/modules/lag_fixture.h"
@@ -50,6 +53,9 @@ protected:
     if (uri.compare(0, 8, "/routing") == 0) return routing_api_handler;
     if (uri.compare(0, 4, "/bgp") == 0) return bgp_api_handler;
     if (uri.compare(0, 6, "/vxlan") == 0) return vxlan_api_handler;
+    if (uri.compare(0, 7, "/system") == 0) return system_api_handler;
+    if (uri.compare(0, 8, "/logging") == 0) return logging_api_handler;
+    if (uri.compare(0, 4, "/ssh") == 0) return ssh_api_handler;
     return uri.compare(0, 4, "/pml") == 0 ? pml_api_handler : vlan_api_handler;
   }
   static std::string status_file() { return read_file(std::string(getenv(VARIABLE)) + "/sessions"); }
@@ -167,6 +173,23 @@ static const struct {
     {"PUT", "/bgp/ipv6/neighbor/fe80::1/scope/3/updateSource", "type=2&value=120"},
     {"POST", "/bgp/ipv4/redistribution/ospf", "metric=10&routeMap=blue&matchExt2=1&matchInternal=1"},
     {"POST", "/bgp/ipv6/redistribution/static", ""},
+    {"PUT", "/system/hostname", "value=leaf-7"},
+    {"PUT", "/system/serialTimeout", "value=30"},
+    {"PUT", "/system/telnetServerAdminMode", "value=1"},
+    {"POST", "/logging/hosts/10.0.0.1", ""},
+    {"POST", "/logging/hosts/10.0.0.2", ""},
+    {"POST", "/logging/hosts/2001:db8::1", ""},
+    {"PUT", "/logging/hosts/10.0.0.1/port", "value=1514"},
+    {"PUT", "/logging/hosts/2001:db8::1/severityLevel", "value=7"},
+    {"DELETE", "/logging/hosts/10.0.0.2", ""},
+    {"PUT", "/logging/cli/mode", "value=1"},
+    {"PUT", "/logging/console/mode", "value=0"},
+    {"PUT", "/logging/console/severityLevel", "value=5"},
+    {"PUT", "/logging/syslog/port", "value=65535"},
+    {"PUT", "/ssh/adminMode", "value=1"},
+    {"PUT", "/ssh/maxSessions", "value=0"},
+    {"PUT", "/ssh/protoVersion", "value=3"},
+    {"PUT", "/ssh/timeout", "value=160"},
 };
 
 /* What the switch answers about everything that was changed. */
@@ -199,7 +222,13 @@ static std::string all_answers(std::string (*serve)(const char *, const std::str
                           "/routing/vlanRtrIf/1",
                           "/bgp",
                           "/bgp/ipv4/neighbor/10.0.0.2",
-                          "/bgp/ipv6/neighbor/fe80::1/scope/3"})
+                          "/bgp/ipv6/neighbor/fe80::1/scope/3",
+                          "/system",
+                          "/logging",
+                          "/logging/hosts",
+                          "/logging/hosts/10.0.0.1",
+                          "/logging/hosts/2001:db8::1",
+                          "/ssh"})
     answers += serve("GET", uri, "");
   return answers;
 }
