@@ -518,6 +518,23 @@ class Transfers(SystemTest):
             self.check_faults("/download/startupCfgInfo", "SystemUnsavedConfigStatusGet")
         self.each_way(scene)
 
+    def test_what_the_platform_says_of_a_script_that_is_to_be_applied(self):
+        def scene():
+            variables = (URL, "scr=a.scr", "act=y")
+            for code, outcome in (("OPEN_E_ERROR", FAILED), ("OPEN_E_UNAVAIL", REFUSED), ("OPEN_E_FAIL", FAILED),
+                                  ("OPEN_E_INTERNAL", INTERNAL), ("OPEN_E_FULL", REFUSED)):
+                self.fault(call_of("/download/script"), code)
+                self.check("POST", "/download/script", outcome, variables=variables)
+            for function in ("InProgressGet", "ResultCodeGet"):
+                self.fault(f"rpcclt_openapiTransfer{function}", "OPEN_E_INTERNAL")
+                self.check("POST", "/download/script", INTERNAL, variables=variables)
+                eventually(self.is_idle, "the transfer has failed")
+            self.check("POST", "/download/script", NOT_STARTED, {}, variables)  # nobody listens there
+        self.each_way(scene)
+
+    def is_idle(self):
+        return "Failed: " in self.session_in_use.ask("GET", "/download/status").text()
+
 
 if __name__ == "__main__":
     harness.main()

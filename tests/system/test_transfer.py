@@ -557,7 +557,6 @@ class OneAtATime(TransferTest):
         for uri, variables in (("/download/image", {"img": "backup", "auto": "y"}),
                                ("/download/config", {"cfg": 2, "auto": "n"}),
                                ("/download/script", {"scr": "a.scr", "act": "n"}),
-                               ("/download/script", {"scr": "a.scr", "act": "y"}),
                                ("/upload/config", {"cfg": 3, "sn": 1})):
             self.refuse(BUSY, uri, url=self.servers["http"].url("x"), **variables)
         self.assertEqual(self.status(), ("Receiving: 5 of 10 bytes.", "50"))
