@@ -5,7 +5,7 @@ import re
 import socket
 
 import harness
-from harness import eventually
+from harness import DaemonTest, eventually
 from scenes import FlowTest
 from system import (RELOADING, box_list, counts, fan, logging_host, logging_hosts, sensor, startup_info, supply,
                     system, transceiver)
@@ -228,6 +228,53 @@ class Syslog(ManagementTest):
             self.skipTest("this machine has no IPv6 loopback")
         self.switch_syslog(1)
         self.hear(receiver, "leaf1", self.say("leaf1"))
+
+
+class Profiles(DaemonTest):
+    """What the profile says of the chassis, and mistakes in it, which refuse the start."""
+
+    PORTS = '"ports": [{"name": "0/1"}, {"name": "0/2", "copper": true}]'
+
+    def test_a_profile(self):
+        daemon = self.new_daemon()
+        daemon.use_profile("{" + self.PORTS + """,
+            "fans": [{"type": "fixed", "state": "failed"}, {"speed": 900, "duty_cycle": 10}],
+            "power_supplies": [{"state": "not-powered"}],
+            "temperature_sensors": [{"description": "Case", "temperature": 71}],
+            "transceivers": [{"port": "0/1", "module_type": "SFP", "vendor_name": "A maker"}]}""")
+        session = self.session(daemon.start())
+        for uri, data in (
+                ("", counts(1, 2, 1)),
+                ("/fans", box_list("fans", "fan", fan("Failed", "Fixed"), fan("Operational", "Removable", 900, 10))),
+                ("/powSupplies", box_list("power_supplies", "power_supply", supply("Not powered", "Removable"))),
+                ("/tempSensors", box_list("temp_sensors", "temp_sensor", sensor("Warning", 71, "Case"))),
+                ("/sfp", box_list("sfp_transceivers", "sfp",
+                                  transceiver(1, "SFP", "A maker", "", 0, 0, "", "", 0, "")))):
+            self.assert_answers(session.ask("GET", f"/boxs{uri}"), GOT, data)
+
+    def test_mistakes_refuse_the_start(self):
+        for member in ('"fans": {}', '"fans": [{"state": "broken"}]', '"fans": [{"speed": -1}]',
+                       '"fans": [{"colour": "red"}]', '"power_supplies": [{"type": 1.5}]',
+                       '"temperature_sensors": [{"description": "x", "warning": 90, "critical": 80}]',
+                       '"transceivers": [{"port": "0/2"}]', '"transceivers": [{"port": "0/9"}]',
+                       '"transceivers": [{"port": "0/1"}, {"port": "0/1"}]', '"fans": [], "fans": []'):
+            with self.subTest(member):
+                daemon = self.new_daemon()
+                daemon.use_profile("{" + self.PORTS + ", " + member + "}")
+                daemon.expect_log("profile|Failed to initiali")
+                daemon.launch()
+                self.assertEqual(daemon.wait_for_exit(), 2)
+                self.assertRegex(daemon.stderr(), r"profile\.json:\d+: \S")
+
+    def test_what_lab_control_changed_is_gone_after_a_restart(self):
+        daemon = self.start_daemon()
+        daemon.lab("fan", "1", "state", "failed")
+        daemon.lab("transceiver", "out", "0/1")
+        before = daemon.lab("chassis")
+        daemon.lab("reload")
+        self.assertEqual(daemon.lab("chassis"), before)  # it is no configuration
+        daemon.restart()
+        self.assertIn("fan 1 type removable state operational", daemon.lab("chassis"))
 
 
 if __name__ == "__main__":
