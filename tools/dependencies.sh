@@ -2,7 +2,8 @@
 
 packages_to_run="g++ cmake ninja-build pkg-config libssl-dev libjson-c-dev libcrypt-dev libcurl4-openssl-dev libarchive-dev
   ca-certificates openssl curl"
-packages_to_test="$packages_to_run libgtest-dev clang-14 libclang-rt-14-dev python3 binutils procps"
+packages_to_test="$packages_to_run libgtest-dev clang-14 libclang-rt-14-dev python3 binutils procps
+  apache2-bin openssh-client python3-asyncssh python3-pyftpdlib" # servers that are programs only: none of them is a service
 
 say() { printf '%s\n' "$*"; }
 

@@ -59,6 +59,9 @@ CASES = [
     Case("GET /vxlan/1/tenant, 1024 tenants, JSON", "/vxlan/1/tenant?format=json&sessionkey={key}", slow=True,
          connections=(1, 100)),
     Case("GET /vxlan/1/unicastGroup, 128 VTEPs", "/vxlan/1/unicastGroup?sessionkey={key}"),
+    Case("GET /boxs/sfp, 8 transceivers", "/boxs/sfp?sessionkey={key}"),
+    Case("GET /process/cpu", "/process/cpu?sessionkey={key}", slow=True, connections=(1, 100)),
+    Case("GET /logging", "/logging?sessionkey={key}"),
     Case("unauthorised", "/login?sessionkey=0123456789abcdef0123456789abcdef"),
     Case("GET /login, new connections", "/login?sessionkey={key}", close=True),
 ]

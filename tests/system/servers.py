@@ -214,7 +214,7 @@ def known_host(port):
 class CrookedServer:
     """An HTTP server whose answers are those of a test: talk(connection) is called in a thread of its own
     for each request, whose head has been read, and the connection ends when it returns. With tls it has a
-    certificate of the authority; closing it ends all connections."""
+    certificate of the authority."""
 
     def __init__(self, talk, tls=False):
         self.talk = talk
@@ -226,8 +226,7 @@ class CrookedServer:
         self.closing = threading.Event()
         self.socket = socket.create_server(("127.0.0.1", 0))
         self.port = self.socket.getsockname()[1]
-        self.threads = [threading.Thread(target=self.accept)]
-        self.threads[0].start()
+        threading.Thread(target=self.accept, daemon=True).start()
 
     def accept(self):
         while True:
@@ -235,9 +234,7 @@ class CrookedServer:
                 connection = self.socket.accept()[0]
             except OSError:
                 return
-            thread = threading.Thread(target=self.answer, args=(connection,))
-            self.threads.append(thread)
-            thread.start()
+            threading.Thread(target=self.answer, args=(connection,), daemon=True).start()
 
     def answer(self, connection):
         with contextlib.suppress(OSError), connection:
@@ -253,9 +250,9 @@ class CrookedServer:
                 self.requests.append(head)
                 self.talk(connection)
 
-    def wait(self):
-        """For talk(): until the test is over."""
-        self.closing.wait()
+    def wait(self, seconds=None):
+        """For talk(): until the test is over, or so long. Says whether it is."""
+        return self.closing.wait(seconds)
 
     def url(self, name="file", who=""):
         return f"http{'s' if self.context else ''}://{who}127.0.0.1:{self.port}/{name}"
@@ -264,8 +261,6 @@ class CrookedServer:
         self.closing.set()
         self.socket.shutdown(socket.SHUT_RDWR)
         self.socket.close()
-        for thread in self.threads:
-            thread.join()
 
 
 def response(status, body=b"", *headers, length=None):

@@ -93,7 +93,7 @@ class Traffic(Layer2Test):
 
 
 class Restart(Layer2Test):
-    def test_everything_that_was_set_is_there_again(self):
+    def set_up_layer2(self):
         for vid in (10, 20, 30):
             self.ask("POST", f"/vlans/{vid}")
         settings = {
@@ -112,6 +112,9 @@ class Restart(Layer2Test):
             self.ask("POST", f"/lag/1/port/{port}")
         self.ask("POST", "/pml/if/7/vlan/10/sticky/1/mac", "value=02:00:00:00:00:01")
         self.ask("POST", "/pml/if/56/vlan/20/sticky/0/mac", "value=02:00:00:00:00:02")
+
+    def test_everything_that_was_set_is_there_again(self):
+        self.set_up_layer2()
         before = self.assert_restarts_keep_everything()
         self.daemon.lab("save")
         self.ask("DELETE", "/vlans/20")

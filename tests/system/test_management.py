@@ -5,7 +5,7 @@ import re
 import socket
 
 import harness
-from harness import eventually
+from harness import DaemonTest, eventually
 from scenes import FlowTest
 from system import (RELOADING, box_list, counts, fan, logging_host, logging_hosts, sensor, startup_info, supply,
                     system, transceiver)
@@ -94,10 +94,11 @@ class Reload(ManagementTest):
 
 class NotReady(ManagementTest):
     def test_the_switch_is_not_ready_while_it_reloads(self):
-        self.daemon.lab("limit", "reload-milliseconds", "3000")
-        self.reload(2)
-        eventually(lambda: not self.is_ready(), "the switch reloads")
-        self.daemon.kill()  # nobody waits for it
+        def is_seen():
+            self.reload(2)
+            return not self.is_ready()
+        eventually(is_seen, "the switch reloads")
+        eventually(self.is_ready, "the switch is ready again")
 
 
 class SyslogReceiver:
@@ -141,13 +142,17 @@ class Syslog(ManagementTest):
     def say(self, hostname):
         """Sets the host name, which leaves a warning in the log; returns its text."""
         self.ask("PUT", "/system/hostname", f"value={hostname}")
-        return self.daemon.audit_lines()[-1]
+        return self.said()[-1]
+
+    def said(self):
+        """The texts that changes have left so far, as hosts get them."""
+        return [f"{harness.AUDIT} {text}" for text in self.daemon.audit_lines()]
 
     def hear(self, receiver, hostname, text):
         """Takes frames until the one with the text has come, all from the host name."""
         while True:
             severity, name, heard = receiver.frame()
-            if heard.removeprefix("\ufeff") == text:
+            if heard == text:
                 self.assertEqual((severity, name), (4, hostname))
                 return
 
@@ -157,7 +162,7 @@ class Syslog(ManagementTest):
         errors = self.receiver("127.0.0.1", "localhost", severity=3)
         self.switch_syslog(1)
         for receiver in (all_of_it, warnings):
-            self.hear(receiver, "kestrel", self.daemon.audit_lines()[-1])
+            self.hear(receiver, "kestrel", self.said()[-1])
         text = self.say("leaf1")
         for receiver in (all_of_it, warnings):
             self.hear(receiver, "leaf1", text)
@@ -165,19 +170,19 @@ class Syslog(ManagementTest):
         text = self.say("leaf2")
         for receiver in (all_of_it, warnings):
             self.hear(receiver, "leaf2", text)
-        self.assertIn(errors.frame()[2].removeprefix("\ufeff"), self.daemon.audit_lines()[-2:])  # nothing before
+        self.assertIn(errors.frame()[2], self.said()[-2:])  # nothing before
 
     def test_mode_and_hosts_can_change_at_any_time(self):
         receiver = self.receiver("127.0.0.1")
         unheard = self.say("leaf1")  # the mode is off
         self.switch_syslog(1)
-        self.hear(receiver, "leaf1", self.daemon.audit_lines()[-1])
+        self.hear(receiver, "leaf1", self.said()[-1])
         self.switch_syslog(0)
         unheard_too = self.say("leaf2")
         self.switch_syslog(1)
         heard = []
-        while not heard or heard[-1] != self.daemon.audit_lines()[-1]:
-            heard.append(receiver.frame()[2].removeprefix("\ufeff"))
+        while not heard or heard[-1] != self.said()[-1]:
+            heard.append(receiver.frame()[2])
         self.assertNotIn(unheard, heard)
         self.assertNotIn(unheard_too, heard)
         moved = SyslogReceiver("127.0.0.1")
@@ -191,9 +196,10 @@ class Syslog(ManagementTest):
         moved.socket.setblocking(False)
         with contextlib.suppress(BlockingIOError):
             while True:
-                self.assertNotEqual(moved.frame()[2].removeprefix("\ufeff"), text)
+                self.assertNotEqual(moved.frame()[2], text)
 
     def test_hosts_that_do_not_answer_keep_nobody_waiting(self):
+        self.daemon.expect_log(r"nothing can be sent to the logging host a-name\.invalid")
         closed = SyslogReceiver("127.0.0.3")
         closed.socket.close()
         self.add_host("a-name.invalid", 514)
@@ -222,6 +228,53 @@ class Syslog(ManagementTest):
             self.skipTest("this machine has no IPv6 loopback")
         self.switch_syslog(1)
         self.hear(receiver, "leaf1", self.say("leaf1"))
+
+
+class Profiles(DaemonTest):
+    """What the profile says of the chassis, and mistakes in it, which refuse the start."""
+
+    PORTS = '"ports": [{"name": "0/1"}, {"name": "0/2", "copper": true}]'
+
+    def test_a_profile(self):
+        daemon = self.new_daemon()
+        daemon.use_profile("{" + self.PORTS + """,
+            "fans": [{"type": "fixed", "state": "failed"}, {"speed": 900, "duty_cycle": 10}],
+            "power_supplies": [{"state": "not-powered"}],
+            "temperature_sensors": [{"description": "Case", "temperature": 71}],
+            "transceivers": [{"port": "0/1", "module_type": "SFP", "vendor_name": "A maker"}]}""")
+        session = self.session(daemon.start())
+        for uri, data in (
+                ("", counts(1, 2, 1)),
+                ("/fans", box_list("fans", "fan", fan("Failed", "Fixed"), fan("Operational", "Removable", 900, 10))),
+                ("/powSupplies", box_list("power_supplies", "power_supply", supply("Not powered", "Removable"))),
+                ("/tempSensors", box_list("temp_sensors", "temp_sensor", sensor("Warning", 71, "Case"))),
+                ("/sfp", box_list("sfp_transceivers", "sfp",
+                                  transceiver(1, "SFP", "A maker", "", 0, 0, "", "", 0, "")))):
+            self.assert_answers(session.ask("GET", f"/boxs{uri}"), GOT, data)
+
+    def test_mistakes_refuse_the_start(self):
+        for member in ('"fans": {}', '"fans": [{"state": "broken"}]', '"fans": [{"speed": -1}]',
+                       '"fans": [{"colour": "red"}]', '"power_supplies": [{"type": 1.5}]',
+                       '"temperature_sensors": [{"description": "x", "warning": 90, "critical": 80}]',
+                       '"transceivers": [{"port": "0/2"}]', '"transceivers": [{"port": "0/9"}]',
+                       '"transceivers": [{"port": "0/1"}, {"port": "0/1"}]', '"fans": [], "fans": []'):
+            with self.subTest(member):
+                daemon = self.new_daemon()
+                daemon.use_profile("{" + self.PORTS + ", " + member + "}")
+                daemon.expect_log("profile|Failed to initiali")
+                daemon.launch()
+                self.assertEqual(daemon.wait_for_exit(), 2)
+                self.assertRegex(daemon.stderr(), r"profile\.json:\d+: \S")
+
+    def test_what_lab_control_changed_is_gone_after_a_restart(self):
+        daemon = self.start_daemon()
+        daemon.lab("fan", "1", "state", "failed")
+        daemon.lab("transceiver", "out", "0/1")
+        before = daemon.lab("chassis")
+        daemon.lab("reload")
+        self.assertEqual(daemon.lab("chassis"), before)  # it is no configuration
+        daemon.restart()
+        self.assertIn("fan 1 type removable state operational", daemon.lab("chassis"))
 
 
 if __name__ == "__main__":

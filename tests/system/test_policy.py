@@ -125,7 +125,7 @@ class Restart(PolicyTest):
     ATTRIBUTES = ("log=1", "assign_queue=7", "mirror_intf=40", "redirect_intf=57", "time_range=office",
                   "rate_limit=4294967295", "burst_size=128")
 
-    def test_everything_that_was_set_is_there_again(self):
+    def set_up_policies(self):
         self.ask("POST", "/vlans/10")
         for number, (kind, rules) in enumerate(self.RULES.items(), 1):
             for name in ("gone", "web", "b%C3%BC%22%5C'!"):
@@ -150,9 +150,9 @@ class Restart(PolicyTest):
         self.ask("DELETE", "/tcam/policy/2")
         for number, port in ((1, 3), (4, 3), (4, 56)):
             self.ask("POST", f"/tcam/policy/{number}/port/{port}")
-        self.check_restarts()
 
-    def check_restarts(self):
+    def test_everything_that_was_set_is_there_again(self):
+        self.set_up_policies()
         before = self.assert_restarts_keep_everything()
         self.daemon.lab("save")
         self.ask("DELETE", "/tcam/policy")

@@ -27,12 +27,14 @@ class SystemTest(UriTest):
 
     def check_faults(self, uri, *functions):
         """The first platform call that fails ends a request with its own result."""
+        codes = {"OPEN_E_TIMEOUT": INTERNAL, "OPEN_E_INTERNAL": INTERNAL, "OPEN_E_ERROR": FAILED,
+                 "OPEN_E_EXISTS": ALREADY_SET, "OPEN_E_NOT_FOUND": REFUSED}
+        for code, outcome in codes.items():
+            self.fault(f"rpcclt_openapi{functions[0]}", code)
+            self.check("GET", uri, outcome)
         for function in functions:
-            for code, outcome in (("OPEN_E_FAIL", FAILED), ("OPEN_E_ERROR", FAILED),
-                                  ("OPEN_E_TIMEOUT", INTERNAL), ("OPEN_E_INTERNAL", INTERNAL),
-                                  ("OPEN_E_EXISTS", ALREADY_SET), ("OPEN_E_NOT_FOUND", REFUSED)):
-                self.fault(f"rpcclt_openapi{function}", code)
-                self.check("GET", uri, outcome)
+            self.fault(f"rpcclt_openapi{function}", "OPEN_E_FAIL")
+            self.check("GET", uri, FAILED)
 
 
 class System(SystemTest):
@@ -296,6 +298,129 @@ class Logging(SystemTest):
         self.each_way(scene)
 
 
+BUILT_IN = [(1, "SFP+", "Sample Optics", "A1", 300, 33, "SO100001", "SO-10G-SR", 10300, "10GBASE-SR"),
+            (2, "SFP+", "Sample Optics", "A1", 300, 33, "SO100002", "SO-10G-SR", 10300, "10GBASE-SR"),
+            (3, "SFP+", "Sample Optics", "A1", 0, 0, "SO200001", "SO-10G-LR", 10300, "10GBASE-LR"),
+            (4, "SFP", "Sample Optics", "A3", 550, 275, "SO300001", "SO-1G-SX", 1300, "1000BASE-SX"),
+            (5, "Direct Attach Cable", "Sample Cables", "B2", 0, 0, "SC100001", "SC-10G-3M", 10300, "10GBASE-CR"),
+            (49, "QSFP", "Sample Optics", "A1", 100, 0, "SO400001", "SO-40G-SR4", 41200, "40GBASE-SR4"),
+            (50, "QSFP", "Sample Optics", "A2", 0, 0, "SO500001", "SO-40G-LR4", 41200, "40GBASE-LR4"),
+            (51, "Direct Attach Cable", "Sample Cables", "B1", 0, 0, "SC400001", "SC-40G-1M", 41200,
+             "40GBASE-CR4")]
+ITEM_STATES = (("none", "None"), ("not-present", "Not present"), ("operational", "Operational"), ("failed", "Failed"),
+               ("powering", "Powering"), ("not-powered", "Not powered"), ("not-powering", "Not powering"),
+               ("incompatible", "Incompatible"), ("8", "Unknown"), ("99", "Unknown"))
+ITEM_TYPES = (("none", "None"), ("fixed", "Fixed"), ("removable", "Removable"), ("3", "Unknown"))
+SENSOR_STATES = (("none", "Not applicable"), ("normal", "Normal"), ("warning", "Warning"), ("critical", "Critical"),
+                 ("shutdown", "Shutdown"), ("not-present", "Not present"), ("not-operational", "Not operational"),
+                 ("7", "Unknown"))
+
+
+class Chassis(SystemTest):
+    def fans(self, first, *others):
+        self.check("GET", "/boxs/fans", GOT, box_list("fans", "fan", first, *(others or [self.FAN] * 4)))
+
+    FAN = fan("Operational", "Removable", 7200, 45)
+    SUPPLY = supply("Operational", "Removable")
+    SENSORS = [sensor("Normal", 52, "Switch chip"), sensor("Normal", 44, "Processor"),
+               sensor("Normal", 24, "Air inlet"), sensor("Normal", 36, "Air outlet")]
+
+    def supplies(self, first):
+        self.check("GET", "/boxs/powSupplies", GOT,
+                   box_list("power_supplies", "power_supply", first, self.SUPPLY))
+
+    def sensors(self, first):
+        self.check("GET", "/boxs/tempSensors", GOT,
+                   box_list("temp_sensors", "temp_sensor", first, *self.SENSORS[1:]))
+
+    def transceivers(self, rows):
+        self.check("GET", "/boxs/sfp", GOT,
+                   box_list("sfp_transceivers", "sfp", *(transceiver(*row) for row in rows)))
+
+    def test_the_built_in_one(self):
+        def scene():
+            self.check("GET", "/boxs", GOT, counts(4, 5, 2))
+            self.fans(self.FAN)
+            self.supplies(self.SUPPLY)
+            self.sensors(self.SENSORS[0])
+            self.transceivers(BUILT_IN)
+        self.each_way(scene)
+
+    def test_states_and_types(self):
+        def scene():
+            for word, text in ITEM_STATES:
+                self.daemon.lab("fan", "1", "state", word)
+                self.fans(fan(text, "Removable", *((7200, 45) if word == "operational" else ())))
+                self.daemon.lab("power-supply", "1", "state", word)
+                self.supplies(supply(text, "Removable"))
+            for word, text in ITEM_TYPES:
+                self.daemon.lab("fan", "1", "state", "operational", "type", word, "speed", "100", "duty-cycle", "0")
+                self.fans(fan("Operational", text, 100, 0))
+                self.daemon.lab("power-supply", "1", "state", "operational", "type", word)
+                self.supplies(supply("Operational", text))
+            self.daemon.lab("fan", "1", "type", "removable", "speed", "7200", "duty-cycle", "45")
+            self.daemon.lab("power-supply", "1", "type", "removable")
+        self.each_way(scene)
+
+    def test_temperatures(self):
+        def scene():
+            name = "temperature-sensor"
+            for word, text in SENSOR_STATES:
+                self.daemon.lab(name, "1", "state", word)
+                self.sensors(sensor(text, 52, "Switch chip"))
+            self.daemon.lab(name, "1", "state", "auto")
+            for degrees, text in ((-100, "Normal"), (84, "Normal"), (85, "Warning"), (95, "Critical"),
+                                  (105, "Shutdown"), (300, "Shutdown")):
+                self.daemon.lab(name, "1", "temperature", str(degrees))
+                self.sensors(sensor(text, degrees, "Switch chip"))
+            self.daemon.lab(name, "1", "temperature", "52", "description", "x" * 64)
+            self.sensors(sensor("Normal", 52, "x" * 64))
+            self.daemon.lab(name, "1", "description", "Switch chip")
+        self.each_way(scene)
+
+    def test_transceivers_come_and_go(self):
+        def scene():
+            self.daemon.lab("transceiver", "out", "0/1")
+            self.transceivers(BUILT_IN[1:])
+            for word, text in (("none", "None"), ("SFP", "SFP"), ("SFP+", "SFP+"), ("QSFP", "QSFP"),
+                               ("direct-attach", "Direct Attach Cable"), ("10", "Unknown")):
+                self.daemon.lab("transceiver", "in", "0/20", "module-type", word, "vendor-name", "Another maker",
+                                "nominal-signal-rate", "25000")
+                row = (20, text, "Another maker", "", 0, 0, "", "", 25000, "")
+                self.transceivers([*BUILT_IN[1:5], row, *BUILT_IN[5:]])
+            self.daemon.lab("transceiver", "out", "0/20")
+            self.daemon.lab("transceiver", "in", "0/1")
+            self.transceivers(BUILT_IN)
+        self.each_way(scene)
+
+    def test_what_is_not_served(self):
+        def scene():
+            uris = ("/boxs", "/boxs/fans", "/boxs/powSupplies", "/boxs/tempSensors", "/boxs/sfp")
+            for method in ("POST", "PUT", "DELETE"):
+                self.check_refused(method, *uris)
+            self.check_refused("GET", *(f"{uri}/1" for uri in uris), *(f"{uri}/" for uri in uris), "/boxs/fan",
+                               "/boxs/fansx", "/boxs/Fans")
+        self.each_way(scene)
+
+    def test_platform_failures(self):
+        def scene():
+            self.check_faults("/boxs", *(f"BoxsNumOf{what}Get" for what in ("TempSensors", "Fans", "PowSupplies")))
+            self.check_faults("/boxs/fans", "BoxsNumOfFansGet", "BoxsFanStateGet", "BoxsFanTypeGet", "BoxsFanSpeedGet",
+                              "BoxsFanDutyCycleGet")
+            self.check_faults("/boxs/powSupplies", "BoxsNumOfPowSuppliesGet", "BoxsPowSupplyStateGet",
+                              "BoxsPowSupplyTypeGet")
+            self.check_faults("/boxs/tempSensors", "BoxsNumOfTempSensorsGet", "BoxsTempSensorStatusGet", "BoxsTempGet",
+                              "BoxsTempSensorDescripSizeGet", "BoxsTempSensorDescripGet")
+            self.check_faults("/boxs/sfp", "IfFirstGet", "BoxsSfpTypeGet", "BoxsSfpVendorNameSizeGet",
+                              "BoxsSfpVendorNameGet", "BoxsSfpVendorRevSizeGet", "BoxsSfpVendorRevisionGet",
+                              "BoxsSfpLinkLength50umGet", "BoxsSfpLinkLength62_5umGet", "BoxsSfpSerialNumberSizeGet",
+                              "BoxsSfpSerialNumberGet", "BoxsSfpPartNumberSizeGet", "BoxsSfpPartNumberGet",
+                              "BoxsSfpComplianceSizeGet", "BoxsSfpComplianceGet")
+            self.fault("rpcclt_openapiBoxsFanStateGet", "OPEN_E_FAIL", "1", "3")  # the fourth fan
+            self.check("GET", "/boxs/fans", FAILED)
+        self.each_way(scene)
+
+
 CHASSIS = """{
   "ports": [{"name": "0/1"}, {"name": "0/2"}, {"name": "0/3"}],
   "fans": [], "power_supplies": [], "temperature_sensors": [], "transceivers": []
@@ -517,6 +642,23 @@ class Transfers(SystemTest):
             self.check_faults("/upload/status", "TransferUploadStatusGet", "TransferProgressGet")
             self.check_faults("/download/startupCfgInfo", "SystemUnsavedConfigStatusGet")
         self.each_way(scene)
+
+    def test_what_the_platform_says_of_a_script_that_is_to_be_applied(self):
+        def scene():
+            variables = (URL, "scr=a.scr", "act=y")
+            for code, outcome in (("OPEN_E_ERROR", FAILED), ("OPEN_E_UNAVAIL", REFUSED), ("OPEN_E_FAIL", FAILED),
+                                  ("OPEN_E_INTERNAL", INTERNAL), ("OPEN_E_FULL", REFUSED)):
+                self.fault(call_of("/download/script"), code)
+                self.check("POST", "/download/script", outcome, variables=variables)
+            for function in ("InProgressGet", "ResultCodeGet"):
+                self.fault(f"rpcclt_openapiTransfer{function}", "OPEN_E_INTERNAL")
+                self.check("POST", "/download/script", INTERNAL, variables=variables)
+                eventually(self.is_idle, "the transfer has failed")
+            self.check("POST", "/download/script", NOT_STARTED, {}, variables)  # nobody listens there
+        self.each_way(scene)
+
+    def is_idle(self):
+        return "Failed: " in self.session_in_use.ask("GET", "/download/status").text()
 
 
 if __name__ == "__main__":

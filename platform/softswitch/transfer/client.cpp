@@ -14,6 +14,7 @@
 #include <stdio.h>
 #include <string.h>
 #include <string>
+#include <string_view>
 #include <strings.h>
 #include <time.h>
 #include <unistd.h>
@@ -56,6 +57,7 @@ struct running_transfer {
   char message[CURL_ERROR_SIZE] = {0};
   bool connected = false; /* the server has answered and let the switch in */
   bool was_https = false;
+  bool head_ended = false; /* all headers of an HTTP server's latest answer have come */
   uint64_t bytes = 0;      /* of the file, moved */
   size_t header_bytes = 0; /* of all answers */
   uint64_t offered = 0;    /* bytes of the file that libcurl has taken for sending */
@@ -136,8 +138,11 @@ static int note_progress(void *argument, curl_off_t, curl_off_t, curl_off_t, cur
   return 0;
 }
 
-static size_t take_header(char *, size_t, size_t size, void *argument) {
+static size_t take_header(char *data, size_t, size_t size, void *argument) {
   running_transfer *run = static_cast<running_transfer *>(argument);
+  std::string_view line(data, size);
+  if (line.starts_with("HTTP/")) run->head_ended = false;
+  if (line == "\r\n" || line == "\n") run->head_ended = true;
   run->last_moved = now_ms(); /* the greeting of an FTP server comes before it lets anybody in */
   run->header_bytes += size;
   if (run->header_bytes <= headers_max) return size;
@@ -295,6 +300,7 @@ static void check_success(running_transfer *run) {
   curl_easy_getinfo(run->curl, CURLINFO_RESPONSE_CODE, &answer);
   bool web = scheme == "http" || scheme == "https";
   bool good = run->request.upload ? answer / 100 == 2 : answer == 200 || answer == 203;
+  if (web && !run->head_ended) decide(run, OPEN_TRANSFER_CUT, "the connection ended before the file did");
   if (web && !good) decide(run, OPEN_TRANSFER_FAILED, "the server answers " + std::to_string(answer));
   if (!run->request.upload && run->bytes < announced_size(*run))
     decide(run, OPEN_TRANSFER_CUT, "the connection ended before the file did");
