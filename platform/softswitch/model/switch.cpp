@@ -3,6 +3,11 @@
 
 namespace softswitch {
 
+switch_model::switch_model() = default;
+switch_model::~switch_model() = default;
+switch_model::switch_model(const switch_model &) = default;
+switch_model &switch_model::operator=(const switch_model &) = default;
+
 switch_model make_switch(const chassis_profile &profile) {
   switch_model model;
   model.profile = std::make_shared<const chassis_profile>(profile);

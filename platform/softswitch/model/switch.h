@@ -34,6 +34,11 @@
 namespace softswitch {
 
 struct switch_model {
+  /* As the members have it; made once, as they are many. */
+  switch_model();
+  ~switch_model();
+  switch_model(const switch_model &);
+  switch_model &operator=(const switch_model &);
   /* Whether nothing whatever has been done to either since it was copied from the other. */
   bool operator==(const switch_model &) const = default;
 
