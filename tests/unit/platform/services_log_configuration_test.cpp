@@ -18,7 +18,9 @@ protected:
       l7proc_logf(severity, 0, "console", 1, "severity %d", severity);
     softswitch::console_stop();
     std::string digits;
-    for (const std::string &line : lines_of(testing::internal::GetCapturedStderr())) digits += line.back();
+    for (const std::string &line : lines_of(testing::internal::GetCapturedStderr())) {
+      if (line.find(" console:1 severity ") != line.npos) digits += line.back();
+    }
     return digits;
   }
 
