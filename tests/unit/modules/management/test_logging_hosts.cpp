@@ -281,9 +281,7 @@ TEST_F(LoggingHostTest, OperationWithoutAnAddressDoesNothing) {
 
 /* --- The longest address of the platform ---------------------------------------------------------------- */
 
-/* All the bytes that the platform is told of are there for it to read; whatever it says its longest address
- * is.
- */
+/* All the bytes that the platform is told of are there, whatever it says its longest address is. */
 TEST_F(LoggingHostTest, BufferIsThatOfThePlatformsLongestAddress) {
   for (uint32_t length : {0u, 1u, 4u, 8u, 9u, 255u, 256u, 257u, 1000u, 100000u}) {
     give(MAX_LENGTH, length);
