@@ -6,8 +6,8 @@
 #include "modules/rest_module_process.h"
 #include "modules/rest_module_ssh.h"
 #include "modules/rest_module_system.h"
-#include "tests/support/result_data.h"
 #include "tests/unit/modules/failing_calls.h"
+#include "tests/unit/modules/logging_documents.h"
 
 #include <unistd.h>
 
@@ -221,20 +221,6 @@ protected:
     change("POST", "/logging/hosts/" + host, "", done("Create a logging host " + host + " successfully."));
   }
 };
-
-static Answers expected_hosts(const std::vector<std::string> &hosts) {
-  std::vector<result_node> entries;
-  for (const std::string &host : hosts) {
-    entries.push_back(
-        entry(static_cast<unsigned>(entries.size()) + 1, "logging_host", {text("address", host)}));
-  }
-  return expected_data({branch("logging_hosts", entries)});
-}
-
-static Answers expected_host(const std::string &host, int64_t port, const std::string &severity) {
-  return expected_data({branch(
-      "logging_host", {text("address", host), number("port", port), text("severity_level", severity)})});
-}
 
 TEST_F(LoggingOnSwitchTest, HostsAreListedInTheOrderOfTheirTexts) {
   EXPECT_EQ(get("/logging/hosts"), expected_hosts({}));

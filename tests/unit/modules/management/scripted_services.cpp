@@ -9,8 +9,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
-/* --- The system ------------------------------------------------------------------------------------------
- */
+/* --- The system ---------------------------------------------------------------------------------------- */
 
 open_error_t rpcclt_openapiSystemHostnameSizeGet(openapiClientHandle_t *handle, uint32_t *size) {
   return scripted_call(handle, __func__).put(size).result();
@@ -97,8 +96,7 @@ open_error_t rpcclt_openapiInetAddrGet(openapiClientHandle_t *handle, open_buffd
   return OPEN_E_NONE;
 }
 
-/* --- Logging ---------------------------------------------------------------------------------------------
- */
+/* --- Logging ------------------------------------------------------------------------------------------- */
 
 /* Reads all bytes that the module says are there. */
 static open_buffdesc *whole(open_buffdesc *text) {
@@ -190,8 +188,7 @@ open_error_t rpcclt_openapiLoggingHostSeveritySet(openapiClientHandle_t *handle,
   return scripted_call(handle, __func__, whole(address), severity).result();
 }
 
-/* --- SSH -------------------------------------------------------------------------------------------------
- */
+/* --- SSH ----------------------------------------------------------------------------------------------- */
 
 open_error_t rpcclt_openapiSSHAdminModeGet(openapiClientHandle_t *handle, OPEN_CONTROL_t *mode) {
   return scripted_call(handle, __func__).put(mode).result();
@@ -235,8 +232,7 @@ open_error_t rpcclt_openapiSSHSessionTimeoutSet(openapiClientHandle_t *handle, u
   return scripted_call(handle, __func__, minutes).result();
 }
 
-/* --- Processes -------------------------------------------------------------------------------------------
- */
+/* --- Processes ----------------------------------------------------------------------------------------- */
 
 open_error_t rpcclt_openapiProcMemInfoGet(openapiClientHandle_t *handle, uint32_t *total, uint32_t *alloc,
                                           uint32_t *free) {

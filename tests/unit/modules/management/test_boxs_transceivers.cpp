@@ -125,9 +125,7 @@ TEST_F(TransceiverTest, WholeAnswer) {
             "\"nominal_signal_rate\": 10300, \"compliance\": \"e2\" } } } } }\n");
 }
 
-/* The first two calls of the list below and the last one are not among them: those failures mean other
- * things.
- */
+/* All but finding out whether there is a transceiver, and the next port: those failures mean other things. */
 TEST_F(TransceiverTest, EveryCallForATransceiverThatFailsIsAnswered) {
   give_ports({9, 2});
   const call_list calls = joined({{"IfFirstGet 0 4"}, calls_of("9"), {"IfNextGet 0 4 9"}, calls_of("2")});

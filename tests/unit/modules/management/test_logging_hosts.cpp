@@ -2,6 +2,7 @@
 #include "modules/rest_module_logging.h"
 #include "tests/unit/engine/captured_log.h"
 #include "tests/unit/modules/little_memory.h"
+#include "tests/unit/modules/logging_documents.h"
 #include "tests/unit/modules/management/management_fixture.h"
 
 static const char MAX_LENGTH[] = "LoggingHostMaxAddrLenGet";
@@ -37,25 +38,11 @@ protected:
   }
 };
 
-static Answers expected_list(const std::vector<std::string> &hosts) {
-  std::vector<result_node> entries;
-  for (const std::string &host : hosts) {
-    entries.push_back(
-        entry(static_cast<unsigned>(entries.size()) + 1, "logging_host", {text("address", host)}));
-  }
-  return expected_data({branch("logging_hosts", entries)});
-}
-
-static Answers expected_host(const std::string &host, int64_t port, const std::string &severity) {
-  return expected_data({branch(
-      "logging_host", {text("address", host), number("port", port), text("severity_level", severity)})});
-}
-
 /* --- The list ------------------------------------------------------------------------------------------- */
 
 TEST_F(LoggingHostTest, HostsAreListedInThePlatformsOrder) {
   give_hosts({"10.0.0.2", "10.0.0.10", "2001:db8::1", "a.example"}, 46);
-  EXPECT_EQ(get("/logging/hosts"), expected_list({"10.0.0.2", "10.0.0.10", "2001:db8::1", "a.example"}));
+  EXPECT_EQ(get("/logging/hosts"), expected_hosts({"10.0.0.2", "10.0.0.10", "2001:db8::1", "a.example"}));
   EXPECT_EQ(calls_made(), (call_list{MAX_LENGTH, read_after("", 46), read_after("10.0.0.2", 46),
                                      read_after("10.0.0.10", 46), read_after("2001:db8::1", 46),
                                      read_after("a.example", 46)}));
@@ -76,7 +63,7 @@ TEST_F(LoggingHostTest, WholeAnswerOfTheList) {
 TEST_F(LoggingHostTest, ListWithoutHostsIsEmpty) {
   give_hosts({}, 46);
   Answers answers = get("/logging/hosts");
-  EXPECT_EQ(answers, expected_list({}));
+  EXPECT_EQ(answers, expected_hosts({}));
   EXPECT_EQ(answers.xml, "<result><rlt_code>0</rlt_code><rlt_mesg>Get data successfully.</rlt_mesg><rlt_data>"
                          "<logging_hosts></logging_hosts></rlt_data></result>\n");
   EXPECT_EQ(calls_made(), (call_list{MAX_LENGTH, read_after("", 46)}));
@@ -86,7 +73,7 @@ TEST_F(LoggingHostTest, ListEndsWhateverTheCallForTheNextHostFailsWith) {
   give_hosts({"10.0.0.2", "10.0.0.3"}, 46);
   for (open_error_t rc : all_platform_errors()) {
     fail_call(next_after("10.0.0.2", 46), rc);
-    EXPECT_EQ(get("/logging/hosts"), expected_list({"10.0.0.2"})) << rc;
+    EXPECT_EQ(get("/logging/hosts"), expected_hosts({"10.0.0.2"})) << rc;
     EXPECT_EQ(calls_made(), (call_list{MAX_LENGTH, read_after("", 46), read_after("10.0.0.2", 46)})) << rc;
   }
 }
@@ -115,19 +102,19 @@ TEST_F(LoggingHostTest, AddressThatFillsItsBufferEndsThere) {
     give(MAX_LENGTH, room);
     give(next_after("", room), std::string(2 * room, 'x'));
     fail_call(next_after(std::string(room, 'x'), room), OPEN_E_FAIL);
-    EXPECT_EQ(get("/logging/hosts"), expected_list({std::string(room, 'x')})) << room;
+    EXPECT_EQ(get("/logging/hosts"), expected_hosts({std::string(room, 'x')})) << room;
   }
 }
 
 TEST_F(LoggingHostTest, ListWhoseAddressesHaveNoRoomIsEmpty) {
   give(MAX_LENGTH, 0);
   fail_call(next_after("", 0), OPEN_E_PARAM);
-  EXPECT_EQ(get("/logging/hosts"), expected_list({}));
+  EXPECT_EQ(get("/logging/hosts"), expected_hosts({}));
 }
 
 TEST_F(LoggingHostTest, AddressesAreShownAsTheyAre) {
   give_hosts({"a&b", "<c>", "%s%n", " d "}, 46);
-  EXPECT_EQ(get("/logging/hosts"), expected_list({"a&b", "<c>", "%s%n", " d "}));
+  EXPECT_EQ(get("/logging/hosts"), expected_hosts({"a&b", "<c>", "%s%n", " d "}));
 }
 
 /* --- One host ------------------------------------------------------------------------------------------- */
@@ -294,9 +281,7 @@ TEST_F(LoggingHostTest, OperationWithoutAnAddressDoesNothing) {
 
 /* --- The longest address of the platform ---------------------------------------------------------------- */
 
-/* All the bytes that the platform is told of are there for it to read; whatever it says its longest address
- * is.
- */
+/* All the bytes that the platform is told of are there, whatever it says its longest address is. */
 TEST_F(LoggingHostTest, BufferIsThatOfThePlatformsLongestAddress) {
   for (uint32_t length : {0u, 1u, 4u, 8u, 9u, 255u, 256u, 257u, 1000u, 100000u}) {
     give(MAX_LENGTH, length);
