@@ -2,9 +2,10 @@
 
     serve.py ftp|ssh|tftp FOLDER PORT USER PASSWORD KEY
 
-serves the files of FOLDER on 127.0.0.1. ssh speaks SFTP and SCP with the host key in the file KEY. Of a file NAME no
-more than the half is sent as long as there is NAME.hold beside it: so a test can look at a transfer that has come
-half its way. The libraries come with the system's Python, so servers.py starts this file with it."""
+serves the files of FOLDER on 127.0.0.1. ssh speaks SFTP and SCP with the host key in the file KEY. Of a file
+NAME no more than the half is sent as long as there is NAME.hold beside it: so a test can look at a transfer
+that has come half its way. The libraries come with the system's Python, so servers.py starts this file with
+it."""
 
 import asyncio
 import os
@@ -92,7 +93,7 @@ def serve_ssh(folder, port, user, password, key):
     asyncio.run(serve())
 
 
-# --- TFTP (RFC 1350, with the options of RFC 2348 and RFC 2349 that say sizes) --------------------------------
+# --- TFTP (RFC 1350, with the options of RFC 2348 and RFC 2349 that say sizes) -------------------
 
 READ, WRITE, DATA, ACK, ERROR, OPTIONS = 1, 2, 3, 4, 5, 6
 

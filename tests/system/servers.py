@@ -1,8 +1,8 @@
 """The far end of transfers: file servers for every scheme, and servers of the test's own that go wrong.
 
-The file servers are programs: Apache for http and https, and serve.py, with libraries that come with the system's
-Python, for ftp, ftps, sftp and scp. No package of them starts a service, and all run as a plain user. They
-listen on loopback ports of their own, each with a folder of its own, and end with the test."""
+The file servers are programs: Apache for http and https, and serve.py, with libraries that come with the
+system's Python, for the others. No package of them starts a service, and all run as a plain user. They listen
+on loopback ports of their own, each with a folder of its own, and end with the test."""
 
 import base64
 import contextlib
@@ -89,8 +89,8 @@ class Keys:
 # --- Programs --------------------------------------------------------------------------------------------
 
 class FileServer:
-    """A program that serves the files of a folder for one scheme, and takes files into it. /private of an HTTP
-    server wants user and password; all but HTTP and TFTP want them anywhere."""
+    """A program that serves the files of a folder for one scheme, and takes files into it. /private of an
+    HTTP server wants user and password; all but HTTP and TFTP want them anywhere."""
 
     def __init__(self, scheme):
         self.scheme = scheme
@@ -144,7 +144,8 @@ class FileServer:
         modules = ["mpm_event", "authz_core", "authz_user", "authn_core", "authn_file", "auth_basic", "dav",
                    "dav_fs"]
         lines = [f"ServerRoot {self.home}", "ServerName 127.0.0.1", "PidFile pid", "ErrorLog errors",
-                 f"DefaultRuntimeDir {self.home}", f"Listen 127.0.0.1:{self.port}", f"DocumentRoot {self.folder}",
+                 f"DefaultRuntimeDir {self.home}", f"Listen 127.0.0.1:{self.port}",
+                 f"DocumentRoot {self.folder}",
                  "DavLockDB locks", "StartServers 1", "ServerLimit 1", "ThreadsPerChild 8",
                  "MaxRequestWorkers 8", "<Location />", "Dav on", "</Location>", "<Location /private>",
                  "AuthType Basic", "AuthName private", f"AuthUserFile {self.path('users')}",

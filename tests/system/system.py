@@ -1,6 +1,8 @@
-"""What the API answers about system management (outcomes, and the data of whole answers as wire.py takes them)."""
+"""What the API answers about system management (outcomes, and the data of whole answers as wire.py takes
+them), and scenes about it."""
 
-from wire import Nodes, numbered
+from scenes import UriTest
+from wire import ALREADY_SET, BAD_REQUEST, FAILED, INTERNAL, REFUSED, Nodes, numbered
 
 INVALID = (1, "The value of parameter is invalid.")
 STARTING = (0, "File transfer is starting.")
@@ -99,3 +101,26 @@ def scripts(*names):
     """GET /script/list."""
     rows = [(str(at), "script_file", {"filename": name}) for at, name in enumerate(names, 1)]
     return {"script_files": Nodes([("count_of_files", "count_of_files", len(names)), *rows])}
+
+
+# --- Scenes --------------------------------------------------------------------------------------------
+
+class SystemTest(UriTest):
+    def check_refused(self, method, *uris):
+        """None of the URIs is served with the method."""
+        for uri in uris:
+            self.check(method, uri, BAD_REQUEST, variables=("value=1",))
+
+    def fault(self, function, code, *more):
+        self.daemon.lab("fault", function, code, *more)
+
+    def check_faults(self, uri, *functions):
+        """The first platform call that fails ends a request with its own result."""
+        codes = {"OPEN_E_TIMEOUT": INTERNAL, "OPEN_E_INTERNAL": INTERNAL, "OPEN_E_ERROR": FAILED,
+                 "OPEN_E_EXISTS": ALREADY_SET, "OPEN_E_NOT_FOUND": REFUSED}
+        for code, outcome in codes.items():
+            self.fault(f"rpcclt_openapi{functions[0]}", code)
+            self.check("GET", uri, outcome)
+        for function in functions:
+            self.fault(f"rpcclt_openapi{function}", "OPEN_E_FAIL")
+            self.check("GET", uri, FAILED)

@@ -1,5 +1,5 @@
-"""A switch with settings of every kind, sent to a server and fetched by another switch as a script: the other is the
-same then, answer by answer."""
+"""A switch with settings of every kind, sent to a server and fetched by another switch as a script: the other
+is the same then, answer by answer."""
 
 import urllib.parse
 
@@ -64,7 +64,8 @@ class Copy(FlowTest):
         server.start()
         self.set_up_everything()
         before = self.everything()
-        self.assertEqual(self.post(self.logged_in, "/upload/config", url=server.url("c"), cfg=3, sn=1).code(), 0)
+        self.assertEqual(self.post(self.logged_in, "/upload/config", url=server.url("c"), cfg=3,
+                                   sn=1).code(), 0)
         harness.eventually(lambda: "Completed: " in self.ask("GET", "/upload/status"), "it is sent")
         self.assertEqual(server.read("c").decode(), before["configuration"])
 

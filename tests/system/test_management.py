@@ -1,4 +1,5 @@
-"""System management over time: reloading, syslog to real receivers, and the chassis as lab control changes it."""
+"""System management over time: reloading, syslog to real receivers, and the chassis as lab control changes
+it."""
 
 import contextlib
 import re
@@ -7,8 +8,8 @@ import socket
 import harness
 from harness import DaemonTest, eventually
 from scenes import FlowTest
-from system import (RELOADING, box_list, counts, fan, logging_host, logging_hosts, sensor, startup_info, supply,
-                    system, transceiver)
+from system import (RELOADING, box_list, counts, fan, logging_host, logging_hosts, sensor, startup_info,
+                    supply, system, transceiver)
 from wire import GOT, PATIENCE
 
 
@@ -40,7 +41,8 @@ class Reload(ManagementTest):
         self.assertNotEqual(self.changed, self.saved)
 
     def wait_until_configured(self, configuration):
-        eventually(lambda: self.configuration() == configuration and self.is_ready(), "the switch has reloaded")
+        eventually(lambda: self.configuration() == configuration and self.is_ready(),
+                   "the switch has reloaded")
 
     def test_reload_begins_anew_with_the_startup_configuration(self):
         with self.session(self.daemon, tls=True) as other:
@@ -104,8 +106,8 @@ class NotReady(ManagementTest):
 class SyslogReceiver:
     """A logging host: takes frames strictly as RFC 5424 has them."""
 
-    FRAME = re.compile(r"<(0|[1-9]\d{0,2})>1 (\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3,6}Z) ([!-~]{1,255}) ([!-~]{1,48}) "
-                       r"([!-~]{1,128}) ([!-~]{1,32}) - (.*)", re.S)
+    FRAME = re.compile(r"<(0|[1-9]\d{0,2})>1 (\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3,6}Z) ([!-~]{1,255}) "
+                       r"([!-~]{1,48}) ([!-~]{1,128}) ([!-~]{1,32}) - (.*)", re.S)
 
     def __init__(self, address):
         self.socket = socket.socket(socket.AF_INET6 if ":" in address else socket.AF_INET, socket.SOCK_DGRAM)
@@ -245,8 +247,10 @@ class Profiles(DaemonTest):
         session = self.session(daemon.start())
         for uri, data in (
                 ("", counts(1, 2, 1)),
-                ("/fans", box_list("fans", "fan", fan("Failed", "Fixed"), fan("Operational", "Removable", 900, 10))),
-                ("/powSupplies", box_list("power_supplies", "power_supply", supply("Not powered", "Removable"))),
+                ("/fans", box_list("fans", "fan", fan("Failed", "Fixed"),
+                                   fan("Operational", "Removable", 900, 10))),
+                ("/powSupplies", box_list("power_supplies", "power_supply",
+                                          supply("Not powered", "Removable"))),
                 ("/tempSensors", box_list("temp_sensors", "temp_sensor", sensor("Warning", 71, "Case"))),
                 ("/sfp", box_list("sfp_transceivers", "sfp",
                                   transceiver(1, "SFP", "A maker", "", 0, 0, "", "", 0, "")))):

@@ -78,7 +78,8 @@ class Record(FlowTest):
         self.assertEqual(self.file(), "other:1\ncfg_time:t1\ncfg_update:t2\n")
 
     def test_missing_and_too_long_times(self):
-        for variables in ((), ("updatetime=t2",), ("cfgtime=", "updatetime=t2"), (f"cfgtime={'x' * 24}", "updatetime=t2")):
+        for variables in ((), ("updatetime=t2",), ("cfgtime=", "updatetime=t2"),
+                          (f"cfgtime={'x' * 24}", "updatetime=t2")):
             self.download(*variables, outcome=REFUSED)
             self.expect("", "")
         self.download("cfgtime=t1", outcome=REFUSED)
@@ -88,14 +89,16 @@ class Record(FlowTest):
         self.assertIn("No download so far.", self.ask("GET", "/download/status"))
 
     def test_times_belong_to_the_startup_configuration_alone(self):
-        reply = self.logged_in.ask("POST", "/download/config", URL, "cfg=2", "auto=y", "cfgtime=t1", "updatetime=t2")
+        reply = self.logged_in.ask("POST", "/download/config", URL, "cfg=2", "auto=y", "cfgtime=t1",
+                                   "updatetime=t2")
         self.assert_answers(reply, STARTING, {})
         self.expect("", "")
 
     def test_modified_after_a_download_without_reload_until_a_restart(self):
         for cfg in ("cfg=2", "cfg=1"):
             self.expect_unmodified()
-            reply = self.logged_in.ask("POST", "/download/config", URL, cfg, "auto=n", "cfgtime=t1", "updatetime=t2")
+            reply = self.logged_in.ask("POST", "/download/config", URL, cfg, "auto=n", "cfgtime=t1",
+                                       "updatetime=t2")
             self.assert_answers(reply, STARTING, {})
             self.assertIn("<cfg_modified>yes<", self.ask("GET", "/download/startupCfgInfo"))
             self.daemon.lab("save")
@@ -124,7 +127,8 @@ class FirstStart(DaemonTest):
     def test_one_that_is_there_is_read(self):
         daemon = self.new_daemon()
         os.mkdir(os.path.join(daemon.root, "user-apps"))
-        with open(os.path.join(daemon.root, "user-apps", "startupcfg_info_doc"), "w", encoding="ascii") as file:
+        with open(os.path.join(daemon.root, "user-apps", "startupcfg_info_doc"), "w",
+                  encoding="ascii") as file:
             file.write("cfg_time:a\ncfg_update:b")
         daemon.start()
         reply = self.session(daemon).ask("GET", "/download/startupCfgInfo")
