@@ -35,7 +35,7 @@ struct transfer_job {
   std::string file;  /* target or source */
   std::string url;   /* with user and password: never shown */
   std::string shown; /* without */
-  std::string data;  /* what is sent */
+  std::string data;  /* what is sent, once the thread has gathered it */
   struct limits limits;
 };
 
@@ -48,7 +48,7 @@ struct transfer_standing {
 };
 
 struct transfer_service {
-  std::mutex lock; /* around everything below; `job` does not change while one is in progress */
+  std::mutex lock; /* around everything below; while one is in progress, `job` is its thread's */
   std::condition_variable changed; /* a transfer has ended */
   std::string state_dir;
   transfer_standing download;
@@ -271,6 +271,10 @@ static transfer_end download(transfer_service &service) {
 /* --- The thread ----------------------------------------------------------------------------------------- */
 
 static transfer_end upload(transfer_service &service) {
+  transfer_job &job = service.job;
+  std::string error;
+  if (!transfer_gather(*job.library, service.state_dir, job.file, &job.data, &error))
+    return {OPEN_TRANSFER_FAILED, clipped(error)};
   transfer_context context = {service};
   transfer_result result = move_data(service, &context);
   return {result.code, result.reason};
@@ -347,7 +351,7 @@ static open_error_t begin(transfer_service &service, transfer_job job) {
   service.thread_made = service.in_progress = true;
   service.cancelled = service.reload_when_done = false;
   service.latest_is_upload = job.upload;
-  latest(service) = {OPEN_TRANSFER_STARTING, "", 0, job.data.size()};
+  latest(service) = {OPEN_TRANSFER_STARTING};
   service.job = std::move(job);
   return OPEN_E_NONE;
 }
@@ -375,14 +379,14 @@ open_error_t transfer_download(const std::string &url, std::string_view target) 
 open_error_t transfer_upload(const std::string &url, std::string_view source) {
   transfer_service &service = the_service();
   transfer_job job;
-  std::string error;
   if (!is_transfer_source(source)) return OPEN_E_PARAM;
   job.file = source;
   job.upload = true;
   open_error_t rc = prepare(service, url, &job);
   if (rc != OPEN_E_NONE) return rc;
-  if (!transfer_gather(*job.library, service.state_dir, source, &job.data, &error))
-    return cannot_start(job.file, error);
+  bool stored = stored_kind_of(source) != stored_kind::none;
+  if (stored && !stored_exists(service.state_dir, source))
+    return cannot_start(job.file, "there is no such file");
   return begin(service, std::move(job));
 }
 

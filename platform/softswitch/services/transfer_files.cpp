@@ -18,6 +18,9 @@ namespace softswitch {
 static constexpr std::string_view running_name = "running-config";
 static constexpr std::string_view archive_name = "kestrel.cfg";
 
+/* Bytes of the stored files in an archive, which is made in memory. */
+static constexpr size_t archive_max = size_t{256} * 1024 * 1024;
+
 /* --- Sending -------------------------------------------------------------------------------------------- */
 
 bool is_transfer_source(std::string_view name) {
@@ -32,25 +35,32 @@ struct named_text {
   std::string text;
 };
 
-/* Adds a stored file to those for the archive, if it is there. */
+/* Adds a stored file to those for the archive, if it is there and they have no more than `room` bytes. */
 static bool add_stored(const std::string &state_dir, const std::string &folder, const std::string &name,
-                       std::vector<named_text> *files, std::string *error) {
+                       std::vector<named_text> *files, size_t *room, std::string *error) {
   named_text file = {folder + name, ""};
   bool exists;
   if (!stored_read(state_dir, name, &file.text, &exists, error)) return false;
-  if (exists) files->push_back(std::move(file));
+  if (!exists) return true;
+  if (file.text.size() > *room) {
+    *error = "all files together are larger than " + std::to_string(archive_max) + " bytes";
+    return false;
+  }
+  *room -= file.text.size();
+  files->push_back(std::move(file));
   return true;
 }
 
 static bool gather_all(const std::string &state_dir, std::vector<named_text> *files, std::string *error) {
   std::vector<std::string> scripts;
+  size_t room = archive_max;
   files->push_back({std::string(running_name), running_config()});
   for (const char *name : {"startup-config", "backup-config"}) {
-    if (!add_stored(state_dir, "", name, files, error)) return false;
+    if (!add_stored(state_dir, "", name, files, &room, error)) return false;
   }
   if (!scripts_list(state_dir, &scripts, error)) return false;
   for (const std::string &name : scripts) {
-    if (!add_stored(state_dir, "scripts/", name, files, error)) return false;
+    if (!add_stored(state_dir, "scripts/", name, files, &room, error)) return false;
   }
   return true;
 }
