@@ -150,9 +150,9 @@ int api_system_delete_networkport_ipv4_parameters(openapiClientHandle_t *client_
 /* Reads a variable that must hold an address. When it does not, the request is answered. */
 static bool address_or_reply(openapiClientHandle_t *client_handle, mg_connection *conn, const char *name,
                              open_inet_addr_t *address) {
-  request_variable variable;
-  if (!variable_or_reply(conn, name, &variable)) return false;
-  if (convert_ip_string_to_inet_addr(client_handle, variable.text, address) == RC_TRUE) return true;
+  char text[IP_TEXT_SIZE];
+  if (!text_or_reply(conn, name, text)) return false;
+  if (convert_ip_string_to_inet_addr(client_handle, text, address) == RC_TRUE) return true;
   send_open_error_response(conn, OPEN_E_PARAM, nullptr);
   return false;
 }

@@ -11,7 +11,7 @@ static std::string text_of(const management_request &request) {
 }
 
 std::string ManagementTest::serve_once(const management_request &request, const char *format) {
-  FakeRequest http(request.method, request.uri, with_format(request.query, format));
+  FakeRequest http(request.method, request.uri, with_format(request.query, format), request.body);
   rest_handler_t operation = request.operation == nullptr ? handler_ : request.operation;
   int returned = operation(scripted_handle(), http.conn());
   std::string answer = answer_body(http, format);

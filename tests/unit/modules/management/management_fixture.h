@@ -14,6 +14,7 @@ struct management_request {
   std::string method, uri;
   std::string query = "";
   rest_handler_t operation = nullptr; /* called directly; null: by the module's handler */
+  std::string body = "";
 };
 
 class ManagementTest : public testing::Test {

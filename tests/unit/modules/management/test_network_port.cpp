@@ -93,6 +93,27 @@ TEST_F(NetworkPortTest, ParameterThatIsMissingOrNoAddressAnswers99) {
   }
 }
 
+/* As with every variable that does not fit its buffer. */
+TEST_F(NetworkPortTest, ParameterTooLongInTheQueryIsTakenFromTheBody) {
+  const std::string good[] = {"ip=10.0.0.2", "mask=255.0.0.0", "gateway=10.0.0.3"};
+  const std::string names[] = {"ip=", "mask=", "gateway="};
+  for (size_t bad = 0; bad < 3; bad++) {
+    for (size_t length : {48u, 255u, 256u}) {
+      management_request request = setting("");
+      request.body = good[bad];
+      for (size_t i = 0; i < 3; i++)
+        request.query += (i == bad ? names[i] + std::string(length, '1') : good[i]) + "&";
+      EXPECT_EQ(serve(request), expected_answers(0, "Update network port IPv4 parameters successfully."));
+      EXPECT_EQ(calls_made(), call_list{"NetworkPortIPv4ParametersSet 1:10.0.0.2 1:255.0.0.0 1:10.0.0.3"});
+    }
+    management_request request = setting("");
+    request.body = good[bad];
+    for (size_t i = 0; i < 3; i++)
+      request.query += (i == bad ? names[i] + std::string(47, '1') : good[i]) + "&";
+    expect_refused(request, expected_parameter_error());
+  }
+}
+
 TEST_F(NetworkPortTest, ProtocolModeIsSet) {
   const Answers done = expected_answers(0, "Update network port IPv4 protocol mode successfully.");
   for (const char *value : {"0", "1", "2", "3", "4"}) {
