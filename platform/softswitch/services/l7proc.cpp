@@ -13,6 +13,7 @@
 #include <string.h>
 #include <time.h>
 #include <unistd.h>
+#include <unwind.h>
 
 using namespace softswitch;
 
@@ -32,8 +33,7 @@ void l7proc_logf(int severity, int, const char *file, int line, const char *form
 
 /* --- The crash record ----------------------------------------------------------------------------------- */
 
-/* Only async-signal-safe calls from here on (signal-safety(7)); backtrace() is safe once it has been called,
- * which registration does. */
+/* Only async-signal-safe calls from here on (signal-safety(7)); walking the stack takes no memory. */
 
 struct crash_signal {
   int number;
@@ -79,23 +79,34 @@ static void write_record(int fd, const char *headline, void *const *frames, int 
   backtrace_symbols_fd(frames, count, fd);
 }
 
+/* The stack, as the unwinder that is linked in sees it: backtrace(3) would load another one. */
+struct call_stack {
+  void *frames[frames_max];
+  int count = 0;
+};
+
+static _Unwind_Reason_Code add_frame(_Unwind_Context *context, void *argument) {
+  call_stack *stack = static_cast<call_stack *>(argument);
+  if (stack->count == frames_max) return _URC_END_OF_STACK;
+  stack->frames[stack->count++] = reinterpret_cast<void *>(_Unwind_GetIP(context));
+  return _URC_NO_REASON;
+}
+
 static void record_crash(int number) {
   char headline[128] = "CRASH ";
   append_text(headline, sizeof headline, signal_name(number));
   append_text(headline, sizeof headline, " at ");
   append_number(headline, sizeof headline, static_cast<unsigned long long>(time(nullptr)));
   append_text(headline, sizeof headline, " seconds since 1970, called from\n");
-  void *frames[frames_max];
-  int count = backtrace(frames, frames_max);
-  write_record(log_descriptor(), headline, frames, count);
-  write_record(STDERR_FILENO, headline, frames, count);
+  call_stack stack;
+  _Unwind_Backtrace(add_frame, &stack);
+  write_record(log_descriptor(), headline, stack.frames, stack.count);
+  write_record(STDERR_FILENO, headline, stack.frames, stack.count);
   /* The default action is back already; the signal is delivered when this handler returns. */
   raise(number);
 }
 
 void l7proc_crashlog_register(void) {
-  void *frame;
-  backtrace(&frame, 1);
   /* A stack overflow leaves no room for a handler on the stack itself. */
   static char alternate[64 * 1024];
   stack_t stack = {};
