@@ -160,7 +160,7 @@ class FileServer:
         digest = base64.b64encode(hashlib.sha1(PASSWORD.encode()).digest()).decode()
         with open(self.path("users"), "w", encoding="ascii") as file:
             file.write(f"{USER}:{{SHA}}{digest}\n")
-        return ["/usr/sbin/apache2", "-DFOREGROUND", "-f", self.path("httpd.conf")]
+        return ["/usr/sbin/apache2", "-X", "-f", self.path("httpd.conf")]
 
     def finish(self):
         self.process.terminate()
