@@ -351,7 +351,7 @@ static open_error_t begin(transfer_service &service, transfer_job job) {
   service.thread_made = service.in_progress = true;
   service.cancelled = service.reload_when_done = false;
   service.latest_is_upload = job.upload;
-  latest(service) = {OPEN_TRANSFER_STARTING};
+  latest(service) = {OPEN_TRANSFER_STARTING, "", 0, 0};
   service.job = std::move(job);
   return OPEN_E_NONE;
 }
