@@ -255,3 +255,7 @@ int fail(mg_connection *conn, open_error_t open_rlt, node_t *tree) {
   send_open_error_response(conn, open_rlt, tree);
   return 0;
 }
+
+int answer(mg_connection *conn, open_error_t open_rlt, node_t *tree, const char *message) {
+  return open_rlt == OPEN_E_NONE ? succeed(conn, tree, "%s", message) : fail(conn, open_rlt, tree);
+}

@@ -80,6 +80,8 @@ int refuse(mg_connection *conn, uint16_t result_code, const char *format, ...)
 /* A refusal that sends data along. */
 int refuse_with_tree(mg_connection *conn, uint16_t result_code, const char *message, node_t *tree);
 int fail(mg_connection *conn, open_error_t open_rlt, node_t *tree);
+/* For operations that end with a platform call: succeeds with the message and the tree, or fails. */
+int answer(mg_connection *conn, open_error_t open_rlt, node_t *tree, const char *message);
 
 /* Texts of platform values. RC_FALSE (with an empty text) for an unknown value, RC_FALSE for a null buffer.
  */

@@ -202,10 +202,6 @@ int api_logging_update_host_specified_addr_severity_level(openapiClientHandle_t 
 
 /* --- Settings ------------------------------------------------------------------------------------------- */
 
-static int answer(mg_connection *conn, open_error_t rc, const char *message) {
-  return rc == OPEN_E_NONE ? succeed(conn, nullptr, "%s", message) : fail(conn, rc, nullptr);
-}
-
 /* Exactly "0" or "1": this one does not take what merely begins with a number. */
 int api_logging_update_cli_mode(openapiClientHandle_t *client_handle, mg_connection *conn) {
   request_variable value;
@@ -213,35 +209,35 @@ int api_logging_update_cli_mode(openapiClientHandle_t *client_handle, mg_connect
   bool on = strcmp(value.text, "1") == 0;
   if (!on && strcmp(value.text, "0") != 0) return fail(conn, OPEN_E_PARAM, nullptr);
   open_error_t rc = rpcclt_openapiCliCmdLoggingModeSet(client_handle, on ? OPEN_ENABLE : OPEN_DISABLE);
-  return answer(conn, rc, "Update mode of CLI logging successfully.");
+  return answer(conn, rc, nullptr, "Update mode of CLI logging successfully.");
 }
 
 int api_logging_update_console_mode(openapiClientHandle_t *client_handle, mg_connection *conn) {
   uint32_t mode = 0;
   if (!number_or_reply(conn, "value", &mode)) return 0;
   open_error_t rc = rpcclt_openapiConsoleLoggingModeSet(client_handle, mode);
-  return answer(conn, rc, "Update mode of Console logging successfully.");
+  return answer(conn, rc, nullptr, "Update mode of Console logging successfully.");
 }
 
 int api_logging_update_console_severity_level(openapiClientHandle_t *client_handle, mg_connection *conn) {
   int32_t level = 0;
   if (!number_or_reply(conn, "value", &level)) return 0;
   open_error_t rc = rpcclt_openapiConsoleLoggingSeveritySet(client_handle, level);
-  return answer(conn, rc, "Update severity level of Console logging successfully.");
+  return answer(conn, rc, nullptr, "Update severity level of Console logging successfully.");
 }
 
 int api_logging_update_syslog_mode(openapiClientHandle_t *client_handle, mg_connection *conn) {
   uint32_t mode = 0;
   if (!number_or_reply(conn, "value", &mode)) return 0;
   open_error_t rc = rpcclt_openapiSysLogModeSet(client_handle, mode);
-  return answer(conn, rc, "Update mode of Syslog successfully.");
+  return answer(conn, rc, nullptr, "Update mode of Syslog successfully.");
 }
 
 int api_logging_update_syslog_port(openapiClientHandle_t *client_handle, mg_connection *conn) {
   uint32_t port = 0;
   if (!port_or_reply(conn, &port)) return 0;
   open_error_t rc = rpcclt_openapiSysLogPortSet(client_handle, port);
-  return answer(conn, rc,
+  return answer(conn, rc, nullptr,
                 port == 0 ? "Update port of Syslog to default successfully."
                           : "Update port of Syslog successfully.");
 }

@@ -32,8 +32,7 @@ static int change_script(openapiClientHandle_t *client_handle, mg_connection *co
   char name[OPEN_CLI_SCRIPT_FILENAME_SIZE];
   if (!text_or_reply(conn, "scr", name)) return 0;
   open_buffdesc desc = describe_text(name);
-  open_error_t rc = change(client_handle, &desc);
-  return rc == OPEN_E_NONE ? succeed(conn, new_tree(), "%s", message) : fail(conn, rc, nullptr);
+  return answer(conn, change(client_handle, &desc), new_tree(), message);
 }
 
 int api_script_apply(openapiClientHandle_t *client_handle, mg_connection *conn) {

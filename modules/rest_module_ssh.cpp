@@ -49,6 +49,8 @@ int api_ssh_get_global_settings(openapiClientHandle_t *client_handle, mg_connect
 
 /* --- Changing ------------------------------------------------------------------------------------------- */
 
+/* The successful answers have, on purpose, an empty data tree. */
+
 /* Reads the number "value", which must be in a range. When it is not, the request is answered. */
 static bool value_or_reply(mg_connection *conn, int32_t min, int32_t max, int32_t *value) {
   if (!number_or_reply(conn, "value", value)) return false;
@@ -57,16 +59,11 @@ static bool value_or_reply(mg_connection *conn, int32_t min, int32_t max, int32_
   return false;
 }
 
-/* On purpose with an empty data tree. */
-static int answer(mg_connection *conn, open_error_t rc, const char *message) {
-  return rc == OPEN_E_NONE ? succeed(conn, new_tree(), "%s", message) : fail(conn, rc, nullptr);
-}
-
 int api_ssh_update_admin_mode(openapiClientHandle_t *client_handle, mg_connection *conn) {
   int32_t mode = 0;
   if (!value_or_reply(conn, OPEN_DISABLE, OPEN_ENABLE, &mode)) return 0;
   open_error_t rc = rpcclt_openapiSSHAdminModeSet(client_handle, static_cast<uint32_t>(mode));
-  return answer(conn, rc, "Update SSH admin mode successfully.");
+  return answer(conn, rc, new_tree(), "Update SSH admin mode successfully.");
 }
 
 int api_ssh_update_max_sessions(openapiClientHandle_t *client_handle, mg_connection *conn) {
@@ -75,7 +72,7 @@ int api_ssh_update_max_sessions(openapiClientHandle_t *client_handle, mg_connect
   open_error_t rc = sessions == MAX_SESSIONS_TO_DEFAULT
                         ? rpcclt_openapiSSHMaxSessionsDefaultSet(client_handle)
                         : rpcclt_openapiSSHMaxSessionsSet(client_handle, static_cast<uint32_t>(sessions));
-  return answer(conn, rc, "Update SSH maximum sessions successfully.");
+  return answer(conn, rc, new_tree(), "Update SSH maximum sessions successfully.");
 }
 
 int api_ssh_update_protocol_version(openapiClientHandle_t *client_handle, mg_connection *conn) {
@@ -83,14 +80,14 @@ int api_ssh_update_protocol_version(openapiClientHandle_t *client_handle, mg_con
   if (!value_or_reply(conn, VERSION_1, VERSION_BOTH, &version)) return 0;
   uint32_t proto = static_cast<uint32_t>(version - VERSION_1); /* the same order */
   open_error_t rc = rpcclt_openapiSSHProtocolVersionSet(client_handle, proto);
-  return answer(conn, rc, "Update SSH protocol version successfully.");
+  return answer(conn, rc, new_tree(), "Update SSH protocol version successfully.");
 }
 
 int api_ssh_update_session_timeout(openapiClientHandle_t *client_handle, mg_connection *conn) {
   int32_t minutes = 0;
   if (!value_or_reply(conn, 0, INT32_MAX, &minutes)) return 0;
   open_error_t rc = rpcclt_openapiSSHSessionTimeoutSet(client_handle, static_cast<uint32_t>(minutes));
-  return answer(conn, rc, "Update SSH session timeout successfully.");
+  return answer(conn, rc, new_tree(), "Update SSH session timeout successfully.");
 }
 
 /* --- Routes --------------------------------------------------------------------------------------------- */

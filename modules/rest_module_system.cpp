@@ -61,34 +61,30 @@ int api_system_get_global_settings(openapiClientHandle_t *client_handle, mg_conn
 
 /* --- Changing ------------------------------------------------------------------------------------------- */
 
-static int answer(mg_connection *conn, open_error_t rc, const char *message) {
-  return rc == OPEN_E_NONE ? succeed(conn, nullptr, "%s", message) : fail(conn, rc, nullptr);
-}
-
 int api_system_update_hostname(openapiClientHandle_t *client_handle, mg_connection *conn) {
   request_variable value;
   if (!variable_or_reply(conn, "value", &value)) return 0;
   open_buffdesc name = describe_text(value.text);
   open_error_t rc = rpcclt_openapiSystemHostnameSet(client_handle, &name);
-  return answer(conn, rc, "Update system hostname successfully.");
+  return answer(conn, rc, nullptr, "Update system hostname successfully.");
 }
 
 int api_system_update_serial_timeout(openapiClientHandle_t *client_handle, mg_connection *conn) {
   int32_t minutes = 0;
   if (!number_or_reply(conn, "value", &minutes)) return 0;
   if (minutes == SERIAL_TIMEOUT_TO_DEFAULT) {
-    return answer(conn, rpcclt_openapiSerialTimeoutDefaultSet(client_handle),
+    return answer(conn, rpcclt_openapiSerialTimeoutDefaultSet(client_handle), nullptr,
                   "Update system serial timeout to default successfully.");
   }
   open_error_t rc = rpcclt_openapiSerialTimeoutSet(client_handle, static_cast<uint32_t>(minutes));
-  return answer(conn, rc, "Update system serial timeout successfully.");
+  return answer(conn, rc, nullptr, "Update system serial timeout successfully.");
 }
 
 int api_system_update_telnet_server_admin_mode(openapiClientHandle_t *client_handle, mg_connection *conn) {
   uint32_t mode = 0;
   if (!number_or_reply(conn, "value", &mode)) return 0;
   open_error_t rc = rpcclt_openapiTelnetServerAdminModeSet(client_handle, mode);
-  return answer(conn, rc, "Update system telnet server admin mode successfully.");
+  return answer(conn, rc, nullptr, "Update system telnet server admin mode successfully.");
 }
 
 int api_system_reload(openapiClientHandle_t *client_handle, mg_connection *conn) {
@@ -96,7 +92,7 @@ int api_system_reload(openapiClientHandle_t *client_handle, mg_connection *conn)
   if (!number_or_reply(conn, "value", &mode)) return 0;
   if (mode < OPEN_RELOAD || mode > OPEN_RELOAD_FACTORY) return fail(conn, OPEN_E_PARAM, nullptr);
   open_error_t rc = rpcclt_openapiSystemReloadSet(client_handle, mode);
-  return answer(conn, rc, "Reset the system is starting.");
+  return answer(conn, rc, nullptr, "Reset the system is starting.");
 }
 
 /* --- Not routed ----------------------------------------------------------------------------------------- */
@@ -106,7 +102,7 @@ int api_system_update_prompt(openapiClientHandle_t *client_handle, mg_connection
   if (!variable_or_reply(conn, "value", &value)) return 0;
   open_buffdesc prompt = describe_text(value.text);
   open_error_t rc = rpcclt_openapiSystemPromptSet(client_handle, &prompt);
-  return answer(conn, rc, "Update system prompt successfully.");
+  return answer(conn, rc, nullptr, "Update system prompt successfully.");
 }
 
 struct networkport_info {
@@ -144,7 +140,7 @@ int api_system_get_networkport_ipv4(openapiClientHandle_t *client_handle, mg_con
 
 int api_system_delete_networkport_ipv4_parameters(openapiClientHandle_t *client_handle, mg_connection *conn) {
   open_error_t rc = rpcclt_openapiNetworkPortIPv4ParametersDelete(client_handle);
-  return answer(conn, rc, "Delete network port IPv4 parameters successfully.");
+  return answer(conn, rc, nullptr, "Delete network port IPv4 parameters successfully.");
 }
 
 /* Reads a variable that must hold an address. When it does not, the request is answered. */
@@ -164,7 +160,7 @@ int api_system_update_networkport_ipv4_parameters(openapiClientHandle_t *client_
       !address_or_reply(client_handle, conn, "gateway", &gateway))
     return 0;
   open_error_t rc = rpcclt_openapiNetworkPortIPv4ParametersSet(client_handle, &address, &mask, &gateway);
-  return answer(conn, rc, "Update network port IPv4 parameters successfully.");
+  return answer(conn, rc, nullptr, "Update network port IPv4 parameters successfully.");
 }
 
 int api_system_update_networkport_ipv4_protocol_mode(openapiClientHandle_t *client_handle,
@@ -172,7 +168,7 @@ int api_system_update_networkport_ipv4_protocol_mode(openapiClientHandle_t *clie
   uint32_t mode = 0;
   if (!number_or_reply(conn, "value", &mode)) return 0;
   open_error_t rc = rpcclt_openapiNetworkPortIPv4ProtocolModeSet(client_handle, mode);
-  return answer(conn, rc, "Update network port IPv4 protocol mode successfully.");
+  return answer(conn, rc, nullptr, "Update network port IPv4 protocol mode successfully.");
 }
 
 /* --- Routes --------------------------------------------------------------------------------------------- */
