@@ -248,6 +248,7 @@ TEST_F(Transfer, EndlessDataAndEndlessHeadersAreCutOff) {
     bool there = client.send(data ? "HTTP/1.0 200 OK\r\n\r\n" : "HTTP/1.0 200 OK\r\n");
     while (there) there = client.send(piece);
   });
+  set_limit("transfer-script-kib", 1024);
   EXPECT_EQ(fetched(server.url("/data"), "a.scr"),
             (ended_transfer{OPEN_TRANSFER_TOO_LARGE, "Failed: the file is larger than 1048576 bytes."}));
   EXPECT_EQ(fetched(server.url("/headers"), "a.scr"),
