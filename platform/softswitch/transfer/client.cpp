@@ -15,8 +15,8 @@
 #include <string.h>
 #include <string>
 #include <strings.h>
+#include <sys/stat.h>
 #include <time.h>
-#include <unistd.h>
 
 namespace softswitch {
 
@@ -206,8 +206,10 @@ static void set_upload(option_setter &set, running_transfer *run) {
   set(CURLOPT_SEEKDATA, run);
 }
 
+/* Whether there is a file to read. What is no regular one counts for none, as opening a FIFO would wait. */
 static bool is_there(const char *path) {
-  return access(path, F_OK) == 0;
+  struct stat found;
+  return stat(path, &found) == 0 && S_ISREG(found.st_mode);
 }
 
 static void set_web(option_setter &set, const transfer_request &request) {
@@ -228,7 +230,8 @@ static void set_others(option_setter &set, const transfer_request &request) {
   long kinds = CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD;
   set(CURLOPT_SSH_AUTH_TYPES, has_key ? kinds | CURLSSH_AUTH_PUBLICKEY : kinds);
   if (has_key) set(CURLOPT_SSH_PRIVATE_KEYFILE, request.private_key);
-  set(CURLOPT_SSH_KNOWNHOSTS, request.known_hosts);
+  /* Without such a file libcurl would trust every server; an empty one has it trust none. */
+  set(CURLOPT_SSH_KNOWNHOSTS, is_there(request.known_hosts) ? request.known_hosts : "/dev/null");
   set(CURLOPT_FTP_FILEMETHOD, long{CURLFTPMETHOD_NOCWD});
   set(CURLOPT_TFTP_BLKSIZE, tftp_block_size);
   /* libcurl takes the announcement of an empty file for an error, so that there must be none. */

@@ -277,6 +277,14 @@ TEST_F(Transfer, AFolderThatIsALinkIsNotFollowed) {
 
 /* --- What is checked ------------------------------------------------------------------------------------ */
 
+TEST_F(Transfer, WhatIsNoFileIsNeitherCertificateNorKey) {
+  for (const char *name : {"trusted-ca.pem", "known_hosts", "transfer-key"})
+    ASSERT_EQ(mkfifo((dir.path + "/" + name).c_str(), 0600), 0) << name;
+  tiny_server server([](const tiny_connection &) {});
+  for (std::string scheme : {"https://", "sftp://", "scp://"})
+    EXPECT_NE(fetched(scheme + server.authority() + "/x", "active").code, uint32_t{OPEN_TRANSFER_DONE});
+}
+
 TEST_F(Transfer, AConfigurationMustApplyToASwitchInFactoryState) {
   ASSERT_EQ(commit("vlan 10"), OPEN_E_NONE);
   write_file(dir.path + "/startup-config", "vlan 7\n");
