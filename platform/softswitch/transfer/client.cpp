@@ -301,6 +301,8 @@ static void check_success(running_transfer *run) {
   if (web && !good) decide(run, OPEN_TRANSFER_FAILED, "the server answers " + std::to_string(answer));
   if (!run->request.upload && run->bytes < announced_size(*run))
     decide(run, OPEN_TRANSFER_CUT, "the connection ended before the file did");
+  if (run->request.upload && run->bytes < run->request.size)
+    decide(run, OPEN_TRANSFER_CUT, "the server did not wait for the whole file");
   decide(run, OPEN_TRANSFER_DONE, "");
 }
 

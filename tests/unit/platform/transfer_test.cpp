@@ -360,6 +360,13 @@ TEST_F(Transfer, UploadsArePutByTheirName) {
   EXPECT_EQ(download_status(), "No download so far.");
 }
 
+TEST_F(Transfer, AnUploadThatTheServerDoesNotWaitForFails) {
+  tiny_server server([](const tiny_connection &client) { client.send(http_answer("")); });
+  write_file(dir.path + "/startup-config", std::string(4 * 1024 * 1024, '\n'));
+  EXPECT_EQ(sent(server.url("/x"), "startup-config"),
+            (ended_transfer{OPEN_TRANSFER_CUT, "Failed: the server did not wait for the whole file."}));
+}
+
 TEST_F(Transfer, AnUploadThatIsRefusedFails) {
   taken_upload taken;
   tiny_server server(
