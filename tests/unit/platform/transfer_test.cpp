@@ -419,6 +419,20 @@ TEST_F(Transfer, TheArchiveHoldsWhatThereIs) {
   EXPECT_EQ(untarred(taken.body), files);
 }
 
+TEST_F(Transfer, AnArchiveIsBoundedInSize) {
+  taken_upload taken;
+  tiny_server server([&](const tiny_connection &client) { take_upload(client, &taken, http_answer("")); });
+  set_limit("transfer-archive-kib", 2);
+  write_file(dir.path + "/startup-config", std::string(1024, '\n'));
+  write_file(dir.path + "/backup-config", std::string(1024, '\n'));
+  EXPECT_EQ(sent(server.url("/kestrel.cfg"), "kestrel.cfg").code, uint32_t{OPEN_TRANSFER_DONE});
+  write_file(dir.path + "/backup-config", std::string(1025, '\n'));
+  EXPECT_EQ(upload(server.url("/kestrel.cfg"), "kestrel.cfg"), OPEN_E_ERROR);
+  EXPECT_EQ(logged("cannot be started"),
+            std::vector<std::string>{"WARNING the transfer of kestrel.cfg cannot be started: "
+                                     "all files together are too large for an archive"});
+}
+
 /* --- Arguments ------------------------------------------------------------------------------------------ */
 
 TEST_F(Transfer, UrlsAndNamesThatAreNone) {
