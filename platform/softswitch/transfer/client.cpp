@@ -5,6 +5,7 @@
 #include "platform/softswitch/transfer/outcome.h"
 #include "platform/softswitch/transfer/tar_archive.h"
 #include "platform/softswitch/transfer/url.h"
+#include "platform/softswitch/transfer/watchdog.h"
 
 #include <algorithm>
 #include <atomic>
@@ -16,7 +17,6 @@
 #include <string>
 #include <strings.h>
 #include <sys/stat.h>
-#include <time.h>
 
 namespace softswitch {
 
@@ -35,6 +35,7 @@ struct transfer_client {
   transfer_client &operator=(const transfer_client &) = delete;
   CURLM *const multi;
   std::atomic<bool> cancelled{false};
+  transfer_watchdog watchdog;
 };
 
 /* A transfer while it runs. */
@@ -62,12 +63,6 @@ struct running_transfer {
   int64_t started = 0;     /* milliseconds of the monotonic clock */
   int64_t last_moved = 0;  /* likewise: when a byte moved last, or the connection was made */
 };
-
-static int64_t now_ms() {
-  timespec now;
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
-}
 
 /* Decides the outcome, once. */
 static void decide(running_transfer *run, OPEN_TRANSFER_CODE_t code, const std::string &reason) {
@@ -283,6 +278,7 @@ static CURLcode move_data(running_transfer *run, transfer_client *client) {
   CURLcode ended = CURLE_OK;
   for (;;) {
     int active;
+    client->watchdog.reset();
     if (curl_multi_perform(client->multi, &active) != CURLM_OK) return CURLE_FAILED_INIT;
     if (has_ended(client->multi, &ended)) return ended;
     check_end(run, *client);
@@ -323,15 +319,22 @@ static void run_prepared(running_transfer *run, transfer_client *client) {
   if (!run->request.upload) finish_digest(run);
 }
 
-static void client_run(transfer_client *client, const transfer_request *request, transfer_result *result) {
-  *result = {};
+/* With the watchdog on duty. */
+static void run_watched(transfer_client *client, const transfer_request *request, transfer_result *result) {
   running_transfer run(*request, *result);
   bool good = run.curl && run.digest && EVP_DigestInit_ex(run.digest, EVP_sha256(), nullptr) == 1 &&
               url_parse(run.url, request->url, request->upload) && set_options(&run) &&
-              curl_multi_add_handle(client->multi, run.curl) == CURLM_OK;
+              client->watchdog.attach(run.curl) && curl_multi_add_handle(client->multi, run.curl) == CURLM_OK;
   if (!good) return set_outcome(result, OPEN_TRANSFER_FAILED, "it cannot be started");
   run_prepared(&run, client);
   curl_multi_remove_handle(client->multi, run.curl);
+}
+
+static void client_run(transfer_client *client, const transfer_request *request, transfer_result *result) {
+  *result = {};
+  if (!client->watchdog.start()) return set_outcome(result, OPEN_TRANSFER_FAILED, "it cannot be started");
+  run_watched(client, request, result);
+  client->watchdog.stop();
 }
 
 /* --- The library's functions ---------------------------------------------------------------------------- */

@@ -240,6 +240,15 @@ TEST_F(Transfer, TooLargeByWhatIsAnnouncedAndByWhatComes) {
   EXPECT_EQ(fetched_content(large.substr(1), "active").code, uint32_t{OPEN_TRANSFER_DONE});
 }
 
+/* Those would have the network library busy or waiting for ever, deaf to the switch. */
+TEST_F(Transfer, AServerThatKeepsTheLibraryBusyIsCutOff) {
+  tiny_server server([](const tiny_connection &client) {
+    while (client.send("no version of SSH\r\n")) continue;
+  });
+  EXPECT_EQ(fetched("sftp://u:p@" + server.authority() + "/x", "active").code,
+            uint32_t{OPEN_TRANSFER_FAILED});
+}
+
 TEST_F(Transfer, EndlessDataAndEndlessHeadersAreCutOff) {
   tiny_server server([](const tiny_connection &client) {
     bool data = client.receive_head().starts_with("GET /data");
