@@ -3,6 +3,7 @@
 
 #include "engine/rest_settings.h"
 
+#include <fcntl.h>
 #include <memory>
 #include <stdio.h>
 #include <string.h>
@@ -31,8 +32,15 @@ static std::string file_path() {
   return folder() + "/startupcfg_info_doc";
 }
 
-static file_guard open_file(const std::string &path, const char *mode) {
-  return file_guard(fopen(path.c_str(), mode));
+/* Opens a regular file; null for anything else. Nothing is waited for, as opening a FIFO would have it. */
+static file_guard open_file(const std::string &path, int flags, const char *mode) {
+  struct stat found;
+  int fd = open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, 0666);
+  if (fd < 0) return nullptr;
+  bool regular = fstat(fd, &found) == 0 && S_ISREG(found.st_mode);
+  file_guard file(regular ? fdopen(fd, mode) : nullptr);
+  if (!file) close(fd);
+  return file;
 }
 
 /* --- Lines ---------------------------------------------------------------------------------------------- */
@@ -61,7 +69,7 @@ static void write_line(FILE *file, const char *key, const char *value) {
 /* --- The file ------------------------------------------------------------------------------------------- */
 
 RC_t read_startupcfg_info_file(void) {
-  file_guard file = open_file(file_path(), "r");
+  file_guard file = open_file(file_path(), O_RDONLY, "r");
   if (!file) return RC_FALSE;
   char line[LINE_SIZE];
   bool at_start = true;
@@ -110,10 +118,12 @@ static bool is_stored(FILE *file) {
 RC_t write_startupcfg_info_file(void) {
   const std::string path = file_path(), beside = path + ".tmp";
   mkdir(folder().c_str(), 0755);
-  open_file(path, "a+");
-  file_guard old = open_file(path, "r");
+  open_file(path, O_RDWR | O_CREAT, "r+");
+  file_guard old = open_file(path, O_RDONLY, "r");
   if (!old) return RC_FALSE;
-  file_guard made = open_file(beside, "w+");
+  /* A link that somebody has put there is not followed. */
+  unlink(beside.c_str());
+  file_guard made = open_file(beside, O_WRONLY | O_CREAT | O_EXCL, "w");
   if (!made) return RC_FALSE;
   copy_lines(old.get(), made.get());
   if (is_stored(made.get()) && rename(beside.c_str(), path.c_str()) == 0) return RC_TRUE;

@@ -68,9 +68,9 @@ bool state_dir_take(const std::string &dir, std::shared_ptr<file_guard> *lock, s
 bool read_config_file(const std::string &dir, const std::string &name, std::string *text, bool *exists,
                       std::string *error) {
   std::string path = path_of(dir, name);
-  file_guard file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  file_guard file(open_regular_file(path, error));
   *exists = file.fd >= 0;
-  if (!*exists) return errno == ENOENT || failed(path, error);
+  if (!*exists) return errno == ENOENT;
   return read_file(file.fd, path, config_file_max, text, error);
 }
 

@@ -36,6 +36,7 @@ static constexpr limit_name limit_names[] = {
     {"transfer-image-kib", &limits::transfer_image_kib},
     {"transfer-config-kib", &limits::transfer_config_kib},
     {"transfer-script-kib", &limits::transfer_script_kib},
+    {"transfer-archive-kib", &limits::transfer_archive_kib},
     {"transfer-connect-seconds", &limits::transfer_connect_seconds},
     {"transfer-stall-seconds", &limits::transfer_stall_seconds},
     {"transfer-image-seconds", &limits::transfer_image_seconds},

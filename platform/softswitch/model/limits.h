@@ -85,9 +85,10 @@ struct limits {
   uint32_t transfer_image_kib = 1u << 20;   /* size of a software image that is fetched */
   uint32_t transfer_config_kib = 64 * 1024; /* of a configuration: that of 100 full access lists is 60 MiB */
   uint32_t transfer_script_kib = 64 * 1024;
-  uint32_t transfer_connect_seconds = 15; /* until a server has answered and let the switch in */
-  uint32_t transfer_stall_seconds = 30;   /* how long nothing may move */
-  uint32_t transfer_image_seconds = 3600; /* how long fetching an image may take in all */
+  uint32_t transfer_archive_kib = 256 * 1024; /* of all files together that an archive is made of */
+  uint32_t transfer_connect_seconds = 15;     /* until a server has answered and let the switch in */
+  uint32_t transfer_stall_seconds = 30;       /* how long nothing may move */
+  uint32_t transfer_image_seconds = 3600;     /* how long fetching an image may take in all */
   /* The same for everything else. It is short, as a request that fetches a script and applies it waits. */
   uint32_t transfer_text_seconds = 300;
 

@@ -35,6 +35,20 @@ bool read_file(int fd, const std::string &path, size_t size_max, std::string *te
   }
 }
 
+int open_regular_file(const std::string &path, std::string *error) {
+  struct stat found;
+  int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) {
+    failed(path, error);
+    return -1;
+  }
+  if (fstat(fd, &found) == 0 && S_ISREG(found.st_mode)) return fd;
+  close(fd);
+  errno = EINVAL;
+  *error = path + ": not a regular file";
+  return -1;
+}
+
 static std::string directory_of(const std::string &path) {
   size_t slash = path.rfind('/');
   return slash == std::string::npos ? "." : path.substr(0, slash + 1);

@@ -25,6 +25,11 @@ public:
  * or holds more than `size_max` bytes. `path` is for the reason only. */
 bool read_file(int fd, const std::string &path, size_t size_max, std::string *text, std::string *error);
 
+/* Opens a file for reading, if it is a regular one: a link is not followed, and what others have to fill (a
+ * FIFO) is not waited for. -1 with the reason ("PATH: reason") and errno, which is ENOENT where there is
+ * nothing. */
+int open_regular_file(const std::string &path, std::string *error);
+
 /* Writes a text into an open file. False with errno set. */
 bool write_all(int fd, std::string_view text);
 

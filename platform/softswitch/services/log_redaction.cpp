@@ -18,10 +18,12 @@ static bool take(std::string_view text, size_t *at, char plain, std::string_view
   return true;
 }
 
-/* The position behind the "://" that begins at `at`; npos when none does. */
+/* The position behind the "://" that begins at `at`; npos when none does. With ":/" it is a URL as well for
+ * those that read them leniently. */
 static size_t behind_scheme(std::string_view text, size_t at) {
-  bool found = take(text, &at, ':', "%3A") && take(text, &at, '/', "%2F") && take(text, &at, '/', "%2F");
-  return found ? at : std::string_view::npos;
+  if (!take(text, &at, ':', "%3A") || !take(text, &at, '/', "%2F")) return std::string_view::npos;
+  take(text, &at, '/', "%2F");
+  return at;
 }
 
 /* The first position from `at` on at which "://" may begin. */
@@ -40,28 +42,59 @@ static size_t hidden_size(std::string_view rest, bool maybe_cut) {
   return 0;
 }
 
+/* Where a URL that reaches to `at` at least ends, when it holds neither blanks nor "&" as they are. */
+static size_t url_end(std::string_view text, size_t at) {
+  return std::min(text.find_first_of(" &", at), text.size());
+}
+
+/* The position behind the first "?" or "#" from `at` on; `end` when there is none before it. */
+static size_t behind_query_mark(std::string_view text, size_t at, size_t end) {
+  while (at < end && !take(text, &at, '?', "%3F") && !take(text, &at, '#', "%23")) at++;
+  return std::min(at, end);
+}
+
+/* A line that grows by the parts of a text, in their order. */
+struct redacted_line {
+  std::string *line;
+  std::string_view text;
+  size_t done; /* what is before it has been appended */
+
+  void hide(size_t from, size_t to) {
+    if (from == to) return;
+    line->append(text.substr(done, from - done)).append("****");
+    done = to;
+  }
+};
+
+/* Hides what is secret of a URL: its credentials, `hidden` bytes from `start` on, and its query. A "?" within
+ * those may begin the query already. */
+static void hide_secrets(redacted_line *into, size_t start, size_t hidden) {
+  size_t end = url_end(into->text, start + hidden);
+  size_t query = behind_query_mark(into->text, start, end);
+  if (query <= start + hidden) return into->hide(start, end);
+  into->hide(start, start + hidden);
+  into->hide(query, end);
+}
+
 void append_redacted(std::string *line, std::string_view text) {
   bool maybe_cut = text.size() >= log_text_maybe_cut;
-  size_t done = 0;  /* what is before it has been appended */
-  size_t clean = 0; /* an encoded URL that begins before it ends there, and holds no "@" behind `done` */
+  redacted_line into = {line, text, 0};
+  size_t clean = 0; /* an encoded URL that begins before it ends there, and holds no "@" behind `into.done` */
   size_t at = 0;
   while ((at = next_candidate(text, at)) < text.size()) {
     size_t start = behind_scheme(text, at);
-    bool encoded = start != at + std::string_view("://").size();
+    bool encoded = text.substr(at, start - at).find('%') != std::string_view::npos;
     if (start == std::string_view::npos || (encoded && at < clean)) {
       at++;
       continue;
     }
-    clean = encoded ? std::min(text.find_first_of(" &", start), text.size()) : text.size();
-    size_t hidden = hidden_size(text.substr(start, clean - start), maybe_cut && clean == text.size());
-    if (hidden > 0) {
-      line->append(text.substr(done, start - done)).append("****");
-      done = start + hidden;
-    }
+    clean = encoded ? url_end(text, start) : text.size();
+    hide_secrets(&into, start,
+                 hidden_size(text.substr(start, clean - start), maybe_cut && clean == text.size()));
     if (!encoded) break;
-    at = std::max(start, done);
+    at = std::max(start, into.done);
   }
-  line->append(text.substr(done));
+  line->append(text.substr(into.done));
 }
 
 } // namespace softswitch

@@ -18,9 +18,6 @@ namespace softswitch {
 static constexpr std::string_view running_name = "running-config";
 static constexpr std::string_view archive_name = "kestrel.cfg";
 
-/* Bytes of the stored files in an archive, which is made in memory. */
-static constexpr size_t archive_max = size_t{256} * 1024 * 1024;
-
 /* --- Sending -------------------------------------------------------------------------------------------- */
 
 bool is_transfer_source(std::string_view name) {
@@ -35,32 +32,46 @@ struct named_text {
   std::string text;
 };
 
-/* Adds a stored file to those for the archive, if it is there and they have no more than `room` bytes. */
-static bool add_stored(const std::string &state_dir, const std::string &folder, const std::string &name,
-                       std::vector<named_text> *files, size_t *room, std::string *error) {
-  named_text file = {folder + name, ""};
-  bool exists;
-  if (!stored_read(state_dir, name, &file.text, &exists, error)) return false;
-  if (!exists) return true;
-  if (file.text.size() > *room) {
-    *error = "all files together are larger than " + std::to_string(archive_max) + " bytes";
+/* The files of an archive, which is made in memory. */
+struct archive_content {
+  std::vector<named_text> files;
+  uint64_t room; /* bytes that more of them may have */
+};
+
+static bool add(archive_content *content, named_text file, std::string *error) {
+  if (file.text.size() > content->room) {
+    *error = "all files together are too large for an archive";
     return false;
   }
-  *room -= file.text.size();
-  files->push_back(std::move(file));
+  content->room -= file.text.size();
+  content->files.push_back(std::move(file));
   return true;
 }
 
-static bool gather_all(const std::string &state_dir, std::vector<named_text> *files, std::string *error) {
+/* Adds a stored file, if it is there. */
+static bool add_stored(archive_content *content, const std::string &state_dir, const std::string &folder,
+                       const std::string &name, std::string *error) {
+  named_text file = {folder + name, ""};
+  bool exists;
+  if (!stored_read(state_dir, name, &file.text, &exists, error)) return false;
+  return !exists || add(content, std::move(file), error);
+}
+
+static uint64_t archive_room() {
+  locked_switch model;
+  return uint64_t{model->limits.transfer_archive_kib} * 1024;
+}
+
+static bool gather_all(const std::string &state_dir, archive_content *content, std::string *error) {
   std::vector<std::string> scripts;
-  size_t room = archive_max;
-  files->push_back({std::string(running_name), running_config()});
+  content->room = archive_room();
+  if (!add(content, {std::string(running_name), running_config()}, error)) return false;
   for (const char *name : {"startup-config", "backup-config"}) {
-    if (!add_stored(state_dir, "", name, files, &room, error)) return false;
+    if (!add_stored(content, state_dir, "", name, error)) return false;
   }
   if (!scripts_list(state_dir, &scripts, error)) return false;
   for (const std::string &name : scripts) {
-    if (!add_stored(state_dir, "scripts/", name, files, &room, error)) return false;
+    if (!add_stored(content, state_dir, "scripts/", name, error)) return false;
   }
   return true;
 }
@@ -87,8 +98,8 @@ bool transfer_gather(const transfer_functions &library, const std::string &state
     return true;
   }
   if (source == archive_name) {
-    std::vector<named_text> files;
-    return gather_all(state_dir, &files, error) && make_archive(library, files, data, error);
+    archive_content content;
+    return gather_all(state_dir, &content, error) && make_archive(library, content.files, data, error);
   }
   bool exists;
   if (!stored_read(state_dir, source, data, &exists, error)) return false;

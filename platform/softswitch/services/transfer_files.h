@@ -17,7 +17,8 @@ namespace softswitch {
 /* Whether files are sent by this name. */
 bool is_transfer_source(std::string_view name);
 
-/* Gathers what is sent by a name, as it is now. False with the reason when there is no such file. */
+/* Gathers what is sent by a name, as it is now. False with the reason when there is no such file, or too much
+ * for an archive. Takes the switch's lock for a moment. */
 bool transfer_gather(const transfer_functions &library, const std::string &state_dir, std::string_view source,
                      std::string *data, std::string *error);
 

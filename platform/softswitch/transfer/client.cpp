@@ -5,6 +5,7 @@
 #include "platform/softswitch/transfer/outcome.h"
 #include "platform/softswitch/transfer/tar_archive.h"
 #include "platform/softswitch/transfer/url.h"
+#include "platform/softswitch/transfer/watchdog.h"
 
 #include <algorithm>
 #include <atomic>
@@ -16,8 +17,7 @@
 #include <string>
 #include <string_view>
 #include <strings.h>
-#include <time.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 namespace softswitch {
 
@@ -36,6 +36,7 @@ struct transfer_client {
   transfer_client &operator=(const transfer_client &) = delete;
   CURLM *const multi;
   std::atomic<bool> cancelled{false};
+  transfer_watchdog watchdog;
 };
 
 /* A transfer while it runs. */
@@ -64,12 +65,6 @@ struct running_transfer {
   int64_t started = 0;     /* milliseconds of the monotonic clock */
   int64_t last_moved = 0;  /* likewise: when a byte moved last, or the connection was made */
 };
-
-static int64_t now_ms() {
-  timespec now;
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
-}
 
 /* Decides the outcome, once. */
 static void decide(running_transfer *run, OPEN_TRANSFER_CODE_t code, const std::string &reason) {
@@ -211,8 +206,10 @@ static void set_upload(option_setter &set, running_transfer *run) {
   set(CURLOPT_SEEKDATA, run);
 }
 
+/* Whether there is a file to read. What is no regular one counts for none, as opening a FIFO would wait. */
 static bool is_there(const char *path) {
-  return access(path, F_OK) == 0;
+  struct stat found;
+  return stat(path, &found) == 0 && S_ISREG(found.st_mode);
 }
 
 static void set_web(option_setter &set, const transfer_request &request) {
@@ -233,7 +230,8 @@ static void set_others(option_setter &set, const transfer_request &request) {
   long kinds = CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD;
   set(CURLOPT_SSH_AUTH_TYPES, has_key ? kinds | CURLSSH_AUTH_PUBLICKEY : kinds);
   if (has_key) set(CURLOPT_SSH_PRIVATE_KEYFILE, request.private_key);
-  set(CURLOPT_SSH_KNOWNHOSTS, request.known_hosts);
+  /* Without such a file libcurl would trust every server; an empty one has it trust none. */
+  set(CURLOPT_SSH_KNOWNHOSTS, is_there(request.known_hosts) ? request.known_hosts : "/dev/null");
   set(CURLOPT_FTP_FILEMETHOD, long{CURLFTPMETHOD_NOCWD});
   set(CURLOPT_TFTP_BLKSIZE, tftp_block_size);
   /* libcurl takes the announcement of an empty file for an error, so that there must be none. */
@@ -285,6 +283,7 @@ static CURLcode move_data(running_transfer *run, transfer_client *client) {
   CURLcode ended = CURLE_OK;
   for (;;) {
     int active;
+    client->watchdog.reset();
     if (curl_multi_perform(client->multi, &active) != CURLM_OK) return CURLE_FAILED_INIT;
     if (has_ended(client->multi, &ended)) return ended;
     check_end(run, *client);
@@ -304,6 +303,8 @@ static void check_success(running_transfer *run) {
   if (web && !good) decide(run, OPEN_TRANSFER_FAILED, "the server answers " + std::to_string(answer));
   if (!run->request.upload && run->bytes < announced_size(*run))
     decide(run, OPEN_TRANSFER_CUT, "the connection ended before the file did");
+  if (run->request.upload && run->bytes < run->request.size)
+    decide(run, OPEN_TRANSFER_CUT, "the server did not wait for the whole file");
   decide(run, OPEN_TRANSFER_DONE, "");
 }
 
@@ -324,15 +325,22 @@ static void run_prepared(running_transfer *run, transfer_client *client) {
   if (!run->request.upload) finish_digest(run);
 }
 
-static void client_run(transfer_client *client, const transfer_request *request, transfer_result *result) {
-  *result = {};
+/* With the watchdog on duty. */
+static void run_watched(transfer_client *client, const transfer_request *request, transfer_result *result) {
   running_transfer run(*request, *result);
   bool good = run.curl && run.digest && EVP_DigestInit_ex(run.digest, EVP_sha256(), nullptr) == 1 &&
               url_parse(run.url, request->url, request->upload) && set_options(&run) &&
-              curl_multi_add_handle(client->multi, run.curl) == CURLM_OK;
+              client->watchdog.attach(run.curl) && curl_multi_add_handle(client->multi, run.curl) == CURLM_OK;
   if (!good) return set_outcome(result, OPEN_TRANSFER_FAILED, "it cannot be started");
   run_prepared(&run, client);
   curl_multi_remove_handle(client->multi, run.curl);
+}
+
+static void client_run(transfer_client *client, const transfer_request *request, transfer_result *result) {
+  *result = {};
+  if (!client->watchdog.start()) return set_outcome(result, OPEN_TRANSFER_FAILED, "it cannot be started");
+  run_watched(client, request, result);
+  client->watchdog.stop();
 }
 
 /* --- The library's functions ---------------------------------------------------------------------------- */

@@ -473,6 +473,24 @@ TEST_F(StartupcfgInfoTest, FileThatCannotBeOpenedIsAFailure) {
   EXPECT_EQ(initialize_transfer_variables(), RC_FALSE);
 }
 
+/* Opening a FIFO would wait for its other end. */
+TEST_F(StartupcfgInfoTest, WhatIsNoFileIsAFailure) {
+  ASSERT_EQ(mkfifo(root.file().c_str(), 0600), 0);
+  EXPECT_EQ(read_startupcfg_info_file(), RC_FALSE);
+  EXPECT_EQ(write_startupcfg_info_file(), RC_FALSE);
+  EXPECT_TRUE(std::filesystem::is_fifo(root.file()));
+}
+
+TEST_F(StartupcfgInfoTest, LinkInThePlaceOfTheTemporaryFileIsNotFollowed) {
+  record("c", "u");
+  root.write("a:1\n");
+  overwrite_file(root.folder() + "/other", "stays\n");
+  std::filesystem::create_symlink(root.folder() + "/other", root.temporary_file());
+  EXPECT_EQ(write_startupcfg_info_file(), RC_TRUE);
+  EXPECT_EQ(root.content(), "a:1\ncfg_time:c\ncfg_update:u\n");
+  EXPECT_EQ(read_file(root.folder() + "/other"), "stays\n");
+}
+
 TEST_F(StartupcfgInfoTest, TemporaryFileThatCannotBeOpenedIsAFailureAndTheFileStays) {
   record("c", "u");
   root.block_writing();

@@ -242,7 +242,7 @@ TEST_F(StateDirectory, RunningSwitchKeepsTheDirectoryForItself) {
 
 TEST_F(StateDirectory, DirectoriesInThePlaceOfFilesAreNamed) {
   mkdir(path("running-config").c_str(), 0700);
-  EXPECT_EQ(start_error(), path("running-config") + ": Is a directory");
+  EXPECT_EQ(start_error(), path("running-config") + ": not a regular file");
   rmdir(path("running-config").c_str());
   write("running-config", "! generation 1\n");
   mkdir(path("journal-1").c_str(), 0700);

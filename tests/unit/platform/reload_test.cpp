@@ -167,25 +167,32 @@ TEST_F(Reload, EachReloadIsLogged) {
 
 /* --- Meanwhile ------------------------------------------------------------------------------------------ */
 
-/* A startup configuration that the reload waits for: a pipe that the test has not written to yet. */
+/* A reload that has begun and goes on when the test says so. */
 class ReloadUnderWay : public Reload {
 protected:
-  /* Orders a reload and returns when it reads the startup configuration. */
+  /* Begins a reload, which cannot end while, so it seems, a snapshot is being written. */
   void begin_reload() {
-    std::string path = dir.path + "/startup-config";
-    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    write_file(dir.path + "/startup-config", startup);
+    set_compacting(true);
     order(OPEN_RELOAD);
-    writer = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    ASSERT_GE(writer, 0);
+    while (waits()) usleep(1000);
   }
 
-  /* Gives it the startup configuration. */
-  void let_go_on() {
-    ASSERT_EQ(write(writer, startup.data(), startup.size()), static_cast<ssize_t>(startup.size()));
-    close(writer);
+  void let_go_on() { set_compacting(false); }
+
+private:
+  void set_compacting(bool compacting) {
+    running_switch &sw = the_switch();
+    std::lock_guard guard(sw.lock);
+    sw.compacting = compacting;
+    sw.idle.notify_all();
   }
 
-  int writer = -1;
+  /* Whether a reload waits for its time. */
+  bool waits() {
+    std::lock_guard guard(the_switch().lock);
+    return the_switch().reload_request != 0;
+  }
 };
 
 TEST_F(ReloadUnderWay, SwitchIsNotReadyAndWorksOn) {
@@ -439,6 +446,22 @@ TEST_F(Reload, StartupConfigurationCountsByWhatItGives) {
 TEST_F(Reload, StartupConfigurationThatCannotBeReadGivesNothing) {
   ASSERT_EQ(mkdir((dir.path + "/startup-config").c_str(), 0700), 0);
   EXPECT_EQ(unsaved(), 1u);
+}
+
+TEST_F(Reload, WhatIsNoRegularFileIsNoStartupConfiguration) {
+  temporary_directory elsewhere;
+  std::string path = dir.path + "/startup-config", error;
+  write_file(elsewhere.path + "/text", "vlan 10\n");
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(unsaved(), 1u);
+  EXPECT_FALSE(reload(&error));
+  EXPECT_EQ(error, path + ": not a regular file");
+  ASSERT_EQ(unlink(path.c_str()), 0);
+  ASSERT_EQ(symlink((elsewhere.path + "/text").c_str(), path.c_str()), 0);
+  EXPECT_EQ(unsaved(), 1u);
+  EXPECT_FALSE(reload(&error));
+  EXPECT_EQ(error, path + ": Too many levels of symbolic links");
+  EXPECT_EQ(running_config(), "");
 }
 
 TEST_F(Reload, LoweredLimitCountsToo) {

@@ -241,6 +241,15 @@ TEST_F(Transfer, TooLargeByWhatIsAnnouncedAndByWhatComes) {
   EXPECT_EQ(fetched_content(large.substr(1), "active").code, uint32_t{OPEN_TRANSFER_DONE});
 }
 
+/* Those would have the network library busy or waiting for ever, deaf to the switch. */
+TEST_F(Transfer, AServerThatKeepsTheLibraryBusyIsCutOff) {
+  tiny_server server([](const tiny_connection &client) {
+    while (client.send("no version of SSH\r\n")) continue;
+  });
+  EXPECT_EQ(fetched("sftp://u:p@" + server.authority() + "/x", "active").code,
+            uint32_t{OPEN_TRANSFER_FAILED});
+}
+
 TEST_F(Transfer, EndlessDataAndEndlessHeadersAreCutOff) {
   tiny_server server([](const tiny_connection &client) {
     bool data = client.receive_head().starts_with("GET /data");
@@ -278,6 +287,14 @@ TEST_F(Transfer, AFolderThatIsALinkIsNotFollowed) {
 }
 
 /* --- What is checked ------------------------------------------------------------------------------------ */
+
+TEST_F(Transfer, WhatIsNoFileIsNeitherCertificateNorKey) {
+  for (const char *name : {"trusted-ca.pem", "known_hosts", "transfer-key"})
+    ASSERT_EQ(mkfifo((dir.path + "/" + name).c_str(), 0600), 0) << name;
+  tiny_server server([](const tiny_connection &) {});
+  for (std::string scheme : {"https://", "sftp://", "scp://"})
+    EXPECT_NE(fetched(scheme + server.authority() + "/x", "active").code, uint32_t{OPEN_TRANSFER_DONE});
+}
 
 TEST_F(Transfer, AConfigurationMustApplyToASwitchInFactoryState) {
   ASSERT_EQ(commit("vlan 10"), OPEN_E_NONE);
@@ -354,6 +371,13 @@ TEST_F(Transfer, UploadsArePutByTheirName) {
   EXPECT_EQ(download_status(), "No download so far.");
 }
 
+TEST_F(Transfer, AnUploadThatTheServerDoesNotWaitForFails) {
+  tiny_server server([](const tiny_connection &client) { client.send(http_answer("")); });
+  write_file(dir.path + "/startup-config", std::string(4 * 1024 * 1024, '\n'));
+  EXPECT_EQ(sent(server.url("/x"), "startup-config"),
+            (ended_transfer{OPEN_TRANSFER_CUT, "Failed: the server did not wait for the whole file."}));
+}
+
 TEST_F(Transfer, AnUploadThatIsRefusedFails) {
   taken_upload taken;
   tiny_server server(
@@ -404,6 +428,19 @@ TEST_F(Transfer, TheArchiveHoldsWhatThereIs) {
   }
   EXPECT_EQ(sent(server.url("/kestrel.cfg"), "kestrel.cfg").code, uint32_t{OPEN_TRANSFER_DONE});
   EXPECT_EQ(untarred(taken.body), files);
+}
+
+TEST_F(Transfer, AnArchiveIsBoundedInSize) {
+  taken_upload taken;
+  tiny_server server([&](const tiny_connection &client) { take_upload(client, &taken, http_answer("")); });
+  set_limit("transfer-archive-kib", 2);
+  write_file(dir.path + "/startup-config", std::string(1024, '\n'));
+  write_file(dir.path + "/backup-config", std::string(1024, '\n'));
+  EXPECT_EQ(sent(server.url("/kestrel.cfg"), "kestrel.cfg").code, uint32_t{OPEN_TRANSFER_DONE});
+  write_file(dir.path + "/backup-config", std::string(1025, '\n'));
+  EXPECT_EQ(
+      sent(server.url("/kestrel.cfg"), "kestrel.cfg"),
+      (ended_transfer{OPEN_TRANSFER_FAILED, "Failed: all files together are too large for an archive."}));
 }
 
 /* --- Arguments ------------------------------------------------------------------------------------------ */
