@@ -6,7 +6,6 @@
 #include "tests/unit/platform/softswitch_test_support.h"
 
 #include <atomic>
-#include <fcntl.h>
 #include <random>
 #include <signal.h>
 #include <sys/stat.h>
