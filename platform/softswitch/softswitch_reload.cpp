@@ -102,6 +102,9 @@ static void log_notice(const char *what, const reload_mode &mode) {
 }
 
 bool reload(std::string *error, uint32_t mode) {
+  /* One at a time: those on order, and those of lab control. */
+  static std::mutex one_at_a_time;
+  std::lock_guard guard(one_at_a_time);
   const reload_mode *wanted = find_mode(mode);
   if (!wanted) {
     *error = "no mode of reloading";
