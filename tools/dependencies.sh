@@ -48,7 +48,7 @@ unpack_servers() {
   rm -rf $folder
   mkdir -p $folder/archives
   (cd $folder/archives && apt-get download -q "$@") >build/servers.log 2>&1 ||
-    die "the packages could not be fetched ('apt-get update' as root may help); what apt-get said is in build/servers.log"
+    die "the packages could not be fetched ('apt-get update' may help); what apt-get said is in build/servers.log"
   for package in $folder/archives/*.deb; do
     dpkg-deb -x "$package" $folder || die "$package could not be unpacked"
   done

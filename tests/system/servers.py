@@ -183,12 +183,12 @@ class FileServer:
     def sshd(self):
         """The user that logs in is the one that the server runs as, by the name of environment()."""
         shutil.copy(Keys.get().path("host"), self.path("host"))
-        os.chmod(self.path("host"), 0o600)
         done = subprocess.run(["openssl", "passwd", "-6", "-stdin"], input=PASSWORD.encode(),
                               stdout=subprocess.PIPE, check=True)
-        uid = os.getuid() or NOBODY
-        self.write_own("passwd", f"{self.user}:{done.stdout.decode().strip()}:{uid}:{uid}::{self.folder}:/bin/sh")
-        self.write_own("group", f"{self.user}:x:{uid}:")
+        uid, gid = (os.getuid(), os.getgid()) if os.getuid() != 0 else (NOBODY, NOBODY)
+        secret = done.stdout.decode("ascii").strip()
+        self.write_own("passwd", f"{self.user}:{secret}:{uid}:{gid}::{self.folder}:/bin/sh")
+        self.write_own("group", f"{self.user}:x:{gid}:")
         self.write_own(
             "conf", f"ListenAddress {NEAR}", f"Port {self.port}", f"HostKey {self.path('host')}",
             "PidFile none", "UsePAM no", "StrictModes no", f"AuthorizedKeysFile {self.path('allowed')}",
@@ -262,12 +262,17 @@ class SlowConnections:
             threading.Thread(target=self.accept, args=(door,), daemon=True).start()
 
     def accept(self, door):
-        port = door.getsockname()[1]
         with contextlib.suppress(OSError):
             while True:
-                near, far = door.accept()[0], socket.create_connection((NEAR, port))
-                for way in ((near, far, None), (far, near, self.size)):
-                    threading.Thread(target=self.carry, args=way, daemon=True).start()
+                near = door.accept()[0]
+                threading.Thread(target=self.connect, args=(near, door.getsockname()[1]), daemon=True).start()
+
+    def connect(self, near, port):
+        with near, socket.create_connection((NEAR, port)) as far:
+            there = threading.Thread(target=self.carry, args=(near, far, None), daemon=True)
+            there.start()
+            self.carry(far, near, self.size)
+            there.join()
 
     def carry(self, source, sink, left):
         """Carries bytes one way, and stops for a while when none are left of those that it may."""
