@@ -17,6 +17,8 @@ esac
 
 # shellcheck disable=SC2086 # a list of packages
 ensure_packages $packages_to_test
+# shellcheck disable=SC2086 # the same
+unpack_servers $servers_to_test
 for preset in $presets; do
   build "$preset"
   say "Testing ($preset)"

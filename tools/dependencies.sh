@@ -2,8 +2,11 @@
 
 packages_to_run="g++ cmake ninja-build pkg-config libssl-dev libjson-c-dev libcrypt-dev libcurl4-openssl-dev libarchive-dev
   ca-certificates openssl curl"
-packages_to_test="$packages_to_run libgtest-dev clang-14 libclang-rt-14-dev python3 binutils procps
-  apache2-bin openssh-client python3-asyncssh python3-pyftpdlib" # servers that are programs only: none of them is a service
+# With what the servers need that transfers are tested with: libraries, and the other half of scp.
+packages_to_test="$packages_to_run libgtest-dev clang-14 libclang-rt-14-dev python3 binutils procps openssh-client
+  libnss-wrapper libaudit1 libcap2 libcom-err2 libgssapi-krb5-2 libkrb5-3 libpam0g libpcre2-8-0 libselinux1 libsystemd0
+  libwrap0"
+servers_to_test="atftpd nginx openssh-server openssh-sftp-server vsftpd"
 
 say() { printf '%s\n' "$*"; }
 
@@ -35,6 +38,21 @@ ensure_packages() {
   { $as_root apt-get update -q && $as_root env DEBIAN_FRONTEND=noninteractive \
       apt-get install -q -y --no-install-recommends $missing; } >build/packages.log 2>&1 ||
     die "the packages could not be installed; what apt-get said is in build/packages.log"
+}
+
+# unpack_servers PACKAGE...: puts them into build/servers. They are not installed, as then they would start as services.
+unpack_servers() {
+  local folder=build/servers package
+  [ "$(cat $folder/packages 2>/dev/null)" != "$*" ] || return 0
+  say "Unpacking, not installing: $*"
+  rm -rf $folder
+  mkdir -p $folder/archives
+  (cd $folder/archives && apt-get download -q "$@") >build/servers.log 2>&1 ||
+    die "the packages could not be fetched ('apt-get update' may help); what apt-get said is in build/servers.log"
+  for package in $folder/archives/*.deb; do
+    dpkg-deb -x "$package" $folder || die "$package could not be unpacked"
+  done
+  printf '%s\n' "$*" >$folder/packages
 }
 
 # build PRESET: configures and builds it, quietly unless it fails.

@@ -1,13 +1,12 @@
 """The far end of transfers: file servers for every scheme, and servers of the test's own that go wrong.
 
-The file servers are programs: Apache for http and https, and serve.py, with libraries that come with the
-system's Python, for the others. No package of them starts a service, and all run as a plain user. They listen
-on loopback ports of their own, each with a folder of its own, and end with the test."""
+The file servers are those of Debian: nginx for http and https, atftpd, vsftpd, and OpenSSH for sftp and scp.
+./test.sh unpacks them without installing them, as then they would start as services. Here they run as a plain
+user, listen on loopback ports of their own, each with a folder of its own, and end with the test."""
 
-import base64
 import contextlib
-import hashlib
 import os
+import select
 import shutil
 import socket
 import ssl
@@ -18,9 +17,9 @@ import urllib.parse
 
 from harness import eventually, free_ports, prepare_child, read_text
 
-USER, PASSWORD = "lab/user", "p@ss wörd%2F+&=?"
+USER, PASSWORD = "lab@user", "p@ss wörd%2F+&=?"
 NOBODY = 65534  # as whom servers run when the test is root
-SERVE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "serve.py")
+NEAR, FAR = "127.0.0.1", "127.0.0.2"  # where servers listen, and where a slow way to them begins
 
 
 def quoted(text):
@@ -41,14 +40,14 @@ def openssl(folder, *words):
 
 
 def make_authority(folder):
-    """Makes an authority of its own, ca.pem, and server.pem, the certificate that it gives 127.0.0.1 with its
-    key."""
+    """Makes an authority of its own, ca.pem, and server.pem, the certificate that it gives the servers, with
+    its key."""
     key = ("-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes")
     openssl(folder, "req", "-x509", *key, "-keyout", "ca.key", "-out", "ca.pem", "-days", "2",
             "-subj", "/CN=authority of the test")
     openssl(folder, "req", *key, "-keyout", "server.key", "-out", "server.csr", "-subj", "/CN=localhost")
     with open(os.path.join(folder, "names"), "w", encoding="ascii") as file:
-        file.write("subjectAltName=IP:127.0.0.1\n")
+        file.write(f"subjectAltName=IP:{NEAR},IP:{FAR}\n")
     openssl(folder, "x509", "-req", "-in", "server.csr", "-CA", "ca.pem", "-CAkey", "ca.key",
             "-CAcreateserial", "-days", "2", "-extfile", "names", "-out", "server.crt")
     with open(os.path.join(folder, "server.pem"), "w", encoding="ascii") as file:
@@ -97,19 +96,35 @@ class FileServer:
         self.home = tempfile.mkdtemp(prefix=f"kestrel-{scheme}-")
         self.folder = self.path("files")
         os.makedirs(os.path.join(self.folder, "private"))
-        self.port, = free_ports(1)
+        self.port, self.data_port = free_ports(2)
+        # Only its anonymous user is none of the system, and it can want a password of that one too.
+        self.user = "anonymous" if scheme == "ftp" else USER
         self.process = None
 
     def path(self, name):
         return os.path.join(self.home, name)
 
+    def write_own(self, name, *lines):
+        with open(self.path(name), "w", encoding="utf-8") as file:
+            file.write("".join(line + "\n" for line in lines))
+
+    def program(self, path):
+        """A program out of a package, where the server's user can read it."""
+        path = os.path.join(os.environ.get("KESTREL_SERVERS", ""), path)
+        if not os.path.exists(path):
+            raise AssertionError(f"{path} is not there: ./test.sh fetches it")
+        return shutil.copy(path, self.home)
+
     def start(self):
-        command = self.apache() if self.scheme in ("http", "https") else self.serve()
+        prepare = {"http": self.nginx, "https": self.nginx, "tftp": self.atftpd, "ftp": self.vsftpd,
+                   "sftp": self.sshd, "scp": self.sshd}[self.scheme]
+        command = prepare()
         self.give_away()
         with open(self.path("output"), "wb") as output:
             self.process = subprocess.Popen(
-                command, cwd=self.home, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
-                user=NOBODY if os.getuid() == 0 else None, extra_groups=[] if os.getuid() == 0 else None,
+                command, cwd=self.home, env={**os.environ, **self.environment()}, stdin=subprocess.DEVNULL,
+                stdout=output, stderr=output, user=NOBODY if os.getuid() == 0 else None,
+                group=NOBODY if os.getuid() == 0 else None, extra_groups=[] if os.getuid() == 0 else None,
                 preexec_fn=prepare_child({}))
         eventually(self.listens, f"a server for {self.scheme} listens: {read_text(self.path('output'))}")
         return self
@@ -126,45 +141,71 @@ class FileServer:
             raise AssertionError(f"the server for {self.scheme} ended: {read_text(self.path('output'))}")
         if self.scheme == "tftp":
             with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe, contextlib.suppress(OSError):
-                probe.bind(("127.0.0.1", self.port))
+                probe.bind((NEAR, self.port))
                 return False
             return True
         with socket.socket() as probe:
-            return probe.connect_ex(("127.0.0.1", self.port)) == 0
+            return probe.connect_ex((NEAR, self.port)) == 0
 
-    def serve(self):
-        """The libraries belong to the system's Python, which the test itself need not run in."""
-        kind = "ssh" if self.scheme in ("sftp", "scp") else self.scheme
-        shutil.copy(Keys.get().path("host"), self.path("host"))
-        program = shutil.copy(SERVE, self.path("serve.py"))  # where the server's user can read it
-        return ["/usr/bin/python3", "-B", "-W", "ignore", program, kind, self.folder, str(self.port), USER,
-                PASSWORD, self.path("host")]
+    # Each writes what a server is to read and returns the command that starts it.
 
-    def apache(self):
-        modules = ["mpm_event", "authz_core", "authz_user", "authn_core", "authn_file", "auth_basic", "dav",
-                   "dav_fs"]
-        lines = [f"ServerRoot {self.home}", "ServerName 127.0.0.1", "PidFile pid", "ErrorLog errors",
-                 f"DefaultRuntimeDir {self.home}", f"Listen 127.0.0.1:{self.port}",
-                 f"DocumentRoot {self.folder}",
-                 "DavLockDB locks", "StartServers 1", "ServerLimit 1", "ThreadsPerChild 8",
-                 "MaxRequestWorkers 8", "<Location />", "Dav on", "</Location>", "<Location /private>",
-                 "AuthType Basic", "AuthName private", f"AuthUserFile {self.path('users')}",
-                 "Require valid-user", "</Location>"]
+    def nginx(self):
+        tls = []
         if self.scheme == "https":
             shutil.copy(Keys.get().path("server.pem"), self.path("pem"))
-            modules.append("ssl")
-            lines += ["SSLEngine on", f"SSLCertificateFile {self.path('pem')}"]
-        lines[:0] = [f"LoadModule {name}_module /usr/lib/apache2/modules/mod_{name}.so" for name in modules]
-        with open(self.path("httpd.conf"), "w", encoding="ascii") as file:
-            file.write("".join(line + "\n" for line in lines))
-        digest = base64.b64encode(hashlib.sha1(PASSWORD.encode()).digest()).decode()
-        with open(self.path("users"), "w", encoding="ascii") as file:
-            file.write(f"{USER}:{{SHA}}{digest}\n")
-        return ["/usr/sbin/apache2", "-X", "-f", self.path("httpd.conf")]
+            tls = ["ssl_certificate pem;", "ssl_certificate_key pem;"]
+        kept = [f"{kind}_temp_path {self.path(kind)};"
+                for kind in ("client_body", "proxy", "fastcgi", "uwsgi", "scgi")]
+        self.write_own("users", f"{self.user}:{{PLAIN}}{PASSWORD}")
+        self.write_own(
+            "conf", "daemon off;", "master_process off;", "pid pid;", "error_log stderr;", "events { }",
+            "http {", "access_log off;", *kept, "server {",
+            f"listen {NEAR}:{self.port}{' ssl' if tls else ''};", *tls, f"root {self.folder};",
+            "dav_methods PUT;", "location /private/ {", "auth_basic private;", "auth_basic_user_file users;",
+            "}", "}", "}")
+        return [self.program("usr/sbin/nginx"), "-p", self.home, "-e", "stderr", "-c", self.path("conf")]
+
+    def atftpd(self):
+        return [self.program("usr/sbin/atftpd"), "--daemon", "--no-fork", "--logfile", "-",
+                "--port", str(self.port), "--bind-address", NEAR, self.folder]
+
+    def vsftpd(self):
+        self.write_own("words", PASSWORD)
+        self.write_own(
+            "conf", "listen=YES", f"listen_address={NEAR}", f"listen_port={self.port}", "background=NO",
+            f"pasv_min_port={self.data_port}", f"pasv_max_port={self.data_port}",
+            "run_as_launching_user=YES", "ftp_username=nobody", f"anon_root={self.folder}",
+            "secure_email_list_enable=YES", f"email_password_file={self.path('words')}",
+            "delay_failed_login=0", "write_enable=YES", "anon_upload_enable=YES",
+            "anon_other_write_enable=YES", "anon_world_readable_only=NO")
+        return [self.program("usr/sbin/vsftpd"), self.path("conf")]
+
+    def sshd(self):
+        """The user that logs in is the one that the server runs as, by the name of environment()."""
+        shutil.copy(Keys.get().path("host"), self.path("host"))
+        done = subprocess.run(["openssl", "passwd", "-6", "-stdin"], input=PASSWORD.encode(),
+                              stdout=subprocess.PIPE, check=True)
+        uid, gid = (os.getuid(), os.getgid()) if os.getuid() != 0 else (NOBODY, NOBODY)
+        secret = done.stdout.decode("ascii").strip()
+        self.write_own("passwd", f"{self.user}:{secret}:{uid}:{gid}::{self.folder}:/bin/sh")
+        self.write_own("group", f"{self.user}:x:{gid}:")
+        self.write_own(
+            "conf", f"ListenAddress {NEAR}", f"Port {self.port}", f"HostKey {self.path('host')}",
+            "PidFile none", "UsePAM no", "StrictModes no", f"AuthorizedKeysFile {self.path('allowed')}",
+            f"Subsystem sftp {self.program('usr/lib/openssh/sftp-server')}")
+        return [self.program("usr/sbin/sshd"), "-D", "-e", "-f", self.path("conf")]
+
+    def environment(self):
+        """Gives sshd a user that is none of the system."""
+        if self.scheme not in ("sftp", "scp"):
+            return {}
+        return {"LD_PRELOAD": "libnss_wrapper.so", "NSS_WRAPPER_PASSWD": self.path("passwd"),
+                "NSS_WRAPPER_GROUP": self.path("group")}
 
     def finish(self):
-        self.process.terminate()
-        self.process.wait()
+        if self.process is not None:
+            self.process.terminate()
+            self.process.wait()
         shutil.rmtree(self.home)
 
     # Its files
@@ -185,29 +226,104 @@ class FileServer:
 
     def allow_key(self, public):
         """Lets whoever has the key in as the user, without a password: sftp and scp."""
-        with open(self.path("allowed"), "w", encoding="ascii") as file:
-            file.write(public)
+        self.write_own("allowed", public)
 
-    @contextlib.contextmanager
-    def holding(self, name):
-        """While it lasts, the server gives no more than the first half of a file (see serve.py)."""
-        self.write(name + ".hold", b"")
-        try:
-            yield
-        finally:
-            os.unlink(os.path.join(self.folder, name + ".hold"))
-
-    def url(self, name, user=USER, password=PASSWORD):
-        """The URL of a file; without user or password when that is None."""
+    def url(self, name, user="", password=PASSWORD, address=NEAR):
+        """The URL of a file, with the server's own user unless there is another; without user or password
+        when that is None."""
+        user = self.user if user == "" else user
         who = "" if user is None or self.scheme == "tftp" else quoted(user)
         who += f":{quoted(password)}@" if who and password is not None else "@" if who else ""
-        return f"{self.scheme}://{who}127.0.0.1:{self.port}/{name}"
+        home = "~/" if self.scheme in ("sftp", "scp") else ""
+        return f"{self.scheme}://{who}{address}:{self.port}/{home}{name}"
+
+    def slow_way(self, size):
+        """A way to the server by the address FAR, from where no more than so many bytes of a connection come
+        until it is free."""
+        return (SlowDatagrams if self.scheme == "tftp" else SlowConnections)(self, size)
 
 
-def known_host(port):
+def known_host(port, address=NEAR):
     """A line for a known_hosts file: the servers for sftp and scp have this key."""
     kind, key = read_text(Keys.get().path("host.pub")).split()[:2]
-    return f"[127.0.0.1]:{port} {kind} {key}\n"
+    return f"[{address}]:{port} {kind} {key}\n"
+
+
+# --- Slow ways to the programs -----------------------------------------------------------------------------
+
+class SlowConnections:
+    """Listens on FAR by the port numbers that the server has on NEAR, so that those it tells are right."""
+
+    def __init__(self, server, size):
+        self.size = size
+        self.free = threading.Event()
+        self.doors = [socket.create_server((FAR, port)) for port in (server.port, server.data_port)]
+        for door in self.doors:
+            threading.Thread(target=self.accept, args=(door,), daemon=True).start()
+
+    def accept(self, door):
+        with contextlib.suppress(OSError):
+            while True:
+                near = door.accept()[0]
+                threading.Thread(target=self.connect, args=(near, door.getsockname()[1]), daemon=True).start()
+
+    def connect(self, near, port):
+        with near, socket.create_connection((NEAR, port)) as far:
+            there = threading.Thread(target=self.carry, args=(near, far, None), daemon=True)
+            there.start()
+            self.carry(far, near, self.size)
+            there.join()
+
+    def carry(self, source, sink, left):
+        """Carries bytes one way, and stops for a while when none are left of those that it may."""
+        with contextlib.suppress(OSError):
+            while data := source.recv(65536):
+                if left is not None:
+                    sink.sendall(data[:left])
+                    data, left = data[left:], max(left - len(data), 0)
+                    if data:
+                        self.free.wait()
+                        left = None
+                sink.sendall(data)
+            sink.shutdown(socket.SHUT_WR)
+
+    def finish(self):
+        self.free.set()
+        for door in self.doors:
+            door.shutdown(socket.SHUT_RDWR)
+            door.close()
+
+
+class SlowDatagrams:
+    """The same for one transfer of TFTP, whose server answers from a port of its choice."""
+
+    def __init__(self, server, size):
+        self.size = size
+        self.free = threading.Event()
+        self.door, self.back = (socket.socket(socket.AF_INET, socket.SOCK_DGRAM) for _ in range(2))
+        self.door.bind((FAR, server.port))
+        self.server = (NEAR, server.port)
+        self.ended = threading.Event()
+        threading.Thread(target=self.carry, daemon=True).start()
+
+    def carry(self):
+        client = None
+        with self.door, self.back:
+            while not self.ended.is_set():
+                ready = select.select([self.door, self.back], [], [], 0.1)[0]
+                if self.door in ready:
+                    data, client = self.door.recvfrom(65536)
+                    self.back.sendto(data, self.server)
+                if self.back in ready:
+                    data, self.server = self.back.recvfrom(65536)
+                    self.size -= len(data)
+                    if self.size < 0:
+                        self.free.wait()
+                    self.door.sendto(data, client)
+
+    def finish(self):
+        self.ended.set()
+        self.free.set()
 
 
 # --- Servers that go wrong ---------------------------------------------------------------------------------

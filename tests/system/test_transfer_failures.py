@@ -300,7 +300,7 @@ class Secrets(TransferTest):
                 reply = self.logged_in.ask("POST", "/download/image", urllib.parse.urlencode(form))
                 self.assert_answers(reply, STARTING, {})
                 self.outcome()
-            self.assertIn(f":{server.port}/a.img", self.everything_said())
+            self.assertIn(server.url("a.img", user=None), self.everything_said())
         self.assert_not_said(servers.PASSWORD, "wr0ng/w0rd", servers.USER)
 
     def test_urls_that_are_refused(self):

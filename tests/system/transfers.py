@@ -33,8 +33,9 @@ class TransferTest(FlowTest):
     def setUp(self):
         super().setUp()
         self.trust("trusted-ca.pem", read_text(servers.Keys.get().path("ca.pem")))
-        self.trust("known_hosts",
-                   "".join(servers.known_host(server.port) for server in self.servers.values()))
+        self.trust("known_hosts", "".join(servers.known_host(server.port, address)
+                                          for server in self.servers.values()
+                                          for address in (servers.NEAR, servers.FAR)))
 
     def trust(self, name, text):
         with open(self.stored_path(name), "w", encoding="ascii") as file:
