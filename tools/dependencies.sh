@@ -23,19 +23,22 @@ missing_packages() {
   done
 }
 
+# as_root COMMAND...: runs it as root, through sudo if need be.
+as_root() {
+  if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
 # ensure_packages PACKAGE...: installs those that are missing, as root or through sudo.
 ensure_packages() {
   command -v dpkg-query >/dev/null || die "this script knows Debian 12 only; elsewhere install: $*"
-  local missing as_root=""
+  local missing
   missing=$(missing_packages "$@")
   [ -n "$missing" ] || return 0
-  if [ "$(id -u)" != 0 ]; then
-    command -v sudo >/dev/null || die "these packages are missing, install them as root: $missing"
-    as_root=sudo
-  fi
+  [ "$(id -u)" = 0 ] || command -v sudo >/dev/null ||
+    die "these packages are missing, install them as root: $missing"
   say "Installing: $missing"
   # shellcheck disable=SC2086 # the lists are meant to be split
-  { $as_root apt-get update -q && $as_root env DEBIAN_FRONTEND=noninteractive \
+  { as_root apt-get update -q && as_root env DEBIAN_FRONTEND=noninteractive \
       apt-get install -q -y --no-install-recommends $missing; } >build/packages.log 2>&1 ||
     die "the packages could not be installed; what apt-get said is in build/packages.log"
 }
@@ -47,8 +50,9 @@ unpack_servers() {
   say "Unpacking, not installing: $*"
   rm -rf $folder
   mkdir -p $folder/archives
-  (cd $folder/archives && apt-get download -q "$@") >build/servers.log 2>&1 ||
-    die "the packages could not be fetched ('apt-get update' may help); what apt-get said is in build/servers.log"
+  # The lists of packages may be out of date, or not there.
+  (cd $folder/archives && { apt-get download -q "$@" || { as_root apt-get update -q && apt-get download -q "$@"; }; }) \
+    >build/servers.log 2>&1 || die "the packages could not be fetched; what apt-get said is in build/servers.log"
   for package in $folder/archives/*.deb; do
     dpkg-deb -x "$package" $folder || die "$package could not be unpacked"
   done

@@ -224,13 +224,14 @@ class Daemon:
     # What it says
 
     def log_lines(self):
-        """(severity, "file:line", text) of every line in its log file, the older half included."""
+        """(severity, "file:line", text) of every line in its log file, the older half included. A last line that
+        has no end was being written when the daemon was killed, and does not count."""
         lines = []
         for name in ("log.1", "log"):
             path = os.path.join(self.state_dir, name)
             if not os.path.isfile(path):
                 continue
-            for line in read_text(path).splitlines():
+            for line in read_text(path).rpartition("\n")[0].splitlines():
                 match = LOG_LINE.fullmatch(line)
                 if match is None:
                     self.complaints.append(f"malformed log line: {line!r}")
