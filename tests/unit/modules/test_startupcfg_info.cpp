@@ -373,6 +373,7 @@ TEST_F(StartupcfgInfoTest, AppendedKeysStandInLinesOfTheirOwn) {
   EXPECT_EQ(rewritten(long_line), long_line + "\ncfg_time:c\ncfg_update:u\n");
   EXPECT_EQ(rewritten("cfg_time:c"), "cfg_time:c\ncfg_update:u\n");
   EXPECT_EQ(rewritten("cfg_update:c"), "cfg_update:c\ncfg_time:c\n");
+  EXPECT_EQ(rewritten("cfg_time:x\ncfg_update:x\na:1"), "cfg_time:c\ncfg_update:u\na:1");
 }
 
 /* What begins like a key behind the 255th character is not at the start of a line. */
