@@ -26,7 +26,8 @@ typedef struct OPEN_CLI_SCRIPT_LIST_s {
 open_error_t rpcclt_openapiTxtCfgFilesListGet(openapiClientHandle_t *handle,
                                               struct OPEN_CLI_SCRIPT_LIST_s *list);
 /* Checks a script whole, then applies all of its lines as one change. Which line was wrong, and why, is in
- * the log. OPEN_E_FAIL     a line is wrong, or the change cannot be stored; nothing has been changed */
+ * the log.
+ * OPEN_E_FAIL     a line is wrong, or the change cannot be stored; nothing has been changed */
 open_error_t rpcclt_openapiTxtCfgValidateAndApply(openapiClientHandle_t *handle, open_buffdesc *name);
 /* OPEN_E_FAIL     the file cannot be removed */
 open_error_t rpcclt_openapiTxtCfgFileDelete(openapiClientHandle_t *handle, open_buffdesc *name);

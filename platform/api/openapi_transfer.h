@@ -32,9 +32,11 @@ enum {
 
 /* Starts fetching a file. What was there before stays until the new one is complete and checked.
  *   url      1..1023 characters; may hold user and password, which no log shows
- *   target   "active" or "backup", a software image; "startup-config" or "backup-config", a configuration
- * that must apply to a switch in factory state; or the name of a script (openapi_script.h), whose lines must
- * be lines of the configuration language OPEN_E_PARAM    no URL of a known scheme, or no such target
+ *   target   "active" or "backup", a software image;
+ *            "startup-config" or "backup-config", a configuration that must apply to a switch in factory
+ *            state; or the name of a script (openapi_script.h), whose lines must be lines of the
+ *            configuration language
+ * OPEN_E_PARAM    no URL of a known scheme, or no such target
  * OPEN_E_UNAVAIL  another transfer is in progress
  * OPEN_E_FULL     there is no room for another script
  * OPEN_E_ERROR    the transfer cannot be started */
