@@ -36,12 +36,6 @@ static std::string journal_path(const std::string &dir, uint64_t generation) {
   return path_of(dir, journal_prefix) + std::to_string(generation);
 }
 
-/* Fills in the reason from errno; false, so that callers can return it. */
-static bool failed(const std::string &path, std::string *error) {
-  *error = path + ": " + strerror(errno);
-  return false;
-}
-
 /* Opens a file for reading and writing, made for this user alone when it is missing; -1 with errno. */
 static int open_or_make(const std::string &path, int more_flags = 0) {
   int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | more_flags, 0600);

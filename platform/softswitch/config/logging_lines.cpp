@@ -2,10 +2,12 @@
  * here they get their words. */
 #include "platform/softswitch/config/logging_lines.h"
 
+#include "platform/softswitch/config/words.h"
+
 namespace softswitch {
 
-static const std::string severity_range = "severity out of range 0..7";
-static const std::string port_range = "UDP port out of range 1..65535";
+static const std::string severity_range = range_words("severity", 0, log_severity_max);
+static const std::string port_range = range_words("UDP port", 1, udp_port_max);
 
 /* Says what is wrong with a value that a rule refused; passes the code on. */
 static open_error_t explain_range(open_error_t rc, const std::string &range, std::string *error) {

@@ -12,40 +12,29 @@ void logging_reset(switch_model &model) {
   *model.logging.edit() = logging_table();
 }
 
-/* The table for changing, the change noted. */
-static logging_table *edit(switch_model &model) {
-  next_change(model);
-  return model.logging.edit();
-}
-
-/* Gives a setting a value, as a change when that is another one. */
-template <typename T> static void set(switch_model &model, T logging_table::*setting, T value) {
-  if ((*model.logging).*setting != value) edit(model)->*setting = value;
-}
-
 /* --- Modes and thresholds ------------------------------------------------------------------------------- */
 
 void logging_set_cli(switch_model &model, bool on) {
-  set(model, &logging_table::cli, on);
+  set_member(model, &switch_model::logging, &logging_table::cli, on);
 }
 
 void logging_set_console(switch_model &model, bool on) {
-  set(model, &logging_table::console, on);
+  set_member(model, &switch_model::logging, &logging_table::console, on);
 }
 
 open_error_t logging_set_console_severity(switch_model &model, uint32_t severity) {
   if (severity > log_severity_max) return OPEN_E_PARAM;
-  set(model, &logging_table::console_severity, severity);
+  set_member(model, &switch_model::logging, &logging_table::console_severity, severity);
   return OPEN_E_NONE;
 }
 
 void logging_set_syslog(switch_model &model, bool on) {
-  set(model, &logging_table::syslog, on);
+  set_member(model, &switch_model::logging, &logging_table::syslog, on);
 }
 
 open_error_t logging_set_syslog_port(switch_model &model, uint32_t port) {
   if (port == 0 || port > udp_port_max) return OPEN_E_PARAM;
-  set(model, &logging_table::syslog_port, port);
+  set_member(model, &switch_model::logging, &logging_table::syslog_port, port);
   return OPEN_E_NONE;
 }
 
@@ -91,6 +80,12 @@ bool logging_address_valid(std::string_view address) {
 }
 
 /* --- Hosts ---------------------------------------------------------------------------------------------- */
+
+/* The table for changing, the change noted. */
+static logging_table *edit(switch_model &model) {
+  next_change(model);
+  return model.logging.edit();
+}
 
 open_error_t logging_host_check(const switch_model &model, std::string_view address) {
   if (!logging_address_valid(address)) return OPEN_E_PARAM;

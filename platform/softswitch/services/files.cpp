@@ -13,8 +13,7 @@ file_guard::~file_guard() {
   if (fd >= 0) close(fd);
 }
 
-/* Fills in the reason from errno; false, so that callers can return it. */
-static bool failed(const std::string &path, std::string *error) {
+bool failed(const std::string &path, std::string *error) {
   *error = path + ": " + strerror(errno);
   return false;
 }

@@ -21,6 +21,9 @@ public:
   const int fd;
 };
 
+/* Makes the reason "PATH: what errno says"; false, so that callers can return it. */
+bool failed(const std::string &path, std::string *error);
+
 /* Reads the rest of an open file into `text`. False with the reason ("PATH: reason") when it cannot be read
  * or holds more than `size_max` bytes. `path` is for the reason only. */
 bool read_file(int fd, const std::string &path, size_t size_max, std::string *text, std::string *error);
@@ -38,6 +41,10 @@ bool write_all(int fd, std::string_view text);
  * whole. */
 bool replace_file(const std::string &path, std::string_view text, mode_t mode, std::string *error);
 
+/* The second half of that for a file that has been written and synced already: renames it over PATH and syncs
+ * the directory. False with the reason; both files are then as they were. */
+bool move_into_place(const std::string &new_file, const std::string &path, std::string *error);
+
 /* Removes a file and syncs the directory. That there is none is no failure; false with the reason for any
  * other. */
 bool remove_file(const std::string &path, std::string *error);
@@ -51,10 +58,6 @@ struct file_stamp {
   int64_t seconds = 0, nanoseconds = 0; /* of the last change */
 };
 file_stamp stamp_of(const std::string &path);
-
-/* The second half of that for a file that has been written and synced already: renames it over PATH and syncs
- * the directory. False with the reason; both files are then as they were. */
-bool move_into_place(const std::string &new_file, const std::string &path, std::string *error);
 
 /* Makes a folder (mode 700) for the owner of the directory that it is in, when it is missing. False with the
  * reason when it cannot be made or something else has its name. */

@@ -83,8 +83,9 @@ void append_redacted(std::string *line, std::string_view text) {
   size_t at = 0;
   while ((at = next_candidate(text, at)) < text.size()) {
     size_t start = behind_scheme(text, at);
-    bool encoded = text.substr(at, start - at).find('%') != std::string_view::npos;
-    if (start == std::string_view::npos || (encoded && at < clean)) {
+    bool found = start != std::string_view::npos;
+    bool encoded = found && text.substr(at, start - at).find('%') != std::string_view::npos;
+    if (!found || (encoded && at < clean)) {
       at++;
       continue;
     }

@@ -219,28 +219,32 @@ bool process_memory(memory_figures *memory) {
   return memory_read(running().proc, memory);
 }
 
-/* Makes a text of a fresh reading and the history, which begins with that reading when it is empty. */
-template <typename Make> static bool make_text(Make make) {
+/* Makes a text of a fresh reading and the history, which before the first sample is that reading alone. */
+template <typename Make> static void make_text(const cpu_reading &reading, Make make) {
   running_figures &figures = running();
-  cpu_reading reading;
-  if (!cpu_read(figures.proc, &reading)) return false;
   int64_t now = monotonic_ms();
   std::lock_guard<std::mutex> hold(figures.lock);
-  if (figures.history.empty()) cpu_history_add(&figures.history, now, reading);
-  make(figures.history, now, reading);
-  return true;
+  if (!figures.history.empty()) return make(figures.history, now);
+  cpu_history begun;
+  cpu_history_add(&begun, now, reading);
+  make(begun, now);
 }
 
 bool process_total_text(std::string *text) {
-  return make_text([&](const cpu_history &history, int64_t now, const cpu_reading &reading) {
-    *text = cpu_total_text(history, now, reading);
-  });
+  cpu_reading reading; /* without the processes, each of which is a file to read */
+  if (!cpu_ticks_read(running().proc, &reading.all)) return false;
+  make_text(reading,
+            [&](const cpu_history &history, int64_t now) { *text = cpu_total_text(history, now, reading); });
+  return true;
 }
 
 bool process_list_text(size_t size_max, std::string *text, uint32_t *count) {
-  return make_text([&](const cpu_history &history, int64_t now, const cpu_reading &reading) {
+  cpu_reading reading;
+  if (!cpu_read(running().proc, &reading)) return false;
+  make_text(reading, [&](const cpu_history &history, int64_t now) {
     *text = cpu_list_text(history, now, reading, size_max, count);
   });
+  return true;
 }
 
 } // namespace softswitch

@@ -42,12 +42,6 @@ std::string stored_path(const std::string &state_dir, std::string_view name) {
   return folder_of(state_dir, stored_kind_of(name)) + "/" + std::string(name);
 }
 
-/* Fills in the reason from errno; false, so that callers can return it. */
-static bool failed(const std::string &path, std::string *error) {
-  *error = path + ": " + strerror(errno);
-  return false;
-}
-
 /* Whether a path is that of a regular file. A folder on the way that is a link leads to none. */
 static bool is_file(const std::string &path) {
   struct stat folder, found;
@@ -66,9 +60,8 @@ bool stored_read(const std::string &state_dir, std::string_view name, std::strin
   std::string path = stored_path(state_dir, name);
   *exists = is_file(path);
   if (!*exists) return true;
-  file_guard file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (file.fd < 0) return failed(path, error);
-  return read_file(file.fd, path, stored_text_max, text, error);
+  file_guard file(open_regular_file(path, error));
+  return file.fd >= 0 && read_file(file.fd, path, stored_text_max, text, error);
 }
 
 bool stored_install(const std::string &state_dir, std::string_view name, const std::string &new_file,
@@ -134,8 +127,8 @@ bool image_describe(const std::string &state_dir, std::string_view name, uint64_
 }
 
 static std::string image_info(const std::string &path) {
-  file_guard file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   std::string text, error;
+  file_guard file(open_regular_file(path, &error));
   if (file.fd < 0 || !read_file(file.fd, path, image_info_max, &text, &error)) return "unknown";
   return text.substr(0, text.find('\n'));
 }
