@@ -4,17 +4,28 @@
  * Reading order: mg_server.cpp (server and options), mg_conn.cpp (one connection's life: events, request
  * state machine, end of a request), mg_request.cpp (parsing a head), mg_vars.cpp (request variables),
  * mg_reply.cpp (status, headers, chunks, error replies), mg_log.cpp (access log), mg_wakeup.cpp (calls from
- * other threads, iteration), mg_client.cpp (outbound client). */
+ * other threads, iteration), mg_client.cpp (outbound client), mg_websocket.cpp (WebSocket).
+ *
+ * A request that the handler declines is served by the endpoints that the server has by itself:
+ * mg_file_request.cpp decides which one; mg_path.cpp (from URI to file), mg_match.cpp (patterns),
+ * mg_mime.cpp, mg_date.cpp, mg_file.cpp (files), mg_listing.cpp (directories), mg_auth.cpp (digest
+ * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp and mg_cgi_environment.cpp (CGI),
+ * mg_child.cpp (child processes), mg_ssi.cpp (server-side includes), mg_template.cpp, mg_proxy.cpp (forward
+ * proxy). */
 #ifndef KESTREL_SERVER_HTTP_CONN_H
 #define KESTREL_SERVER_HTTP_CONN_H
 
 #include "server/tidewell.h"
+
+#include <sys/stat.h>
+#include <sys/types.h>
 
 enum {
   MG_IDLE_TIMEOUT_SECONDS = 300,  /* a client connection without any read or write for longer is closed */
   MG_DATA_BUFFER_SIZE = 8192,     /* mg_printf_data() formats into this much stack */
   MG_MAX_QUEUED_OUTPUT = 1 << 20, /* a client with more waiting for it is not read until it takes some */
   MG_ERROR_BODY_SIZE = 200,       /* the text of an error reply is cut to this length */
+  MG_MAX_PATH = 4096,             /* bytes of a file's path with its terminator */
 };
 
 /* Who serves the current request. */
@@ -47,8 +58,11 @@ struct connection {
   int request_len;        /* length of the head; 0 not complete yet, negative malformed */
 
   /* This layer's own bookkeeping. */
-  int head_scanned;       /* bytes of the incomplete head looked at already */
-  bool request_delivered; /* MG_REQUEST has been raised for the current request */
+  int head_scanned;          /* bytes of the incomplete head looked at already */
+  bool request_delivered;    /* MG_REQUEST has been raised for the current request */
+  int64_t file_left;         /* EP_FILE: bytes of the file still to be sent */
+  struct put_upload *upload; /* EP_PUT: what is being written (mg_put.cpp) */
+  pid_t cgi_pid;             /* EP_CGI: the process */
 };
 
 /* The record around the mg_connection that a handler was given. */
@@ -121,6 +135,136 @@ void try_parse_head(struct connection *);
 void on_recv_data(struct connection *);
 /* Ends the current request: logs it, forgets it, and keeps or closes the connection. */
 void close_local_endpoint(struct connection *);
+/* For the callbacks of sockets that serve a client (a CGI process's pipe, a proxied server): `peer` closes,
+ * so its client (user_data; null when it is gone) is drained and closed. */
+void release_client(struct ns_connection *peer);
+/* Stops reading `from` while more than MG_MAX_QUEUED_OUTPUT bytes wait to be written to `to`. Called when
+ * bytes were queued to `to`. */
+void hold_back(struct ns_connection *from, const struct ns_connection *to);
+/* The counterpart, at NET_EV_SEND of `to` (whose `sent` bytes are still at the front of its send buffer). */
+void let_go(struct ns_connection *from, const struct ns_connection *to, int sent);
+
+/* --- WebSocket (mg_websocket.cpp; RFC 6455) ------------------------------------------------------------ */
+
+/* If the request asks for an upgrade: sets is_websocket, raises MG_WS_HANDSHAKE, answers 101 unless the
+ * handler has answered, and raises MG_WS_CONNECT. */
+void answer_websocket_upgrade(struct connection *);
+/* Gives every complete frame of the receive buffer to the handler and removes it. */
+void deliver_websocket_frames(struct connection *);
+/* Sends an empty ping on a connection that has been idle for more than 5 seconds. */
+void keep_websocket_alive(struct connection *, time_t now);
+
+/* --- Declined requests (mg_file_request.cpp) ----------------------------------------------------------- */
+
+/* Serves a request under document_root: authorises it, and gives it to WebDAV, CGI, SSI, listing or file
+ * sending; 404 without document_root. */
+void serve_file_request(struct connection *);
+
+/* --- From URI to file (mg_path.cpp, mg_match.cpp) ------------------------------------------------------ */
+
+/* Where a URI leads. */
+struct file_target {
+  char path[MG_MAX_PATH]; /* the file; it need not exist */
+  char root[MG_MAX_PATH]; /* the directory that the path must not leave: document_root or that of a rewrite */
+  bool exists;            /* whether there is such a file or directory; st is filled in then */
+  struct stat st;
+};
+/* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites.
+ * When nothing is there and a leading part of the path is a file that cgi_pattern matches, that file is the
+ * target and the rest becomes the connection's path_info. A target that would lie outside its root, by
+ * whatever way (symbolic links too), or that is hidden, is reported as not existing with an empty path. False
+ * when document_root is unset and no rewrite matches, or the path is too long. */
+bool find_file_target(struct connection *, struct file_target *);
+/* Whether a path (links followed; its last component need not exist) lies in the directory `root` or is it.
+ */
+bool is_inside(const char *root, const char *path);
+/* Whether hide_files_patterns or the built-in pattern of password files matches. */
+bool must_hide_file(const struct mg_server *, const char *path);
+/* Matches a text from its beginning with a pattern of alternatives separated by "|": "**" stands for any
+ * characters, "*" for any but "/", "?" for one but "/", "$" for the end; all others for themselves in any
+ * case. Returns the length of what matched, -1 when nothing did. */
+int mg_match_prefix(const char *pattern, int pattern_len, const char *text);
+/* The same for an option; false when the option is unset. */
+bool option_matches(const struct mg_server *, enum mg_option, const char *text);
+
+/* --- Files (mg_file.cpp, mg_mime.cpp, mg_date.cpp, mg_listing.cpp) ------------------------------------- */
+
+/* Answers with the file, or 304, 206, 416 as the request's headers ask, and begins to send it.
+ * `extra_headers`: whole header lines, or null. */
+void open_file_endpoint(struct connection *, const char *path, const struct stat *,
+                        const char *extra_headers);
+/* Queues the next part of the file being sent; ends the request after the last. Called in every pass. */
+void transfer_file_data(struct connection *);
+/* The content type of a file by its name: of extra_mime_types, else of the built-in table. Not terminated. */
+struct vec mime_type_of(const struct mg_server *, const char *path);
+/* "%a, %d %b %Y %H:%M:%S GMT" (RFC 9110 section 5.6.7), whatever the locale. */
+enum { MG_DATE_SIZE = 40 };
+void print_http_date(time_t, char out[MG_DATE_SIZE]);
+/* Reads a date of a request header in any of the four forms that are understood; 0 for anything else. */
+time_t parse_http_date(const char *text);
+/* The entity tag of a file, with its quotes. */
+enum { MG_ETAG_SIZE = 64 };
+void print_etag(const struct stat *, char out[MG_ETAG_SIZE]);
+/* One entry of a directory. */
+struct dir_entry {
+  struct connection *conn;
+  char *file_name; /* heap text */
+  struct stat st;
+};
+/* Reads the entries of a directory but ".", ".." and hidden ones; what they point to must lie inside `root`.
+ * Returns their number, -1 when the directory cannot be read. free_directory() releases them. */
+int scan_directory(struct connection *, const char *directory, const char *root, struct dir_entry **entries);
+void free_directory(struct dir_entry *entries, int count);
+/* Appends a path to `out` with all but unreserved characters and "/" %-encoded (RFC 3986), cut at the size;
+ * and a text with the characters that mean something in HTML and XML replaced. Both terminate. */
+void append_url_encoded(char *out, size_t size, const char *path);
+void append_html_escaped(char *out, size_t size, const char *text);
+/* Answers with the page that lists a directory and ends the request. */
+void send_directory_listing(struct connection *, const struct file_target *);
+
+/* --- Digest authentication (mg_auth.cpp; RFC 2617) ----------------------------------------------------- */
+
+/* Whether the request carries the right digest for the password file that protects `path`: global_auth_file,
+ * else
+ * ".htpasswd" in its directory. True when there is no such file. */
+bool is_authorised(struct connection *, const char *path);
+/* Whether it carries one for dav_auth_file; false when that is unset or cannot be read. */
+bool is_authorised_for_dav(struct connection *);
+
+/* --- WebDAV (mg_dav.cpp, mg_put.cpp; RFC 4918) --------------------------------------------------------- */
+
+/* Answer and end the request. The target may not exist. */
+void handle_propfind(struct connection *, const struct file_target *);
+void handle_mkcol(struct connection *, const struct file_target *);
+void handle_delete(struct connection *, const struct file_target *);
+/* Begins an upload (EP_PUT); write_upload() takes what has arrived of the body, and answers after the last
+ * byte. release_upload() at the end of the request: what is incomplete leaves no trace. */
+void handle_put(struct connection *, const struct file_target *);
+void write_upload(struct connection *);
+void release_upload(struct connection *);
+
+/* --- CGI (mg_cgi.cpp; RFC 3875) ------------------------------------------------------------------------ */
+
+/* Starts the program (EP_CGI). */
+void open_cgi_endpoint(struct connection *, const struct file_target *);
+/* Passes what has arrived of the body on to the program. */
+void forward_to_cgi(struct connection *);
+/* At the end of the request: detaches the pipe, and ends the program when it is still running. */
+void release_cgi(struct connection *);
+
+/* --- Server-side includes (mg_ssi.cpp) and templates (mg_template.cpp) --------------------------------- */
+
+/* Answers with the file, its directives carried out, and ends the request. */
+void send_ssi_file(struct connection *, const struct file_target *);
+
+/* --- Forward proxy (mg_proxy.cpp) ---------------------------------------------------------------------- */
+
+/* Serves CONNECT and requests with an absolute URI: connects to the server that it names (EP_PROXY). */
+void open_proxy_endpoint(struct connection *);
+/* Passes what the client has sent on to the server. */
+void forward_to_proxied_server(struct connection *);
+/* At the end of the request: detaches and dooms the server's socket. */
+void release_proxied_server(struct connection *);
 
 /* --- Outbound client (mg_client.cpp) ------------------------------------------------------------------- */
 

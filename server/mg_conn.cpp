@@ -11,6 +11,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <strings.h>
+#include <unistd.h>
 
 struct connection *connection_of(const struct mg_connection *conn) {
   char *member = reinterpret_cast<char *>(const_cast<mg_connection *>(conn));
@@ -54,13 +55,33 @@ static void forget_request(struct connection *conn) {
   c->connection_param = c->callback_param = nullptr;
 }
 
+/* Gives back what the endpoint holds. */
+static void release_endpoint(struct connection *conn) {
+  switch (conn->endpoint_type) {
+  case EP_FILE:
+    close(conn->endpoint.fd);
+    break;
+  case EP_PUT:
+    release_upload(conn);
+    break;
+  case EP_CGI:
+    release_cgi(conn);
+    break;
+  case EP_PROXY:
+    release_proxied_server(conn);
+    break;
+  case EP_NONE:
+  case EP_USER:
+  case EP_CLIENT:
+    break;
+  }
+}
+
 void close_local_endpoint(struct connection *conn) {
   struct ns_connection *nc = conn->ns_conn;
   const struct mg_connection *c = &conn->mg_conn;
   const bool keep_alive = should_keep_alive(conn);
-
-  /* EP_USER holds nothing to be released. A file (EP_FILE, EP_PUT) would be closed here, and the socket of a
-   * CGI process or proxied server (EP_CGI, EP_PROXY) doomed and detached. */
+  release_endpoint(conn);
 
   const char *log = conn->server->config_options[ACCESS_LOG_FILE];
   const bool logged = c->status_code > 0 && c->status_code != 400 && conn->endpoint_type != EP_CLIENT;
@@ -89,14 +110,14 @@ static void serve_declined_request(struct connection *conn) {
   const bool proxy_allowed = enable_proxy != nullptr && strcmp(enable_proxy, "yes") == 0;
   const bool wants_proxy = strcmp(c->request_method, "CONNECT") == 0 || strncasecmp(c->uri, "http", 4) == 0;
 
-  if (wants_proxy && !proxy_allowed) {
+  if (wants_proxy && proxy_allowed) {
+    open_proxy_endpoint(conn);
+  } else if (wants_proxy) {
     send_http_error(conn, 405, nullptr);
   } else if (strcmp(c->request_method, "OPTIONS") == 0) {
     send_options_reply(conn);
   } else {
-    /* This server forwards nothing and serves no files: the proxy (EP_PROXY) and what is found under
-     * document_root (EP_FILE, EP_CGI, EP_PUT) have their place here. */
-    send_http_error(conn, 404, nullptr);
+    serve_file_request(conn);
   }
 }
 
@@ -156,7 +177,7 @@ static int head_error(const struct connection *conn) {
 }
 
 static void begin_request(struct connection *conn) {
-  /* A WebSocket upgrade would be answered here, before the request is authorised. */
+  answer_websocket_upgrade(conn); /* before the request is authorised */
   const char *expect = mg_get_header(&conn->mg_conn, "Expect");
   if (expect != nullptr && strcasecmp(expect, "100-continue") == 0) {
     mg_printf(&conn->mg_conn, "HTTP/1.1 100 Continue\r\n\r\n");
@@ -185,11 +206,19 @@ static void serve_user(struct connection *conn) {
   conn->mg_conn.content_len = nc->recv_iobuf.len;
   const int consumed = call_user(conn, MG_RECV);
   if (consumed > 0) iobuf_remove(&nc->recv_iobuf, static_cast<size_t>(consumed));
-  if (!conn->request_delivered && body_complete(conn)) call_request_handler(conn);
+  if (conn->mg_conn.is_websocket) {
+    deliver_websocket_frames(conn);
+  } else if (!conn->request_delivered && body_complete(conn)) {
+    call_request_handler(conn);
+  }
   if (consumed < 0) nc->flags |= CONN_FINISHED_SENDING; /* last, as the end of a request clears it */
 }
 
 void on_recv_data(struct connection *conn) {
+  if (conn->endpoint_type == EP_PROXY) {
+    forward_to_proxied_server(conn);
+    return;
+  }
   try_parse_head(conn);
   const int error = head_error(conn);
   if (error != 0) {
@@ -197,9 +226,32 @@ void on_recv_data(struct connection *conn) {
   } else if (conn->request_len > 0 && conn->endpoint_type == EP_NONE) {
     begin_request(conn);
   }
-  /* EP_USER is the only endpoint that takes bytes from the client. Those of a CGI process, an upload, a
-   * proxied server and a WebSocket's frames would be passed on here. */
   if (conn->endpoint_type == EP_USER) serve_user(conn);
+  /* The handler may have declined just now, with the body still in the buffer. */
+  if (conn->endpoint_type == EP_CGI) forward_to_cgi(conn);
+  if (conn->endpoint_type == EP_PUT) write_upload(conn);
+}
+
+/* --- Sockets that serve a client ----------------------------------------------------------------------- */
+
+void release_client(struct ns_connection *peer) {
+  auto *conn = static_cast<connection *>(peer->user_data);
+  peer->user_data = nullptr;
+  if (conn == nullptr) return;
+  struct ns_connection *nc = conn->ns_conn;
+  conn->endpoint.nc = nullptr;
+  nc->flags &= ~CONN_HOLD_OUTPUT;
+  nc->flags |= nc->send_iobuf.len > 0 ? CONN_FINISHED_SENDING : CONN_CLOSE_NOW;
+}
+
+void hold_back(struct ns_connection *from, const struct ns_connection *to) {
+  if (to->send_iobuf.len > MG_MAX_QUEUED_OUTPUT) from->flags |= CONN_WANT_WRITE;
+}
+
+void let_go(struct ns_connection *from, const struct ns_connection *to, int sent) {
+  if (sent <= 0) return;
+  const size_t left = to->send_iobuf.len - static_cast<size_t>(sent);
+  if (left <= MG_MAX_QUEUED_OUTPUT) from->flags &= ~CONN_WANT_WRITE;
 }
 
 /* --- The socket's events ------------------------------------------------------------------------------- */
@@ -280,23 +332,25 @@ static void on_recv(struct ns_connection *nc, int count) {
   } else {
     on_recv_data(conn);
   }
-  /* A client that asks on without taking its replies must not make them pile up. */
-  if (nc->send_iobuf.len > MG_MAX_QUEUED_OUTPUT) nc->flags |= CONN_WANT_WRITE;
+  hold_back(nc, nc); /* a client that asks on without taking its replies must not make them pile up */
 }
 
-/* Bytes went out: a client that was slow to take its replies may be read again. `count` of them are still at
- * the front of the send buffer. */
+/* Bytes went out: a client that was slow to take its replies may be read again, and so may whoever serves it.
+ */
 static void on_send(struct ns_connection *nc, int count) {
-  if (count <= 0) return;
-  const size_t left = nc->send_iobuf.len - static_cast<size_t>(count);
-  if (left <= MG_MAX_QUEUED_OUTPUT) nc->flags &= ~CONN_WANT_WRITE;
+  let_go(nc, nc, count);
+  const auto *conn = static_cast<connection *>(nc->user_data);
+  if (conn == nullptr) return;
+  const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
+  if (served && conn->endpoint.nc != nullptr) let_go(conn->endpoint.nc, nc, count);
 }
 
 static void on_poll(struct ns_connection *nc, time_t now) {
   auto *conn = static_cast<connection *>(nc->user_data);
   if (conn == nullptr) return;
   if (call_user(conn, MG_POLL) == MG_TRUE) finish_reply(conn);
-  /* The next part of a file (EP_FILE) and a WebSocket's keep-alive ping would leave here. */
+  if (conn->endpoint_type == EP_FILE) transfer_file_data(conn);
+  if (conn->mg_conn.is_websocket) keep_websocket_alive(conn, now);
   const bool idle = now > nc->last_io_time + MG_IDLE_TIMEOUT_SECONDS;
   if (nc->listener != nullptr && idle) nc->flags |= CONN_CLOSE_NOW;
 }
@@ -311,8 +365,6 @@ static void on_connect(struct connection *conn, int error) {
 static void on_close(struct ns_connection *nc) {
   auto *conn = static_cast<connection *>(nc->user_data);
   if (conn == nullptr) return;
-  /* The socket of a CGI process (CONN_CGI_PIPE) or of a proxied server (CONN_PROXY_PEER) would release its
-   * client here instead: CONN_HOLD_OUTPUT cleared, and the client drained or closed. */
   if (conn->endpoint_type == EP_CLIENT) on_client_close(conn);
   call_user(conn, MG_CLOSE);
   close_local_endpoint(conn);

@@ -1,5 +1,6 @@
 /* The server object: creation, options, polling, listeners, end. */
 #include "server/http_conn.h"
+#include "server/mg_child.h"
 
 #include <fcntl.h>
 #include <openssl/ssl.h>
@@ -65,7 +66,9 @@ void mg_destroy_server(struct mg_server **server) {
 }
 
 time_t mg_poll_server(struct mg_server *server, int milliseconds) {
-  return ns_mgr_poll(&server->ns_mgr, milliseconds);
+  const time_t now = ns_mgr_poll(&server->ns_mgr, milliseconds);
+  reap_children();
+  return now;
 }
 
 void *mg_start_thread(void *(*fn)(void *), void *param) {

@@ -37,7 +37,7 @@ enum mg_event {
 };
 
 enum mg_result {
-  MG_FALSE = 0, /* MG_REQUEST: the server handles the request itself */
+  MG_FALSE = 0, /* MG_REQUEST: the server handles the request itself (a WebSocket's frame: it closes) */
   MG_TRUE = 1,  /* MG_REQUEST: answered, the request ends */
   MG_MORE = 2,  /* MG_REQUEST: stays open until an MG_POLL returns MG_TRUE (not for datagrams) */
 };
@@ -146,5 +146,33 @@ size_t mg_printf_data(struct mg_connection *, const char *fmt, ...) __attribute_
 /* Raw output without framing. Return the bytes waiting to be sent. */
 size_t mg_write(struct mg_connection *, const void *data, int data_len);
 size_t mg_printf(struct mg_connection *, const char *fmt, ...) __attribute__((format(printf, 2, 3)));
+/* Answers with a file, whatever document_root says: 404 when there is none, 304 and 206 as the request's
+ * headers ask. `extra_headers` are whole header lines, each ended by "\r\n", or null. For MG_REQUEST, whose
+ * handler then returns MG_MORE: the server ends the request once all has been sent. */
+void mg_send_file(struct mg_connection *, const char *path, const char *extra_headers);
+
+/* Copies a template to the connection as it is, but for its keywords: in their place the handler of the first
+ * entry whose keyword stands there is called and writes what it likes. The table ends with a null keyword. */
+struct mg_expansion {
+  const char *keyword;
+  void (*handler)(struct mg_connection *);
+};
+void mg_template(struct mg_connection *, const char *text, const struct mg_expansion *expansions);
+
+/* --- WebSocket ----------------------------------------------------------------------------------------- */
+
+/* Opcodes of frames (RFC 6455 section 5.2); the low four bits of mg_connection::wsbits. */
+enum {
+  WEBSOCKET_OPCODE_CONTINUATION = 0,
+  WEBSOCKET_OPCODE_TEXT = 1,
+  WEBSOCKET_OPCODE_BINARY = 2,
+  WEBSOCKET_OPCODE_CLOSE = 8,
+  WEBSOCKET_OPCODE_PING = 9,
+  WEBSOCKET_OPCODE_PONG = 10,
+};
+/* Sends one whole, unmasked frame. Return the bytes waiting to be sent. */
+size_t mg_websocket_write(struct mg_connection *, int opcode, const void *data, size_t data_len);
+size_t mg_websocket_printf(struct mg_connection *, int opcode, const char *fmt, ...)
+    __attribute__((format(printf, 3, 4)));
 
 #endif

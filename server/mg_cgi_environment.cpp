@@ -1,0 +1,3 @@
+#include "server/http_conn.h"
+
+

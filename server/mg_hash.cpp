@@ -1,0 +1,3 @@
+#include "server/mg_hash.h"
+
+
