@@ -66,9 +66,11 @@ bool must_hide_file(const struct mg_server *server, const char *path) {
 }
 
 bool may_be_served(const struct mg_server *server, const char *root, const char *path) {
-  char real[PATH_MAX];
-  return is_inside(root, path) && !must_hide_file(server, path) && real_path(path, real) &&
-         !must_hide_file(server, real);
+  char real_root[PATH_MAX], real[PATH_MAX];
+  if (realpath(root, real_root) == nullptr || !real_path(path, real) || !is_below(real_root, real)) {
+    return false;
+  }
+  return !must_hide_file(server, path) && !must_hide_file(server, real);
 }
 
 /* --- The path of a URI --------------------------------------------------------------------------------- */
@@ -163,19 +165,17 @@ static bool look_up(struct file_target *target) {
 /* When a file that is a CGI program stands in the path's way, it becomes the target, and what follows it the
  * path_info. */
 static void split_path_info(struct connection *conn, struct file_target *target) {
-  char *end = target->path + strlen(target->root);
-  while ((end = strchr(end + 1, '/')) != nullptr) {
-    *end = '\0';
+  char *slash = strchr(target->path + strlen(target->root), '/');
+  for (; slash != nullptr; slash = strchr(slash + 1, '/')) {
+    *slash = '\0';
     const bool is_program = look_up(target) && S_ISREG(target->st.st_mode) &&
                             option_matches(conn->server, CGI_PATTERN, target->path);
-    char *rest = nullptr;
-    *end = '/';
-    if (is_program) rest = strdup(end);
-    if (rest != nullptr) {
-      conn->path_info = rest;
-      *end = '\0';
-      return;
-    }
+    *slash = '/';
+    if (!is_program) continue;
+    free(conn->path_info);
+    conn->path_info = strdup(slash);
+    *slash = '\0';
+    return;
   }
   target->exists = false;
 }
