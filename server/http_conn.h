@@ -60,6 +60,7 @@ struct connection {
   /* This layer's own bookkeeping. */
   int head_scanned;          /* bytes of the incomplete head looked at already */
   bool request_delivered;    /* MG_REQUEST has been raised for the current request */
+  int64_t unwanted;          /* bytes that the last request's body still owes; dropped as they come */
   int64_t file_left;         /* EP_FILE: bytes of the file still to be sent */
   struct put_upload *upload; /* EP_PUT: what is being written (mg_put.cpp) */
   pid_t cgi_pid;             /* EP_CGI: the process */
@@ -117,6 +118,10 @@ int get_request_len(const char *buf, int buf_len);
 /* Takes a head of `len` bytes apart in place; the fields of `conn` then point into it. The head may be a
  * request's or a response's. Returns len, -1 when it is malformed. */
 int parse_http_message(char *buf, int len, struct mg_connection *conn);
+
+/* Takes a request's URI apart in place: cuts the query string off and returns it (null: there is none), then
+ * decodes and normalises what is left. */
+const char *split_uri(char *uri);
 
 /* Whether a decoded URI has one of the forms that are served: /path, *, http..., host:port. */
 bool is_valid_uri(const char *uri);
@@ -249,14 +254,19 @@ void send_directory_listing(struct connection *, const struct file_target *);
 /* --- Digest authentication (mg_auth.cpp; RFC 2617) ----------------------------------------------------- */
 
 /* Whether the request carries the right digest for the password file that protects `path`: global_auth_file,
- * else
- * ".htpasswd" in its directory. True when there is no such file. */
+ * else ".htpasswd" in its directory (a directory's own). True when there is no ".htpasswd"; a file that
+ * cannot be read, and a global_auth_file that is not there, open nothing. */
 bool is_authorised(struct connection *, const char *path);
 /* Whether it carries one for dav_auth_file; false when that is unset or cannot be read. */
 bool is_authorised_for_dav(struct connection *);
 
 /* --- WebDAV (mg_dav.cpp, mg_put.cpp; RFC 4918) --------------------------------------------------------- */
 
+/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target (RFC 9110
+ * section 13). */
+bool precondition_fails(const struct connection *, const struct file_target *);
+/* Answers with a status of success and ends the request. */
+void send_dav_success(struct connection *, int status);
 /* Answer and end the request. The target may not exist. */
 void handle_propfind(struct connection *, const struct file_target *);
 void handle_mkcol(struct connection *, const struct file_target *);
