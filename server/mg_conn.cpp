@@ -25,11 +25,16 @@ int call_user(struct connection *conn, enum mg_event event) {
 
 /* --- The end of a request ------------------------------------------------------------------------------ */
 
-static bool should_keep_alive(const struct connection *conn) {
+static bool body_complete(const struct connection *conn) {
+  return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
+}
+
+bool should_keep_alive(const struct connection *conn) {
   const struct mg_connection *c = &conn->mg_conn;
   const enum endpoint_type type = conn->endpoint_type;
   if (c->request_method == nullptr || (type != EP_FILE && type != EP_USER)) return false;
   if (strcmp(c->request_method, "GET") != 0 && type != EP_USER) return false;
+  if (!body_complete(conn)) return false; /* the rest of it would pass for a request */
   const char *wish = mg_get_header(c, "Connection");
   return wish == nullptr ? strcmp(c->http_version, "1.1") == 0 : strcasecmp(wish, "keep-alive") == 0;
 }
@@ -208,10 +213,6 @@ static void begin_request(struct connection *conn) {
   open_local_endpoint(conn, false);
 }
 
-static bool body_complete(const struct connection *conn) {
-  return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
-}
-
 static void call_request_handler(struct connection *conn) {
   conn->request_delivered = true;
   const int result = call_user(conn, MG_REQUEST);
@@ -253,6 +254,7 @@ void on_recv_data(struct connection *conn) {
   /* The handler may have declined just now, with the body still in the buffer. */
   if (conn->endpoint_type == EP_CGI) forward_to_cgi(conn);
   if (conn->endpoint_type == EP_PUT) write_upload(conn);
+  if (conn->endpoint_type == EP_FILE) iobuf_free(&conn->ns_conn->recv_iobuf); /* nothing more is needed */
 }
 
 /* --- Sockets that serve a client ----------------------------------------------------------------------- */
@@ -335,8 +337,9 @@ static void on_datagram(struct ns_connection *nc, int count) {
     take_head(&conn);
   }
   on_recv_data(&conn);
-  release_endpoint(
-      &conn); /* of an upload whose body did not come along, or a program that has not answered */
+  if (conn.endpoint_type == EP_FILE) transfer_file_data(&conn); /* as much as a datagram holds */
+  /* What would need more is over: a larger file, an upload whose body did not come along, a program. */
+  release_endpoint(&conn);
   forget_request(&conn);
 }
 
