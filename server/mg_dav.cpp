@@ -18,11 +18,6 @@ void send_dav_success(struct connection *conn, int status) {
   close_local_endpoint(conn);
 }
 
-/* Whether the request names the target itself. What follows a program in the URI is for the program. */
-static bool is_there(const struct connection *conn, const struct file_target *target) {
-  return target->exists && conn->path_info == nullptr;
-}
-
 /* Whether one of the entity tags of a header is the file's. A weak tag does not say that two files are equal.
  */
 static bool names_etag(const char *tags, const struct stat *st, bool weak_ones_too) {
@@ -145,7 +140,7 @@ void handle_propfind(struct connection *conn, const struct file_target *target) 
   const char *depth = mg_get_header(&conn->mg_conn, "Depth");
   const bool self_only = depth != nullptr && strcmp(depth, "0") == 0;
   const bool members_too = depth == nullptr || strcmp(depth, "1") == 0 || strcasecmp(depth, "infinity") == 0;
-  if (!is_there(conn, target)) {
+  if (!target->exists) {
     send_http_error(conn, 404, nullptr);
     return;
   }
@@ -172,9 +167,7 @@ void handle_mkcol(struct connection *conn, const struct file_target *target) {
   const bool has_body = conn->cl != 0 || mg_get_header(&conn->mg_conn, "Transfer-Encoding") != nullptr;
   char path[MG_MAX_PATH];
   copy_path(target->path, path);
-  if (conn->path_info != nullptr) {
-    send_http_error(conn, 409, nullptr); /* in a program there are no directories */
-  } else if (has_body) {
+  if (has_body) {
     send_http_error(conn, 415, nullptr); /* there is no kind of body that this understands */
   } else if (mkdir(path, 0755) != 0) {
     send_system_error(conn, errno);
@@ -207,7 +200,7 @@ static int find_obstacle(const struct mg_server *server, char *directory) {
   errno = 0;
   while (const FTSENT *entry = fts_read(walk.fts)) {
     if (entry->fts_info == FTS_DNR || entry->fts_info == FTS_ERR) return entry->fts_errno;
-    if (must_hide_file(server, entry->fts_path)) return EPERM;
+    if (has_hidden_name(server, entry->fts_path)) return EPERM;
     errno = 0;
   }
   return errno;
@@ -245,7 +238,7 @@ static bool is_root(const struct file_target *target) {
 /* The status of a request that is not even tried, 0 for any other. */
 static int delete_refusal(const struct connection *conn, const struct file_target *target) {
   const char *depth = mg_get_header(&conn->mg_conn, "Depth");
-  if (!is_there(conn, target)) return 404;
+  if (!target->exists) return 404;
   if (precondition_fails(conn, target)) return 412;
   if (is_root(target)) return 403;
   const bool partly = depth != nullptr && strcasecmp(depth, "infinity") != 0;

@@ -29,14 +29,6 @@ static std::string response(const std::string &href, const std::string &file) {
          "</d:getlastmodified></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response>\n";
 }
 
-/* A whole answer with these entries. */
-static std::string multistatus(const std::string &responses) {
-  const std::string body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<d:multistatus xmlns:d=\"DAV:\">\n" +
-                           responses + "</d:multistatus>\n";
-  return "HTTP/1.1 207 Multi-Status\r\nContent-Type: application/xml; charset=utf-8\r\nContent-Length: " +
-         std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body;
-}
-
 /* The answer with the lines of its entries sorted: a directory has no order. */
 static std::string sorted(const std::string &reply) {
   std::vector<std::string> lines;
@@ -52,6 +44,15 @@ static std::string sorted(const std::string &reply) {
   std::string text = head;
   for (const std::string &line : lines) text += line;
   return text + tail;
+}
+
+/* A whole answer with these entries, sorted. */
+static std::string multistatus(const std::string &responses) {
+  const std::string body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<d:multistatus xmlns:d=\"DAV:\">\n" +
+                           responses + "</d:multistatus>\n";
+  return sorted(
+      "HTTP/1.1 207 Multi-Status\r\nContent-Type: application/xml; charset=utf-8\r\nContent-Length: " +
+      std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
 }
 
 TEST_F(Propfind, FileTellsItsLengthAndDate) {
@@ -113,14 +114,13 @@ TEST_F(Propfind, LongestNamesAreToldWhole) {
 }
 
 TEST_F(Propfind, ManyEntriesAreToldWhole) {
-  std::string expected = response("/", path(""));
+  std::string expected;
   for (int i = 10000; i < 12000; i++) {
     const std::string name = std::to_string(i);
     write(name, "");
     expected += response("/" + name, path(name));
   }
-  expected.replace(0, expected.find('\n') + 1, response("/", path("")));
-  EXPECT_TRUE(sorted(ask("PROPFIND", "/")) == multistatus(expected));
+  EXPECT_TRUE(sorted(ask("PROPFIND", "/")) == multistatus(expected + response("/", path(""))));
 }
 
 TEST_F(Propfind, HiddenFilesPipesAndWhatLeadsOutAreNotTold) {
@@ -194,7 +194,7 @@ TEST_F(Mkcol, ParentMustBeADirectory) {
   write("a.cgi", "old");
   EXPECT_EQ(ask("MKCOL", "/x/y"), failure(409, "No such file or directory"));
   EXPECT_EQ(ask("MKCOL", "/a.txt/y"), failure(409, "Not a directory"));
-  EXPECT_EQ(ask("MKCOL", "/a.cgi/y"), failure(409));
+  EXPECT_EQ(ask("MKCOL", "/a.cgi/y"), failure(409, "Not a directory"));
   EXPECT_EQ(tree(), "a.cgi a.txt");
 }
 
@@ -238,9 +238,8 @@ TEST_F(Delete, DirectoryIsRemovedWithAllThatIsInIt) {
 }
 
 TEST_F(Delete, DeepTreeIsRemoved) {
-  std::string name = "d";
-  for (int i = 0; i < 1500; i++) name += "/d";
-  std::filesystem::create_directories(path(name));
+  std::string name = path("d");
+  for (int i = 0; i < 600; i++, name += "/d") ASSERT_EQ(mkdir(name.c_str(), 0755), 0) << i;
   EXPECT_EQ(ask("DELETE", "/d"), success(200));
   EXPECT_EQ(tree(), "");
 }
