@@ -342,7 +342,9 @@ static void on_send(struct ns_connection *nc, int count) {
   const auto *conn = static_cast<connection *>(nc->user_data);
   if (conn == nullptr) return;
   const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
-  if (served && conn->endpoint.nc != nullptr) let_go(conn->endpoint.nc, nc, count);
+  if (!served || conn->endpoint.nc == nullptr) return;
+  let_go(conn->endpoint.nc, nc, count);
+  hold_back(nc, conn->endpoint.nc); /* what it sends may still be too much for whoever serves it */
 }
 
 static void on_poll(struct ns_connection *nc, time_t now) {

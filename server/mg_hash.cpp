@@ -1,3 +1,1 @@
 #include "server/mg_hash.h"
-
-
