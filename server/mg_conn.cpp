@@ -383,7 +383,9 @@ static void on_send(struct ns_connection *nc, int count) {
   if (conn == nullptr) return;
   if (conn->unwanted > 0 && nc->send_iobuf.len == static_cast<size_t>(count)) ns_end_output(nc);
   const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
-  if (served && conn->endpoint.nc != nullptr) let_go(conn->endpoint.nc, nc, count);
+  if (!served || conn->endpoint.nc == nullptr) return;
+  let_go(conn->endpoint.nc, nc, count);
+  hold_back(nc, conn->endpoint.nc); /* what it sends may still be too much for whoever serves it */
 }
 
 static void on_poll(struct ns_connection *nc, time_t now) {
