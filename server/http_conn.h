@@ -60,6 +60,7 @@ struct connection {
   /* This layer's own bookkeeping. */
   int head_scanned;          /* bytes of the incomplete head looked at already */
   bool request_delivered;    /* MG_REQUEST has been raised for the current request */
+  int64_t unwanted;          /* bytes that the last request's body still owes; dropped as they come */
   int64_t file_left;         /* EP_FILE: bytes of the file still to be sent */
   struct put_upload *upload; /* EP_PUT: what is being written (mg_put.cpp) */
   pid_t cgi_pid;             /* EP_CGI: the process */
@@ -119,6 +120,10 @@ int get_request_len(const char *buf, int buf_len);
  * request's or a response's. Returns len, -1 when it is malformed. */
 int parse_http_message(char *buf, int len, struct mg_connection *conn);
 
+/* Takes a request's URI apart in place: cuts the query string off and returns it (null: there is none), then
+ * decodes and normalises what is left. */
+const char *split_uri(char *uri);
+
 /* Whether a decoded URI has one of the forms that are served: /path, *, http..., host:port. */
 bool is_valid_uri(const char *uri);
 
@@ -132,6 +137,8 @@ struct connection *new_connection(struct ns_connection *);
 int call_user(struct connection *, enum mg_event);
 /* Measures, copies and parses the head once it is complete: sets request_len, request, cl and content_len. */
 void try_parse_head(struct connection *);
+/* Whether the connection will wait for another request after the current one, whose endpoint is set. */
+bool should_keep_alive(const struct connection *);
 /* Serves what has been received so far. */
 void on_recv_data(struct connection *);
 /* Ends the current request: logs it, forgets it, and keeps or closes the connection. */
@@ -165,32 +172,52 @@ void serve_file_request(struct connection *);
 
 /* Where a URI leads. */
 struct file_target {
-  char path[MG_MAX_PATH]; /* the file; it need not exist */
+  char path[MG_MAX_PATH]; /* the file, absolute; it need not exist. It ends with "/" when the URI does */
   char root[MG_MAX_PATH]; /* the directory that the path must not leave: document_root or that of a rewrite */
   bool exists;            /* whether there is such a file or directory; st is filled in then */
+  bool forbidden;         /* hidden, neither file nor directory, or outside of root by way of a link: to be
+                             answered as what does not exist. The path is given for authorisation only */
   struct stat st;
 };
-/* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites.
- * When nothing is there and a leading part of the path is a file that cgi_pattern matches, that file is the
- * target and the rest becomes the connection's path_info. A target that would lie outside its root, by
- * whatever way (symbolic links too), or that is hidden, is reported as not existing with an empty path. False
- * when document_root is unset and no rewrite matches, or the path is too long. */
+/* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites,
+ * whose prefixes stand for whole components. When nothing is there and a leading part of the path is a file
+ * that cgi_pattern matches, that file is the target and the rest becomes the connection's path_info (GET,
+ * HEAD and POST). False when document_root is unset and no rewrite matches, or the path is too long. */
 bool find_file_target(struct connection *, struct file_target *);
-/* Whether a path (links followed; its last component need not exist) lies in the directory `root` or is it.
+/* The target is a directory, its path ending with "/": makes the first name of index_files that is a file
+ * there the target. False, the target unchanged, when there is none. */
+bool find_index_file(struct connection *, struct file_target *);
+/* Whether a path (links followed; its last components need not exist) lies in the directory `root` or is it.
  */
 bool is_inside(const char *root, const char *path);
-/* Whether hide_files_patterns or the built-in pattern of password files matches. */
+/* Whether hide_files_patterns or the built-in pattern of password files matches the path itself. */
+bool has_hidden_name(const struct mg_server *, const char *path);
+/* The same for the path and for all directories that it leads through. */
 bool must_hide_file(const struct mg_server *, const char *path);
+/* Whether a path lies inside of `root` and is hidden neither by its name nor by where it leads. */
+bool may_be_served(const struct mg_server *, const char *root, const char *path);
 /* Matches a text from its beginning with a pattern of alternatives separated by "|": "**" stands for any
  * characters, "*" for any but "/", "?" for one but "/", "$" for the end; all others for themselves in any
- * case. Returns the length of what matched, -1 when nothing did. */
+ * case. Returns the length of the longest match, -1 when nothing did. */
 int mg_match_prefix(const char *pattern, int pattern_len, const char *text);
-/* The same for an option; false when the option is unset. */
+/* Whether the patterns of an option match; false when it is unset. */
 bool option_matches(const struct mg_server *, enum mg_option, const char *text);
 
 /* --- Files (mg_file.cpp, mg_mime.cpp, mg_date.cpp, mg_listing.cpp) ------------------------------------- */
 
-/* Answers with the file, or 304, 206, 416 as the request's headers ask, and begins to send it.
+/* Bytes of a file, both ends included. */
+struct byte_range {
+  int64_t first;
+  int64_t last;
+};
+enum range_result {
+  RANGE_NONE,          /* no range, one that is not understood, or several: the whole file is the answer */
+  RANGE_PART,          /* *range is the part that is asked for */
+  RANGE_UNSATISFIABLE, /* it begins behind the file's end */
+};
+/* Reads a Range header: "bytes=%ld-%ld", "bytes=%ld-" or "bytes=-%ld". */
+enum range_result parse_range(const char *header, int64_t file_size, struct byte_range *range);
+/* Answers with the file, or 304, 206, 412, 416 as the request's headers ask, and begins to send it.
  * `extra_headers`: whole header lines, or null. */
 void open_file_endpoint(struct connection *, const char *path, const struct stat *,
                         const char *extra_headers);
@@ -198,6 +225,8 @@ void open_file_endpoint(struct connection *, const char *path, const struct stat
 void transfer_file_data(struct connection *);
 /* The content type of a file by its name: of extra_mime_types, else of the built-in table. Not terminated. */
 struct vec mime_type_of(const struct mg_server *, const char *path);
+/* Names of the months, January first. */
+extern const char month_names[12][4];
 /* "%a, %d %b %Y %H:%M:%S GMT" (RFC 9110 section 5.6.7), whatever the locale. */
 enum { MG_DATE_SIZE = 40 };
 void print_http_date(time_t, char out[MG_DATE_SIZE]);
@@ -226,14 +255,19 @@ void send_directory_listing(struct connection *, const struct file_target *);
 /* --- Digest authentication (mg_auth.cpp; RFC 2617) ----------------------------------------------------- */
 
 /* Whether the request carries the right digest for the password file that protects `path`: global_auth_file,
- * else
- * ".htpasswd" in its directory. True when there is no such file. */
+ * else ".htpasswd" in its directory (a directory's own). True when there is no ".htpasswd"; a file that
+ * cannot be read, and a global_auth_file that is not there, open nothing. */
 bool is_authorised(struct connection *, const char *path);
 /* Whether it carries one for dav_auth_file; false when that is unset or cannot be read. */
 bool is_authorised_for_dav(struct connection *);
 
 /* --- WebDAV (mg_dav.cpp, mg_put.cpp; RFC 4918) --------------------------------------------------------- */
 
+/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target (RFC 9110
+ * section 13). */
+bool precondition_fails(const struct connection *, const struct file_target *);
+/* Answers with a status of success and ends the request. */
+void send_dav_success(struct connection *, int status);
 /* Answer and end the request. The target may not exist. */
 void handle_propfind(struct connection *, const struct file_target *);
 void handle_mkcol(struct connection *, const struct file_target *);
@@ -281,6 +315,8 @@ const char *status_code_to_str(int status_code);
 /* Answers with an error and ends the request. The optional detail (null: none) follows the first line. */
 void send_http_error(struct connection *, int code, const char *fmt, ...)
     __attribute__((format(printf, 3, 4)));
+/* Answers 416 (RFC 9110 section 15.5.17) for a file of that size and ends the request. */
+void send_range_error(struct connection *, int64_t file_size);
 /* Ends a chunked reply. */
 void write_terminating_chunk(struct connection *);
 /* Asks for digest credentials and ends the request. */

@@ -277,8 +277,10 @@ static void on_peer_connect(struct connection *conn, int error) {
 
 static void on_peer_close(struct ns_connection *peer, struct connection *conn) {
   const struct proxied *proxied = conn->proxied;
-  if (proxied->tunnel || proxied->reply_begun) {
+  if (proxied->tunnel) {
     release_client(peer);
+  } else if (proxied->reply_begun) {
+    close_local_endpoint(conn);
   } else {
     send_http_error(conn, 502, "The server closed without a reply.\n");
   }

@@ -268,11 +268,11 @@ static void expect_refusal(Proxy &proxy, const std::string &request, const std::
 
 TEST(ProxyRefusal, UriThatNamesNoServer) {
   const std::string long_host(200, 'h');
-  for (const std::string uri :
-       {"https://127.0.0.1/", "http:/", "http://", "http:///x", "http://user@127.0.0.1/", "http://[::1]/",
-        "http://127.0.0.1:x/", "http://127.0.0.1:0/", "http://127.0.0.1:65536/", "http://127.0.0.1:123456/",
-        "http://127.0.0.1%20/", "http://127.0.0.1%0d%0a/", "httpx://a/",
-        ("http://" + long_host + "/").c_str()}) {
+  for (const std::string &uri : std::vector<std::string>{
+           "https://127.0.0.1/", "http:/", "http://", "http:///x", "http://user@127.0.0.1/", "http://[::1]/",
+           "http://127.0.0.1:x/", "http://127.0.0.1:0/", "http://127.0.0.1:65536/",
+           "http://127.0.0.1:123456/", "http://127.0.0.1%20/", "http://127.0.0.1%0d%0a/", "httpx://a/",
+           "http://" + long_host + "/"}) {
     Proxy proxy;
     expect_refusal(proxy, "GET " + uri + " HTTP/1.1\r\n\r\n", error_text(400, "Bad Request"));
   }
