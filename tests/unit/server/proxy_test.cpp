@@ -262,6 +262,7 @@ static void expect_refusal(Proxy &proxy, const std::string &request, const std::
   EXPECT_TRUE(proxy.run([&] { return client.closed; }, {&client})) << request;
   EXPECT_EQ(client.take(), expected) << request;
   EXPECT_EQ(proxy.far.received, "");
+  client.close(); /* which the server waits for when the body had not come to its end */
   proxy.rest();
   EXPECT_EQ(proxy.sockets(), 0);
 }
@@ -315,6 +316,7 @@ TEST(ProxyRefusal, MalformedChunks) {
     client.send("POST " + proxy.far.uri("/") + " HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n" + chunks);
     EXPECT_TRUE(proxy.run([&] { return client.closed; }, {&client})) << chunks;
     EXPECT_EQ(client.take(), error_text(400, "Bad Request")) << chunks;
+    client.close();
     proxy.rest();
     EXPECT_EQ(proxy.sockets(), 0);
   }
