@@ -57,7 +57,10 @@ static const char SCENE[] = "vlan 10,20,30\n"
 
 class HelpDocument : public PlatformTest {
 protected:
-  HelpDocument() { set_session_timeout(SESSION_TIMEOUT_DEFAULT); }
+  HelpDocument() {
+    client_handle = *handle; /* the server's own, which it would have from its registration */
+    set_session_timeout(SESSION_TIMEOUT_DEFAULT);
+  }
 
   /* Calls the API as the server does, with a session of its own. */
   std::string call_api(const documented_api &api, const std::string &variables) const {
