@@ -58,7 +58,7 @@ static const char SCENE[] = "vlan 10,20,30\n"
 class HelpDocument : public PlatformTest {
 protected:
   HelpDocument() {
-    client_handle = *handle;
+    client_handle = *handle; /* the server's own, which it would have from its registration */
     set_session_timeout(SESSION_TIMEOUT_DEFAULT);
   }
 
@@ -151,7 +151,7 @@ static std::set<std::string> variables_of(const documented_api &api) {
  * seldom one that is needed with most values of others. */
 static bool is_left_out(const documented_parameter &parameter, std::mt19937 *random) {
   if (!parameter.description.starts_with("Optional. ")) return false;
-  const bool mostly_needed = parameter.description.find("needed unless") != std::string::npos;
+  const bool mostly_needed = parameter.description.find("eeded unless ") != std::string::npos;
   return (*random)() % (mostly_needed ? 8 : 2) == 0;
 }
 
