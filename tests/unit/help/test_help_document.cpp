@@ -151,7 +151,7 @@ static std::set<std::string> variables_of(const documented_api &api) {
  * seldom one that is needed with most values of others. */
 static bool is_left_out(const documented_parameter &parameter, std::mt19937 *random) {
   if (!parameter.description.starts_with("Optional. ")) return false;
-  const bool mostly_needed = parameter.description.find("eeded unless ") != std::string::npos;
+  const bool mostly_needed = std::regex_search(parameter.description, std::regex("[Nn]eeded unless"));
   return (*random)() % (mostly_needed ? 8 : 2) == 0;
 }
 
