@@ -118,6 +118,11 @@ static std::string read_choices(std::string_view text, api_parameter *parameter)
 
 /* --- The whole ----------------------------------------------------------------------------------------- */
 
+static bool begins_like_a_sentence(std::string_view text) {
+  if (text.empty() || text == "Optional" || text.back() == ' ') return false;
+  return (text[0] >= 'A' && text[0] <= 'Z') || (text[0] >= '0' && text[0] <= '9');
+}
+
 std::string describe_parameter(std::string_view description, api_parameter *parameter) {
   const size_t bracket = description.find_first_of("[{");
   if (bracket == std::string_view::npos) return "there is no bracket";
@@ -130,8 +135,7 @@ std::string describe_parameter(std::string_view description, api_parameter *para
   if (!take_end(&sentences, ". ")) return "no sentence stands before the bracket";
   parameter->required = !take(&sentences, "Optional. ");
   parameter->in_uri = take_end(&sentences, ", in the URI");
-  if (sentences.empty() || sentences[0] == ' ' || sentences.back() == ' ')
-    return "no sentence stands before the bracket";
+  if (!begins_like_a_sentence(sentences)) return "no sentence stands before the bracket";
   parameter->description = std::string(sentences) + ".";
   parameter->range = range;
   const std::string_view inside = range.substr(1, range.size() - 2);

@@ -2,7 +2,7 @@
  * variables a list of them. */
 #include "tools/api/reference_page.h"
 
-#include <algorithm>
+#include <set>
 
 /* --- Text ---------------------------------------------------------------------------------------------- */
 
@@ -20,7 +20,9 @@ static const char HEAD[] =
     "\n"
     "All requests take `sessionkey`, the key that `POST /login` returned, and `format`, `xml` (the default) "
     "or `json`;\n"
-    "neither is repeated below. Variables are needed unless they are called optional.\n";
+    "neither is repeated below. Only `POST /login` and the module `help` do without a key. Variables are "
+    "needed unless they are\n"
+    "called optional.\n";
 
 static std::string code(const std::string &words) {
   return "`" + words + "`";
@@ -50,7 +52,7 @@ static std::string values_of(const api_parameter &parameter) {
 }
 
 static std::string list_entry(const std::string &name, const api_parameter &parameter) {
-  return "- " + code(name) + ": " + (parameter.required ? "" : "optional. ") + plain(parameter.description) +
+  return "- " + code(name) + (parameter.required ? ": " : " (optional): ") + plain(parameter.description) +
          " (" + values_of(parameter) + ")\n";
 }
 
@@ -68,18 +70,16 @@ static std::string table_of_operations(const api_module &module) {
   return table;
 }
 
-/* The placeholders of all URIs, each kind once. */
+/* The placeholders of all URIs, each once for every range that it has. */
 static std::string list_of_placeholders(const api_module &module) {
-  std::vector<std::string> entries;
+  std::set<std::string> listed;
+  std::string list;
   for (const api_operation &operation : module.operations) {
     for (const api_parameter &parameter : operation.parameters) {
-      if (!parameter.in_uri) continue;
-      const std::string entry = list_entry("{" + parameter.name + "}", parameter);
-      if (std::find(entries.begin(), entries.end(), entry) == entries.end()) entries.push_back(entry);
+      const bool is_new = parameter.in_uri && listed.insert(parameter.name + parameter.range).second;
+      if (is_new) list += list_entry("{" + parameter.name + "}", parameter);
     }
   }
-  std::string list;
-  for (const std::string &entry : entries) list += entry;
   return list.empty() ? "" : "\nIn the URIs:\n\n" + list;
 }
 
