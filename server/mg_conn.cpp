@@ -391,13 +391,6 @@ static void on_send(struct ns_connection *nc, int count) {
   let_go(peer == nullptr ? nc : peer, nc, count);
   if (conn == nullptr) return;
   if (conn->unwanted > 0 && nc->send_iobuf.len == static_cast<size_t>(count)) ns_end_output(nc);
-<<<<<<< HEAD
-  const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
-  if (!served || conn->endpoint.nc == nullptr) return;
-  let_go(conn->endpoint.nc, nc, count);
-  hold_back(nc, conn->endpoint.nc); /* what it sends may still be too much for whoever serves it */
-=======
->>>>>>> wt-S1
 }
 
 static void on_poll(struct ns_connection *nc, time_t now) {
