@@ -177,7 +177,7 @@ TEST_F(HelpDocument, AnOperationReadsTheDocumentedParametersAndNoOthers) {
       variables_read.clear();
       /* Some variables are read only with certain values of others. */
       for (int round = 0; round < 10 || (round < 2000 && variables_read != expected); round++) {
-        if (api.method != "GET" || round == 0) configure(SCENE);
+        if (round == 0 || (round % 4 == 0 && api.method != "GET")) configure(SCENE);
         const std::string body = call_api(api, sample_query(api, &random));
         ASSERT_EQ(body.find("<rlt_code>90"), std::string::npos) << title_of(module, api) << ": " << body;
       }
