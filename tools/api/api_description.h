@@ -20,10 +20,11 @@ struct api_parameter {
   std::string name;
   std::string description; /* sentences, without "Optional. ", ", in the URI" and the bracket */
   std::string range;       /* the bracket as it stands in the document, with its brackets */
-  bool required;
-  bool in_uri; /* a placeholder of the URI; else a request variable */
+  bool required;           /* `format`, which has a default, never is */
+  bool in_uri;             /* a placeholder of the URI; else a request variable */
   parameter_kind kind;
-  /* INTEGER: the range, open where the document names none, and the one value outside it with its meaning. */
+  /* INTEGER, which interface numbers are too: the range, open where the document names none, and the one
+   * value outside it with its meaning. */
   std::optional<int64_t> minimum, maximum, special;
   std::string special_meaning; /* "the default" */
   /* TEXT: the length in characters; 0 for a maximum that the document does not name. */
