@@ -70,8 +70,8 @@ TEST(KestrelctlCommands, WithoutAVerbGetIsMeant) {
   EXPECT_EQ(meaning_of("vlans 10 name servers"),
             "unknown command \"vlans 10 name servers\"; the nearest are:\n"
             "  kestrelctl vlans <vlanId> set name <value>\n"
-            "  kestrelctl vlans <vlanId> show\n"
-            "  kestrelctl vlans <vlanId> create");
+            "  kestrelctl vlans <vlanId> create\n"
+            "  kestrelctl vlans <vlanId> show");
 }
 
 TEST(KestrelctlCommands, VerbThatIsTheLastWordIsSaidOnce) {

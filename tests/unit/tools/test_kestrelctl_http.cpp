@@ -48,8 +48,8 @@ TEST(KestrelctlHttp, DotsInAPathStay) {
 }
 
 TEST(KestrelctlHttp, ChunksAndNulBytesArePutTogether) {
-  const std::string answer(
-      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\na\0b\r\n2\r\ncd\r\n0\r\n\r\n", 65);
+  const std::string head = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+  const std::string answer = head + "3\r\na" + std::string(1, '\0') + "b\r\n2\r\ncd\r\n0\r\n\r\n";
   const http_reply reply = reply_to(LIST, answer);
   EXPECT_EQ(reply.outcome, http_outcome::REPLIED) << reply.error;
   EXPECT_EQ(reply.body, std::string("a\0bcd", 5));
