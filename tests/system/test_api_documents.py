@@ -2,12 +2,15 @@
 what others say of such documents, and that the daemon serves all that it tells of.
 
 Takes besides what harness.py does
-    KESTREL_DOCUMENTS   the folder with the documents that the build wrote"""
+    KESTREL_APIDOC      the program kestrel-apidoc
+    KESTREL_DOCUMENTS   the folder with the documents that it wrote when all was built"""
 
 import copy
 import json
 import os
 import re
+import subprocess
+import tempfile
 import unittest
 from urllib.parse import quote
 
@@ -73,6 +76,54 @@ class Copies(unittest.TestCase):
         for name in ("api.md", "openapi.json"):
             self.assertEqual(read(os.path.join(SOURCE, "docs"), name), read(BUILT, name),
                              f"docs/{name} is out of date: build the target update_api_documents and commit it")
+
+
+class Program(unittest.TestCase):
+    def run_program(self, *arguments):
+        """Exit status, and what it says on standard error."""
+        done = subprocess.run([harness.program("KESTREL_APIDOC"), *arguments], capture_output=True, text=True,
+                              check=False)
+        self.assertEqual(done.stdout, "")
+        return done.returncode, done.stderr
+
+    def test_it_writes_the_same_every_time(self):
+        with tempfile.TemporaryDirectory(prefix="kestrel-apidoc-") as folder:
+            self.assertEqual(self.run_program(folder), (0, ""))
+            self.assertEqual(sorted(os.listdir(folder)), ["api.md", "openapi.json"])
+            for name in os.listdir(folder):
+                self.assertEqual(read(folder, name), read(BUILT, name))
+
+    def test_what_it_cannot_write_is_an_error(self):
+        status, said = self.run_program("/nowhere")
+        self.assertEqual((status, said), (1, "/nowhere/openapi.json: No such file or directory\n"))
+        status, said = self.run_program()
+        self.assertEqual(status, 2)
+        self.assertRegex(said, "^usage: .*kestrel-apidoc FOLDER\n$")
+
+
+class Links(unittest.TestCase):
+    """In the pages for people, the generated one among them."""
+
+    def anchors(self, path):
+        """Those that a page's headings have, as the forges make them."""
+        headings = re.findall(r"(?m)^#+ (.*)$", re.sub(r"(?ms)^```.*?^```", "", read(SOURCE, path)))
+        return {re.sub(r"[^\w -]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+    def test_links_lead_somewhere(self):
+        pages = ["README.md", "CONTRIBUTING.md", *(os.path.join("docs", name) for name in
+                                                   os.listdir(os.path.join(SOURCE, "docs")) if name.endswith(".md"))]
+        broken, seen = [], 0
+        for page in pages:
+            for target in re.findall(r"\]\(([^)\s]+)\)", read(SOURCE, page)):
+                if re.match("https?:", target):
+                    continue
+                seen += 1
+                file, _, anchor = target.partition("#")
+                path = os.path.normpath(os.path.join(os.path.dirname(page), file)) if file else page
+                if not os.path.exists(os.path.join(SOURCE, path)) or anchor and anchor not in self.anchors(path):
+                    broken.append(f"{page}: {target}")
+        self.assertEqual(broken, [])
+        self.assertGreater(seen, 40)
 
 
 class OpenApi(unittest.TestCase):
