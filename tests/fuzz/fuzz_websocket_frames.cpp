@@ -69,6 +69,16 @@ static void check_written(int opcode, const char *payload, size_t len) {
   require(read == std::vector<frame>{{0x80 | (opcode & 15), std::string(payload, len)}});
 }
 
+/* A masked frame of the payload's first bytes is read as them. */
+static void check_masked(const char *payload, size_t len) {
+  static const char mask[4] = {'\x01', '\x80', '\x7f', '\xff'};
+  const std::string expected(payload, len < 125 ? len : 125);
+  std::string bytes = {'\x82', static_cast<char>(0x80 | expected.size())};
+  bytes.append(mask, sizeof(mask));
+  for (size_t i = 0; i < expected.size(); i++) bytes += static_cast<char>(expected[i] ^ mask[i & 3]);
+  require(frames_of(bytes.data(), bytes.size(), 3) == std::vector<frame>{{0x82, expected}});
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 2) return 0;
   const char *bytes = reinterpret_cast<const char *>(data + 1);
@@ -79,5 +89,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   for (const frame &one : at_once) payloads += 2 + one.payload.size();
   require(payloads <= len);
   check_written(data[0], bytes, len);
+  check_masked(bytes, len);
   return 0;
 }
