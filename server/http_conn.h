@@ -175,7 +175,8 @@ struct file_target {
   char root[MG_MAX_PATH]; /* the directory that the path must not leave: document_root or that of a rewrite */
   bool exists;            /* whether there is such a file or directory; st is filled in then */
   bool forbidden;         /* hidden, neither file nor directory, or outside of root by way of a link: to be
-                             answered as what does not exist. The path is given for authorisation only */
+                             answered as what does not exist. The path is then, for authorisation only, that
+                             of the nearest directory above that is not */
   struct stat st;
 };
 /* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites,
