@@ -45,8 +45,9 @@ static const char unauthorised[] = "401 Unauthorized", missing[] = "404 Not Foun
 TEST_F(FileRequest, NothingIsToldOfAProtectedDirectory) {
   for (const char *method : {"GET", "HEAD", "POST", "PUT", "DELETE", "MKCOL", "PROPFIND"}) {
     for (const char *name :
-         {"", "a.txt", "index.html", "nope", "p.cgi", "p.cgi/x", "s.shtml", "pipe", "pipe/", "away.txt",
-          "away", "away/", "away/o.txt", "away/nope", ".htpasswd", "new.htpasswd"}) {
+         {"",      "a.txt",  "index.html", "nope",    "p.cgi",     "p.cgi/x",     "s.shtml",
+          "pipe",  "pipe/",  "away.txt",   "away",    "away/",     "away/o.txt",  "away/nope",
+          "nope/", "nope/x", "a.txt/",     "a.txt/x", ".htpasswd", "new.htpasswd"}) {
       for (const char *directory : {"/secret/", "/alias/"}) {
         const std::string uri = std::string(directory) + name;
         EXPECT_EQ(status(method, uri), unauthorised) << method << " " << uri;
