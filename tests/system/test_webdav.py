@@ -99,7 +99,7 @@ class Digest(WebDavTest):
 
 class Curl(WebDavTest):
     def test_file_goes_up_and_comes_down(self):
-        content = os.urandom(3000000)
+        content = os.urandom(1000000)
         source = self.write("../source", content)
         self.assertEqual(self.curl_dav("-T", source, uri="/new/dir/a.bin"), (201, b""))
         self.assertEqual(self.curl_dav("-T", source, uri="/new/dir/a.bin"), (200, b""))

@@ -239,7 +239,7 @@ TEST_F(Delete, DirectoryIsRemovedWithAllThatIsInIt) {
 
 TEST_F(Delete, DeepTreeIsRemoved) {
   std::string name = path("d");
-  for (int i = 0; i < 600; i++, name += "/d") ASSERT_EQ(mkdir(name.c_str(), 0755), 0) << i;
+  for (int i = 0; i < 300; i++, name += "/d") ASSERT_EQ(mkdir(name.c_str(), 0755), 0) << i;
   EXPECT_EQ(ask("DELETE", "/d"), success(200));
   EXPECT_EQ(tree(), "");
 }
