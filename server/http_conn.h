@@ -11,7 +11,7 @@
  * mg_mime.cpp, mg_date.cpp, mg_file.cpp (files), mg_listing.cpp (directories), mg_auth.cpp (digest
  * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp, mg_cgi_environment.cpp and
  * mg_cgi_head.cpp (CGI), mg_ssi.cpp (server-side includes), mg_program.cpp and mg_child.cpp (the programs
- * that these two run), mg_template.cpp, mg_proxy.cpp (forward proxy). */
+ * that these two run), mg_template.cpp, mg_proxy.cpp and mg_proxy_message.cpp (forward proxy). */
 #ifndef KESTREL_SERVER_HTTP_CONN_H
 #define KESTREL_SERVER_HTTP_CONN_H
 
@@ -65,6 +65,7 @@ struct connection {
   struct put_upload *upload; /* EP_PUT: what is being written (mg_put.cpp) */
   pid_t cgi_pid;             /* EP_CGI: the process */
   struct ssi_page *ssi;      /* EP_CGI: the page that the process is a command of; null: a CGI program */
+  struct proxied *proxied;   /* EP_PROXY: how far request and reply have been passed on (mg_proxy.cpp) */
 };
 
 /* The record around the mg_connection that a handler was given. */
