@@ -275,7 +275,7 @@ static bool do_exec(struct connection *conn, const struct vec *arguments) {
     complain(conn->ssi, "Cannot SSI #exec: [%.*s]: %s", length(arguments), arguments->ptr, strerror(errno));
     return false;
   }
-  end_program_input(conn->endpoint.nc);
+  ns_end_output(conn->endpoint.nc);
   return true;
 }
 
@@ -368,8 +368,7 @@ static void take_output(struct ssi_page *page, struct iobuf *output) {
 static void on_command_end(struct connection *conn, struct ns_connection *pipe) {
   read_rest_of_output(pipe);
   take_output(conn->ssi, &pipe->recv_iobuf);
-  pipe->user_data = nullptr;
-  conn->endpoint.nc = nullptr;
+  forget_pipe(pipe);
   release_program(conn);
   continue_page(conn);
 }

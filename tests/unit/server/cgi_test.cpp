@@ -16,7 +16,11 @@ struct Cgi : testing::Test {
       return event == MG_REQUEST ? MG_MORE : 0;
     };
   }
-  ~Cgi() override { EXPECT_TRUE(all_children_end()); }
+  ~Cgi() override {
+    server.on_event = nullptr;
+    mg_destroy_server(&server.server); /* before its children, as it ends them */
+    EXPECT_TRUE(all_children_end());
+  }
 
   void open(mg_connection *conn) {
     struct file_target target = {};
@@ -144,7 +148,7 @@ TEST_F(Cgi, WhatCannotBeExecutedSaysSo) {
 }
 
 TEST_F(Cgi, HeadRequestsHaveNoBody) {
-  script(plain + "echo $REQUEST_METHOD >&2 2>/dev/null; echo hello");
+  script(plain + "echo hello");
   EXPECT_EQ(ask("HEAD /run HTTP/1.1\r\n\r\n"), plain_head);
   EXPECT_EQ(reply_to("printf 'Status: 204\\n\\nbody'"), "HTTP/1.1 204 No Content\r\n\r\n");
   EXPECT_EQ(reply_to("printf 'Status: 304\\n\\nbody'"), "HTTP/1.1 304 Not Modified\r\n\r\n");
@@ -332,7 +336,7 @@ TEST_F(Cgi, AProgramThatDoesNotReadHoldsAFloodingClientBack) {
 }
 
 TEST_F(Cgi, AFloodingClientStaysHeldBackWhileTheProgramWrites) {
-  script(plain + "while :; do echo line; sleep 0.001; done");
+  script(plain + "while :; do echo line; sleep 0.001; done 2>/dev/null");
   streamed = true;
   Client client(server.port());
   client.send("POST /run HTTP/1.1\r\nContent-Length: 100000000\r\n\r\n" + std::string(8000000, 'x'));
@@ -401,13 +405,13 @@ TEST_F(Cgi, AProgramMayGoOnForAWhileAfterItHasClosedItsOutput) {
   EXPECT_EQ(read_file(dir.file("done")), "done\n");
 }
 
-TEST_F(Cgi, NoProcessesOrDescriptorsAreLeftOfAThousandRequests) {
+TEST_F(Cgi, NoProcessesOrDescriptorsAreLeftOfManyRequests) {
   script("printf 'A: b\\n\\n'");
   get();
   EXPECT_TRUE(all_children_end());
   const int free_before = dup(0);
   close(free_before);
-  for (int i = 0; i < 1000; i++) ASSERT_EQ(get(), "HTTP/1.1 200 OK\r\nA: b\r\n\r\n");
+  for (int i = 0; i < 200; i++) ASSERT_EQ(get(), "HTTP/1.1 200 OK\r\nA: b\r\n\r\n");
   EXPECT_TRUE(all_children_end());
   EXPECT_EQ(own_children(), std::vector<pid_t>{});
   const int free_after = dup(0);

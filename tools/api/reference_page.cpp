@@ -1,0 +1,111 @@
+/* Each module has a table of its requests, a list of what its URIs hold, and for each request that takes
+ * variables a list of them. */
+#include "tools/api/reference_page.h"
+
+#include <set>
+
+/* --- Text ---------------------------------------------------------------------------------------------- */
+
+static const char HEAD[] =
+    "<!-- Written by the build from modules/help; the target update_api_documents puts it here. -->\n"
+    "# API reference\n"
+    "\n"
+    "Every request by module: method, URI and variables. How requests are made, what answers look like and "
+    "hold, and the\n"
+    "codes are in [the guide](api-guide.md); [openapi.json](openapi.json) tells programs the same as this "
+    "page. The help\n"
+    "pages of a running switch, `GET /help?format=html`, tell it too. `pml`, which has no help page, is "
+    "described in\n"
+    "[the guide](api-guide.md#pml) alone.\n"
+    "\n"
+    "All requests take `sessionkey`, the key that `POST /login` returned, and `format`, `xml` (the default) "
+    "or `json`;\n"
+    "neither is repeated below. Only `POST /login` and the module `help` do without a key. Variables are "
+    "needed unless they are\n"
+    "called optional.\n";
+
+static std::string code(const std::string &words) {
+  return "`" + words + "`";
+}
+
+/* The words of a cell or list: what Markdown would take for its own is escaped. */
+static std::string plain(const std::string &words) {
+  std::string escaped;
+  for (const char c : words) {
+    if (c == '|' || c == '*' || c == '_' || c == '`' || c == '\\') escaped += '\\';
+    escaped += c;
+  }
+  return escaped;
+}
+
+/* "`0` disable, `1` enable", or the range in the document's words. */
+static std::string values_of(const api_parameter &parameter) {
+  if (parameter.kind != parameter_kind::CHOICE) {
+    return plain(parameter.range.substr(1, parameter.range.size() - 2));
+  }
+  std::string values;
+  for (const parameter_choice &choice : parameter.choices) {
+    values += (values.empty() ? "" : ", ") + code(choice.value);
+    if (!choice.meaning.empty()) values += " " + plain(choice.meaning);
+  }
+  return values;
+}
+
+static std::string list_entry(const std::string &name, const api_parameter &parameter) {
+  return "- " + code(name) + (parameter.required ? ": " : " (optional): ") + plain(parameter.description) +
+         " (" + values_of(parameter) + ")\n";
+}
+
+/* --- Modules ------------------------------------------------------------------------------------------- */
+
+static std::string request_of(const api_operation &operation) {
+  return code(operation.method + " " + operation.uri);
+}
+
+static std::string table_of_operations(const api_module &module) {
+  std::string table = "| request | what it does |\n|---|---|\n";
+  for (const api_operation &operation : module.operations) {
+    table += "| " + request_of(operation) + " | " + plain(operation.description) + " |\n";
+  }
+  return table;
+}
+
+/* The placeholders of all URIs, each once for every range that it has. */
+static std::string list_of_placeholders(const api_module &module) {
+  std::set<std::string> listed;
+  std::string list;
+  for (const api_operation &operation : module.operations) {
+    for (const api_parameter &parameter : operation.parameters) {
+      const bool is_new = parameter.in_uri && listed.insert(parameter.name + parameter.range).second;
+      if (is_new) list += list_entry("{" + parameter.name + "}", parameter);
+    }
+  }
+  return list.empty() ? "" : "\nIn the URIs:\n\n" + list;
+}
+
+/* Empty when the operation takes none. */
+static std::string list_of_variables(const api_operation &operation) {
+  std::string list;
+  for (const api_parameter &parameter : operation.parameters) {
+    const bool is_common = parameter.name == "sessionkey" || parameter.name == "format";
+    if (!parameter.in_uri && !is_common) list += list_entry(parameter.name, parameter);
+  }
+  return list.empty() ? "" : "\n### " + request_of(operation) + "\n\n" + operation.name + ".\n\n" + list;
+}
+
+static std::string section_of(const api_module &module) {
+  std::string section = "\n## " + module.name + "\n\n" + plain(module.description) + "\n";
+  if (module.operations.empty()) return section;
+  section += "\n" + table_of_operations(module) + list_of_placeholders(module);
+  for (const api_operation &operation : module.operations) section += list_of_variables(operation);
+  return section;
+}
+
+std::string reference_page(const std::vector<api_module> &modules) {
+  std::string page = std::string(HEAD) + "\n| module | what it serves |\n|---|---|\n";
+  for (const api_module &module : modules) {
+    page += "| [" + module.name + "](#" + module.name + ") | " + plain(module.description) + " |\n";
+  }
+  for (const api_module &module : modules) page += section_of(module);
+  return page;
+}
