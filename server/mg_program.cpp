@@ -76,8 +76,9 @@ void read_rest_of_output(struct ns_connection *pipe) {
 }
 
 void release_program(struct connection *conn) {
-  if (conn->endpoint.nc != nullptr) {
-    drop_pipe(conn->endpoint.nc);
+  struct ns_connection *pipe = conn->endpoint.nc;
+  if (pipe != nullptr) drop_pipe(pipe);
+  if (pipe != nullptr || is_closing_down(conn->ns_conn->mgr)) {
     end_child(conn->cgi_pid);
   } else {
     let_child_finish(conn->cgi_pid);

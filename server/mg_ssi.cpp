@@ -100,8 +100,10 @@ static int open_page_file(const struct mg_server *server, const char *path, cons
                           char real[MG_MAX_PATH]) {
   static_assert(MG_MAX_PATH >= PATH_MAX);
   if (realpath(path, real) == nullptr) return -1;
-  errno = ENOENT;
-  if (!is_inside(root, real) || must_hide_file(server, path) || must_hide_file(server, real)) return -1;
+  if (!may_be_served(server, root, path)) {
+    errno = ENOENT;
+    return -1;
+  }
   const int fd = open(real, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW);
   struct stat st;
   if (fd == -1 || (fstat(fd, &st) == 0 && S_ISREG(st.st_mode))) return fd;
