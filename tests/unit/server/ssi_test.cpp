@@ -249,8 +249,9 @@ TEST_F(Ssi, CommandsThatCannotBeStarted) {
   std::string path = "/bin/sleep", seconds = "1000";
   char *const argv[] = {path.data(), seconds.data(), nullptr};
   std::vector<pid_t> pids;
-  while (running_children() < MG_MAX_CHILDREN)
+  for (int i = 0; i < MG_MAX_CHILDREN; i++) {
     pids.push_back(start_child(argv, nullptr, nullptr, STDERR_FILENO));
+  }
   EXPECT_EQ(expanded("a<!--#exec \"ls\" -->b"),
             "aCannot SSI #exec: [\"ls\"]: Resource temporarily unavailableb");
   for (const pid_t pid : pids) end_child(pid);
