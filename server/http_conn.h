@@ -330,15 +330,13 @@ bool is_cgi_header(const struct vec *name, const char *wanted); /* in any case *
  * False with errno when it cannot be started. */
 bool start_program(struct connection *, char *const argv[], char *const environment[], const char *directory,
                    ns_callback_t callback);
-/* The pipe is to serve nobody any more, and closes. */
-void detach_pipe(struct ns_connection *pipe);
-/* The program finds the end of its input. */
-void end_program_input(struct ns_connection *pipe);
 /* For NET_EV_POLL: the output ends with the program, also when processes that it left behind hold the pipe
  * open. */
 void close_pipe_of_ended_program(struct ns_connection *pipe);
 /* For NET_EV_CLOSE: takes into the receive buffer what was written before. */
 void read_rest_of_output(struct ns_connection *pipe);
+/* Detaches the connection from a pipe that closes. */
+void forget_pipe(struct ns_connection *pipe);
 /* Detaches the request from its program: ends it while its pipe is open, else lets it finish. */
 void release_program(struct connection *);
 

@@ -100,8 +100,10 @@ static int open_page_file(const struct mg_server *server, const char *path, cons
                           char real[MG_MAX_PATH]) {
   static_assert(MG_MAX_PATH >= PATH_MAX);
   if (realpath(path, real) == nullptr) return -1;
-  errno = ENOENT;
-  if (!is_inside(root, real) || must_hide_file(server, path) || must_hide_file(server, real)) return -1;
+  if (!may_be_served(server, root, path)) {
+    errno = ENOENT;
+    return -1;
+  }
   const int fd = open(real, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW);
   struct stat st;
   if (fd == -1 || (fstat(fd, &st) == 0 && S_ISREG(st.st_mode))) return fd;
@@ -275,7 +277,7 @@ static bool do_exec(struct connection *conn, const struct vec *arguments) {
     complain(conn->ssi, "Cannot SSI #exec: [%.*s]: %s", length(arguments), arguments->ptr, strerror(errno));
     return false;
   }
-  end_program_input(conn->endpoint.nc);
+  ns_end_output(conn->endpoint.nc);
   return true;
 }
 
@@ -368,8 +370,7 @@ static void take_output(struct ssi_page *page, struct iobuf *output) {
 static void on_command_end(struct connection *conn, struct ns_connection *pipe) {
   read_rest_of_output(pipe);
   take_output(conn->ssi, &pipe->recv_iobuf);
-  pipe->user_data = nullptr;
-  conn->endpoint.nc = nullptr;
+  forget_pipe(pipe);
   release_program(conn);
   continue_page(conn);
 }
