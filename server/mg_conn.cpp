@@ -108,7 +108,7 @@ void close_local_endpoint(struct connection *conn) {
   struct ns_connection *nc = conn->ns_conn;
   const struct mg_connection *c = &conn->mg_conn;
   const bool keep_alive = should_keep_alive(conn);
-  const int64_t body_to_come = keep_alive ? 0 : missing_body(conn);
+  const int64_t body_to_come = missing_body(conn);
   release_endpoint(conn);
 
   const char *log = conn->server->config_options[ACCESS_LOG_FILE];
