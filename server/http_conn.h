@@ -175,7 +175,7 @@ struct file_target {
   char root[MG_MAX_PATH]; /* the directory that the path must not leave: document_root or that of a rewrite */
   bool exists;            /* whether there is such a file or directory; st is filled in then */
   bool forbidden;         /* hidden, neither file nor directory, or outside of root by way of a link: to be
-                             answered as what does not exist. The path is given for authorisation only */
+                             answered as what does not exist, and not to be touched */
   struct stat st;
 };
 /* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites,
@@ -186,6 +186,9 @@ bool find_file_target(struct connection *, struct file_target *);
 /* The target is a directory, its path ending with "/": makes the first name of index_files that is a file
  * there the target. False, the target unchanged, when there is none. */
 bool find_index_file(struct connection *, struct file_target *);
+/* The path by which a request for the target is authorised: its own; when nothing is there, or nothing that a
+ * client may know of, that of the nearest directory above, which is what may be changed. */
+void find_protected_path(const struct mg_server *, const struct file_target *, char out[MG_MAX_PATH]);
 /* Whether a path (links followed; its last components need not exist) lies in the directory `root` or is it.
  */
 bool is_inside(const char *root, const char *path);
