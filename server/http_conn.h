@@ -10,8 +10,8 @@
  * mg_file_request.cpp decides which one; mg_path.cpp (from URI to file), mg_match.cpp (patterns),
  * mg_mime.cpp, mg_date.cpp, mg_file.cpp (files), mg_listing.cpp (directories), mg_auth.cpp (digest
  * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp and mg_cgi_environment.cpp (CGI),
- * mg_child.cpp (child processes), mg_ssi.cpp (server-side includes), mg_template.cpp, mg_proxy.cpp (forward
- * proxy). */
+ * mg_child.cpp (child processes), mg_ssi.cpp (server-side includes), mg_template.cpp, mg_proxy.cpp and
+ * mg_proxy_message.cpp (forward proxy). */
 #ifndef KESTREL_SERVER_HTTP_CONN_H
 #define KESTREL_SERVER_HTTP_CONN_H
 
@@ -64,6 +64,7 @@ struct connection {
   int64_t file_left;         /* EP_FILE: bytes of the file still to be sent */
   struct put_upload *upload; /* EP_PUT: what is being written (mg_put.cpp) */
   pid_t cgi_pid;             /* EP_CGI: the process */
+  struct proxied *proxied;   /* EP_PROXY: how far request and reply have been passed on (mg_proxy.cpp) */
 };
 
 /* The record around the mg_connection that a handler was given. */
