@@ -9,9 +9,17 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+/* Makes a socket hold little, so that little is enough to fill it. */
+static void make_small(int fd) {
+  const int size = 32768;
+  setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &size, sizeof(size));
+  setsockopt(fd, SOL_SOCKET, SO_SNDBUF, &size, sizeof(size));
+}
+
 /* The server beyond the proxy: takes one connection, without blocking. */
 struct Far {
   Far() : listener(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
+    make_small(listener); /* and with it what it accepts */
     sockaddr_in sin = {};
     socklen_t size = sizeof(sin);
     sin.sin_family = AF_INET;
@@ -448,6 +456,9 @@ TEST(ProxyReply, NoneOrAMalformedOneIsABadGateway) {
       {"hello\r\n\r\n", "The server's reply is malformed.\n"},
       {"\r\n\r\n", "The server's reply is malformed.\n"},
       {"HTTP/2.0 200 OK\r\n\r\n", "The server's reply is malformed.\n"},
+      {"HTTP/1.1 +20 OK\r\n\r\n", "The server's reply is malformed.\n"},
+      {"HTTP/1.1 2000 OK\r\n\r\n", "The server's reply is malformed.\n"},
+      {"HTTP/1.1 099 OK\r\n\r\n", "The server's reply is malformed.\n"},
       {"HTTP/1.1 20 OK\r\n\r\n", "The server's reply is malformed.\n"},
       {"HTTP/1.1 101 Switching Protocols\r\nUpgrade: x\r\n\r\n", "The server's reply is malformed.\n"},
       {"HTTP/1.1 200 OK\r\nContent-Length: 1\r\nContent-Length: 2\r\n\r\n",
@@ -522,7 +533,7 @@ TEST(ProxyTunnel, PassesBytesBothWays) {
 TEST(ProxyTunnel, CarriesMuchBothWaysAtOnce) {
   Proxy proxy;
   TunnelClient client(proxy);
-  const std::string up = bytes_of(5000000), down = bytes_of(7000001);
+  const std::string up = bytes_of(2000000), down = bytes_of(3000001);
   client.send(up);
   proxy.far.send(down);
   const auto all_there = [&] {
@@ -569,9 +580,9 @@ TEST(ProxyTunnel, LastBytesOfAClientThatHasGoneDoNotWaitForEver) {
     Proxy proxy;
     TunnelClient client(proxy);
     proxy.far.reading = false;
-    client.send(bytes_of(16000000));
+    make_small(proxy.peer()->sock);
+    client.send(bytes_of(2500000));
     EXPECT_TRUE(proxy.run([&] { return proxy.peer()->send_iobuf.len > MG_MAX_QUEUED_OUTPUT; }, {&client}));
-    proxy.first_client();
     ns_connection *peer = proxy.peer();
     static_cast<connection *>(peer->user_data)->ns_conn->flags |= CONN_CLOSE_NOW;
     proxy.rest();
@@ -611,20 +622,23 @@ TEST(ProxyPace, ServerIsReadOnlyAsFastAsTheClientTakes) {
   for (const bool tunnel : {false, true}) {
     Proxy proxy;
     Client client(proxy.port());
-    const std::string body = bytes_of(12000000);
-    const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: 12000000\r\n\r\n";
+    make_small(client.fd);
+    const std::string body = bytes_of(3000000);
+    const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n\r\n";
     client.send(tunnel ? "CONNECT " + proxy.far.authority() + " HTTP/1.1\r\n\r\n" : get(proxy));
     EXPECT_TRUE(proxy.run([&] { return proxy.peer() != nullptr && !(proxy.peer()->flags & CONN_CONNECTING); },
                           {&client}));
+    make_small(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->sock);
     client.reading = false;
     proxy.far.send(head + body);
     for (int i = 0; i < 400; i++) {
       proxy.far.turn();
       proxy.turn();
     }
-    EXPECT_LE(proxy.peer()->recv_iobuf.len, 4096u);
-    EXPECT_LE(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->send_iobuf.len,
-              MG_MAX_QUEUED_OUTPUT + 4096u);
+    const size_t queued = static_cast<connection *>(proxy.peer()->user_data)->ns_conn->send_iobuf.len;
+    EXPECT_GT(queued, size_t{MG_MAX_QUEUED_OUTPUT}); /* or the test would show nothing */
+    EXPECT_LE(queued, MG_MAX_QUEUED_OUTPUT + 4096u);
+    EXPECT_EQ(proxy.peer()->recv_iobuf.len, 0u);
     client.reading = true;
     const std::string expected = (tunnel ? established : "") + head + body;
     EXPECT_TRUE(proxy.run([&] { return client.received.size() >= expected.size(); }, {&client}));
@@ -632,10 +646,30 @@ TEST(ProxyPace, ServerIsReadOnlyAsFastAsTheClientTakes) {
   }
 }
 
+TEST(ProxyPace, InterimRepliesAreNoWayAround) {
+  Proxy proxy;
+  Client client(proxy.port());
+  make_small(client.fd);
+  client.send(get(proxy));
+  EXPECT_TRUE(proxy.run([&] { return !proxy.far.received.empty(); }, {&client}));
+  make_small(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->sock);
+  client.reading = false;
+  std::string flood;
+  for (int i = 0; i < 1500; i++) flood += "HTTP/1.1 102 \r\nX: " + std::string(2000, 'x') + "\r\n\r\n";
+  proxy.far.send(flood);
+  for (int i = 0; i < 400; i++) {
+    proxy.far.turn();
+    proxy.turn();
+  }
+  EXPECT_LE(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->send_iobuf.len,
+            MG_MAX_QUEUED_OUTPUT + 4096u);
+}
+
 TEST(ProxyPace, ClientIsReadOnlyAsFastAsTheServerTakes) {
   Proxy proxy;
   TunnelClient client(proxy);
-  const std::string up = bytes_of(12000000);
+  make_small(proxy.peer()->sock);
+  const std::string up = bytes_of(3000000);
   proxy.far.reading = false;
   client.send(up);
   for (int i = 0; i < 400; i++) {
@@ -644,6 +678,7 @@ TEST(ProxyPace, ClientIsReadOnlyAsFastAsTheServerTakes) {
     proxy.turn();
     client.turn();
   }
+  EXPECT_GT(proxy.peer()->send_iobuf.len, size_t{MG_MAX_QUEUED_OUTPUT});
   EXPECT_LE(proxy.peer()->send_iobuf.len, MG_MAX_QUEUED_OUTPUT + 4096u);
   proxy.far.reading = true;
   EXPECT_TRUE(proxy.run([&] { return proxy.far.received.size() >= up.size(); }, {&client}));
