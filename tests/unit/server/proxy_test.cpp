@@ -133,6 +133,12 @@ struct Proxy : TestServer {
     while (c != nullptr && !(c->flags & CONN_PROXY_PEER)) c = ns_next(&server->ns_mgr, c);
     return c;
   }
+  ns_connection *served_client() const { return static_cast<connection *>(peer()->user_data)->ns_conn; }
+  /* Waits until a socket is not read any more, and then goes on for a while. */
+  void run_until_held(const ns_connection *nc, const std::vector<Client *> &clients) {
+    EXPECT_TRUE(run([&] { return (nc->flags & CONN_WANT_WRITE) != 0; }, clients));
+    rest(clients);
+  }
   Far far;
 };
 
@@ -584,7 +590,7 @@ TEST(ProxyTunnel, LastBytesOfAClientThatHasGoneDoNotWaitForEver) {
     client.send(bytes_of(2500000));
     EXPECT_TRUE(proxy.run([&] { return proxy.peer()->send_iobuf.len > MG_MAX_QUEUED_OUTPUT; }, {&client}));
     ns_connection *peer = proxy.peer();
-    static_cast<connection *>(peer->user_data)->ns_conn->flags |= CONN_CLOSE_NOW;
+    proxy.served_client()->flags |= CONN_CLOSE_NOW;
     proxy.rest();
     ASSERT_EQ(proxy.peer(), peer);
     EXPECT_EQ(proxy.sockets(), 1);
@@ -628,16 +634,11 @@ TEST(ProxyPace, ServerIsReadOnlyAsFastAsTheClientTakes) {
     client.send(tunnel ? "CONNECT " + proxy.far.authority() + " HTTP/1.1\r\n\r\n" : get(proxy));
     EXPECT_TRUE(proxy.run([&] { return proxy.peer() != nullptr && !(proxy.peer()->flags & CONN_CONNECTING); },
                           {&client}));
-    make_small(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->sock);
+    make_small(proxy.served_client()->sock);
     client.reading = false;
     proxy.far.send(head + body);
-    for (int i = 0; i < 400; i++) {
-      proxy.far.turn();
-      proxy.turn();
-    }
-    const size_t queued = static_cast<connection *>(proxy.peer()->user_data)->ns_conn->send_iobuf.len;
-    EXPECT_GT(queued, size_t{MG_MAX_QUEUED_OUTPUT}); /* or the test would show nothing */
-    EXPECT_LE(queued, MG_MAX_QUEUED_OUTPUT + 4096u);
+    proxy.run_until_held(proxy.peer(), {&client});
+    EXPECT_LE(proxy.served_client()->send_iobuf.len, MG_MAX_QUEUED_OUTPUT + 4096u);
     EXPECT_EQ(proxy.peer()->recv_iobuf.len, 0u);
     client.reading = true;
     const std::string expected = (tunnel ? established : "") + head + body;
@@ -652,17 +653,13 @@ TEST(ProxyPace, InterimRepliesAreNoWayAround) {
   make_small(client.fd);
   client.send(get(proxy));
   EXPECT_TRUE(proxy.run([&] { return !proxy.far.received.empty(); }, {&client}));
-  make_small(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->sock);
+  make_small(proxy.served_client()->sock);
   client.reading = false;
   std::string flood;
   for (int i = 0; i < 1500; i++) flood += "HTTP/1.1 102 \r\nX: " + std::string(2000, 'x') + "\r\n\r\n";
   proxy.far.send(flood);
-  for (int i = 0; i < 400; i++) {
-    proxy.far.turn();
-    proxy.turn();
-  }
-  EXPECT_LE(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->send_iobuf.len,
-            MG_MAX_QUEUED_OUTPUT + 4096u);
+  proxy.run_until_held(proxy.peer(), {&client});
+  EXPECT_LE(proxy.served_client()->send_iobuf.len, MG_MAX_QUEUED_OUTPUT + 4096u);
 }
 
 TEST(ProxyPace, ClientIsReadOnlyAsFastAsTheServerTakes) {
@@ -672,13 +669,11 @@ TEST(ProxyPace, ClientIsReadOnlyAsFastAsTheServerTakes) {
   const std::string up = bytes_of(3000000);
   proxy.far.reading = false;
   client.send(up);
-  for (int i = 0; i < 400; i++) {
+  proxy.run_until_held(proxy.served_client(), {&client});
+  for (int i = 0; i < 100; i++) {
     proxy.far.send("chatter"); /* what comes back does not let the client go on */
-    proxy.far.turn();
-    proxy.turn();
-    client.turn();
+    proxy.rest({&client});
   }
-  EXPECT_GT(proxy.peer()->send_iobuf.len, size_t{MG_MAX_QUEUED_OUTPUT});
   EXPECT_LE(proxy.peer()->send_iobuf.len, MG_MAX_QUEUED_OUTPUT + 4096u);
   proxy.far.reading = true;
   EXPECT_TRUE(proxy.run([&] { return proxy.far.received.size() >= up.size(); }, {&client}));
