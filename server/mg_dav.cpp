@@ -200,7 +200,7 @@ static int find_obstacle(const struct mg_server *server, char *directory) {
   errno = 0;
   while (const FTSENT *entry = fts_read(walk.fts)) {
     if (entry->fts_info == FTS_DNR || entry->fts_info == FTS_ERR) return entry->fts_errno;
-    if (must_hide_file(server, entry->fts_path)) return EPERM;
+    if (has_hidden_name(server, entry->fts_path)) return EPERM;
     errno = 0;
   }
   return errno;

@@ -11,8 +11,8 @@
 #include <time.h>
 #include <unistd.h>
 
-/* Bytes read at once. Two such parts are the most that waits to be sent. */
-enum { FILE_PART_SIZE = 65536 };
+/* Bytes read at once; a datagram holds as many. Two such parts are the most that waits to be sent. */
+enum { FILE_PART_SIZE = 60 * 1024 };
 
 /* --- Preconditions ------------------------------------------------------------------------------------- */
 

@@ -70,6 +70,12 @@ static bool names_directory(const struct file_target *target) {
   return target->exists && S_ISDIR(target->st.st_mode) && target->path[strlen(target->path) - 1] == '/';
 }
 
+static bool is_authorised_for(struct connection *conn, const struct file_target *target) {
+  char path[MG_MAX_PATH];
+  find_protected_path(conn->server, target, path);
+  return is_authorised(conn, path);
+}
+
 void serve_file_request(struct connection *conn) {
   const endpoint_handler handle_dav = dav_handler(conn);
   struct file_target target;
@@ -79,9 +85,7 @@ void serve_file_request(struct connection *conn) {
   }
   if (handle_dav == nullptr && names_directory(&target)) find_index_file(conn, &target);
 
-  const bool authorised =
-      is_authorised(conn, target.path) && (handle_dav == nullptr || is_authorised_for_dav(conn));
-  if (!authorised) {
+  if (!is_authorised_for(conn, &target) || (handle_dav != nullptr && !is_authorised_for_dav(conn))) {
     send_auth_challenge(conn);
   } else if (target.forbidden) {
     send_http_error(conn, 404, nullptr);

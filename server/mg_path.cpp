@@ -196,10 +196,24 @@ bool find_file_target(struct connection *conn, struct file_target *target) {
   if (uri[0] != '/' || !find_mapping(conn->server, uri, &mapping)) return false;
   if (!build_paths(&mapping, target)) return false;
   if (!look_up(target) && may_name_program(&conn->mg_conn)) split_path_info(conn, target);
-  target->forbidden = !may_be_served(conn->server, target->root, target->path) ||
-                      (target->exists && !is_file_or_directory(&target->st));
+  const bool special = target->exists && !is_file_or_directory(&target->st);
+  target->forbidden = special || !may_be_served(conn->server, target->root, target->path);
   if (target->forbidden) target->exists = false;
   return true;
+}
+
+static bool is_directory(const char *path) {
+  struct stat st;
+  return stat(path, &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+void find_protected_path(const struct mg_server *server, const struct file_target *target,
+                         char out[MG_MAX_PATH]) {
+  strcpy(out, target->path);
+  if (target->exists) return;
+  while (cut_last_component(out)) {
+    if (is_directory(out) && may_be_served(server, target->root, out)) return;
+  }
 }
 
 bool find_index_file(struct connection *conn, struct file_target *target) {

@@ -75,7 +75,6 @@ static int target_refusal(const struct connection *conn, const struct file_targe
   const char *uri = conn->mg_conn.uri, *name = strrchr(uri, '/');
   const bool names_directory = name != nullptr && (strcmp(name, "/") == 0 || strcmp(name, "/.") == 0);
   struct stat st;
-  if (target->path[0] == '\0') return 404;
   if (names_directory || (target->exists && S_ISDIR(target->st.st_mode))) return 405;
   if (target->exists && !S_ISREG(target->st.st_mode)) return 403;
   if (!target->exists && lstat(target->path, &st) == 0) return 403; /* a link that leads nowhere */
