@@ -6,6 +6,7 @@
 #include "modules/rest_module_base.h"
 #include "modules/rest_module_bgp.h"
 #include "modules/rest_module_boxs.h"
+#include "modules/rest_module_help.h"
 #include "modules/rest_module_interface.h"
 #include "modules/rest_module_lag.h"
 #include "modules/rest_module_logging.h"
@@ -44,7 +45,7 @@ static const rest_module modules[] = {
     {"tcam", tcam_api_handler},       {"boxs", boxs_api_handler},     {"download", transfer_api_handler},
     {"upload", transfer_api_handler}, {"vxlan", vxlan_api_handler},   {"ssh", ssh_api_handler},
     {"script", script_api_handler},   {"pml", pml_api_handler},       {"process", process_api_handler},
-    {"acl", acl_api_handler},
+    {"acl", acl_api_handler},         {"help", help_api_handler},
 };
 
 static const rest_module *find_module(const char *name) {

@@ -9,10 +9,11 @@
 #ifndef KESTREL_MODULES_REST_MODULE_ACL_H
 #define KESTREL_MODULES_REST_MODULE_ACL_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 #include "platform/api/openapi_acl.h"
 
 int acl_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> acl_api_routes(void);
 
 /* --- Queries -------------------------------------------------------------------------------------------- */
 

@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_BGP_H
 #define KESTREL_MODULES_REST_MODULE_BGP_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int bgp_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> bgp_api_routes(void);
 
 int api_bgp_delete_originated_network(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_bgp_delete_ipv4_redistribution(openapiClientHandle_t *client_handle, mg_connection *conn);

@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_BOXS_H
 #define KESTREL_MODULES_REST_MODULE_BOXS_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int boxs_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> boxs_api_routes(void);
 
 int api_boxs_get_info(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_boxs_get_fan_list(openapiClientHandle_t *client_handle, mg_connection *conn);

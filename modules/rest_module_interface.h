@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_INTERFACE_H
 #define KESTREL_MODULES_REST_MODULE_INTERFACE_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int interface_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> interface_api_routes(void);
 
 int api_interface_delete_specified_num_from_vlan(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_interface_delete_switchport_trunk_vlan(openapiClientHandle_t *client_handle, mg_connection *conn);

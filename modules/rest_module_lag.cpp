@@ -167,3 +167,7 @@ static const rest_route routes[] = {
 int lag_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn) {
   return handle_by_routes(routes, client_handle, conn);
 }
+
+std::span<const rest_route> lag_api_routes(void) {
+  return routes;
+}

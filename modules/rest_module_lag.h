@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_LAG_H
 #define KESTREL_MODULES_REST_MODULE_LAG_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int lag_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> lag_api_routes(void);
 
 int api_lag_delete_specified_id_member(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_lag_get_specified_id(openapiClientHandle_t *client_handle, mg_connection *conn);

@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_LOGGING_H
 #define KESTREL_MODULES_REST_MODULE_LOGGING_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int logging_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> logging_api_routes(void);
 
 int api_logging_get_info(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_logging_get_host_list(openapiClientHandle_t *client_handle, mg_connection *conn);

@@ -140,3 +140,7 @@ static const rest_route routes[] = {
 int login_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn) {
   return handle_by_routes(routes, client_handle, conn);
 }
+
+std::span<const rest_route> login_api_routes(void) {
+  return routes;
+}

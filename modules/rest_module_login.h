@@ -2,9 +2,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_LOGIN_H
 #define KESTREL_MODULES_REST_MODULE_LOGIN_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int login_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> login_api_routes(void);
 
 int api_login_get_info(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_login_get_rest_session_list(openapiClientHandle_t *client_handle, mg_connection *conn);

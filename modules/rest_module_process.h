@@ -2,9 +2,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_PROCESS_H
 #define KESTREL_MODULES_REST_MODULE_PROCESS_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int process_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> process_api_routes(void);
 
 int api_process_get_memory(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_process_get_cpu(openapiClientHandle_t *client_handle, mg_connection *conn);

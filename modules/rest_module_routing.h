@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_ROUTING_H
 #define KESTREL_MODULES_REST_MODULE_ROUTING_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int routing_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> routing_api_routes(void);
 
 int api_routing_delete_vlan_interface_specified_id(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_routing_delete_interface_ip_address(openapiClientHandle_t *client_handle, mg_connection *conn);

@@ -185,3 +185,7 @@ static const rest_route routes[] = {
 int system_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn) {
   return handle_by_routes(routes, client_handle, conn);
 }
+
+std::span<const rest_route> system_api_routes(void) {
+  return routes;
+}

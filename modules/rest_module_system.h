@@ -2,9 +2,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_SYSTEM_H
 #define KESTREL_MODULES_REST_MODULE_SYSTEM_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int system_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> system_api_routes(void);
 
 int api_system_get_global_settings(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_system_update_hostname(openapiClientHandle_t *client_handle, mg_connection *conn);

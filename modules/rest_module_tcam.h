@@ -3,10 +3,11 @@
 #ifndef KESTREL_MODULES_REST_MODULE_TCAM_H
 #define KESTREL_MODULES_REST_MODULE_TCAM_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 #include "platform/api/openapi_tcam.h"
 
 int tcam_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> tcam_api_routes(void);
 
 int api_tcam_delete_policy_specified_id(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_tcam_delete_policy_all(openapiClientHandle_t *client_handle, mg_connection *conn);

@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_TRANSFER_H
 #define KESTREL_MODULES_REST_MODULE_TRANSFER_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int transfer_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> transfer_api_routes(void);
 
 int api_transfer_get_download_status(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_transfer_get_upload_status(openapiClientHandle_t *client_handle, mg_connection *conn);

@@ -161,3 +161,7 @@ static const rest_route routes[] = {
 int vlan_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn) {
   return handle_by_routes(routes, client_handle, conn);
 }
+
+std::span<const rest_route> vlan_api_routes(void) {
+  return routes;
+}

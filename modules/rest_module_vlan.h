@@ -3,9 +3,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_VLAN_H
 #define KESTREL_MODULES_REST_MODULE_VLAN_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int vlan_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> vlan_api_routes(void);
 
 int api_vlan_delete_specified_id(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_vlan_update_name(openapiClientHandle_t *client_handle, mg_connection *conn);

@@ -9,9 +9,10 @@
 #ifndef KESTREL_MODULES_REST_MODULE_VXLAN_H
 #define KESTREL_MODULES_REST_MODULE_VXLAN_H
 
-#include "engine/rest_common.h"
+#include "engine/rest_route.h"
 
 int vxlan_api_handler(openapiClientHandle_t *client_handle, mg_connection *conn);
+std::span<const rest_route> vxlan_api_routes(void);
 
 int api_vxlan_delete_specified_tenant(openapiClientHandle_t *client_handle, mg_connection *conn);
 int api_vxlan_delete_src(openapiClientHandle_t *client_handle, mg_connection *conn);

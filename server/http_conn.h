@@ -9,9 +9,9 @@
  * A request that the handler declines is served by the endpoints that the server has by itself:
  * mg_file_request.cpp decides which one; mg_path.cpp (from URI to file), mg_match.cpp (patterns),
  * mg_mime.cpp, mg_date.cpp, mg_file.cpp (files), mg_listing.cpp (directories), mg_auth.cpp (digest
- * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp and mg_cgi_environment.cpp (CGI),
- * mg_child.cpp (child processes), mg_ssi.cpp (server-side includes), mg_template.cpp, mg_proxy.cpp (forward
- * proxy). */
+ * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp, mg_cgi_environment.cpp and
+ * mg_cgi_head.cpp (CGI), mg_ssi.cpp (server-side includes), mg_program.cpp and mg_child.cpp (the programs
+ * that these two run), mg_template.cpp, mg_proxy.cpp and mg_proxy_message.cpp (forward proxy). */
 #ifndef KESTREL_SERVER_HTTP_CONN_H
 #define KESTREL_SERVER_HTTP_CONN_H
 
@@ -64,6 +64,8 @@ struct connection {
   int64_t file_left;         /* EP_FILE: bytes of the file still to be sent */
   struct put_upload *upload; /* EP_PUT: what is being written (mg_put.cpp) */
   pid_t cgi_pid;             /* EP_CGI: the process */
+  struct ssi_page *ssi;      /* EP_CGI: the page that the process is a command of; null: a CGI program */
+  struct proxied *proxied;   /* EP_PROXY: how far request and reply have been passed on (mg_proxy.cpp) */
 };
 
 /* The record around the mg_connection that a handler was given. */
@@ -265,17 +267,28 @@ bool is_authorised_for_dav(struct connection *);
 
 /* --- WebDAV (mg_dav.cpp, mg_put.cpp; RFC 4918) --------------------------------------------------------- */
 
-/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target (RFC 9110
- * section 13). */
+/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target: 412
+ * (RFC 9110 section 13). */
 bool precondition_fails(const struct connection *, const struct file_target *);
 /* Answers with a status of success and ends the request. */
 void send_dav_success(struct connection *, int status);
-/* Answer and end the request. The target may not exist. */
+/* The methods: each answers and ends the request. The target may not exist, and is not a forbidden one. Where
+ * the file system refuses, the status is 403, 405 (it is there already), 409 (its directory is not), 507 (the
+ * disk is full) or 500.
+ *
+ * 207 with an entry for the target, and with "Depth: 1" for each file and directory in it. A missing depth
+ * and "infinity" are taken for 1. A body is not looked at: every property is told. 404, 400. */
 void handle_propfind(struct connection *, const struct file_target *);
+/* 201. A body: 415. */
 void handle_mkcol(struct connection *, const struct file_target *);
+/* 200. Removes a file, a link (never what it leads to), or a directory with all that is in it: not the root,
+ * and nothing at all of one that holds hidden files (403). 404, 400 for a depth but "infinity", 412. */
 void handle_delete(struct connection *, const struct file_target *);
-/* Begins an upload (EP_PUT); write_upload() takes what has arrived of the body, and answers after the last
- * byte. release_upload() at the end of the request: what is incomplete leaves no trace. */
+/* Begins an upload (EP_PUT): 201 for a new file, 200 for one that is replaced, or of which the part that
+ * Content-Range names is. 400, 403, 405 for a directory, 411 without Content-Length, 412, 416 for a part that
+ * begins behind the file's end; 507 when the disk is full; 500 "put_dir: ..." and "open(...): ..." when
+ * directories or the file cannot be made. write_upload() takes what has arrived of the body, and answers
+ * after the last byte. release_upload() at the end of the request: what is incomplete leaves no trace. */
 void handle_put(struct connection *, const struct file_target *);
 void write_upload(struct connection *);
 void release_upload(struct connection *);
@@ -289,10 +302,62 @@ void forward_to_cgi(struct connection *);
 /* At the end of the request: detaches the pipe, and ends the program when it is still running. */
 void release_cgi(struct connection *);
 
-/* --- Server-side includes (mg_ssi.cpp) and templates (mg_template.cpp) --------------------------------- */
+/* The environment of a program (mg_cgi_environment.cpp). Not to be copied, as vars point into buf. */
+enum { CGI_ENV_SIZE = 8192, CGI_ENV_VARS = 64 };
+struct cgi_env_block {
+  struct connection *conn;
+  char buf[CGI_ENV_SIZE];   /* NAME=value texts back to back, each terminated */
+  char *vars[CGI_ENV_VARS]; /* pointers to them, ended by null */
+  int len;                  /* bytes of buf used */
+  int nvars;                /* elements of vars used */
+};
+/* Adds a NAME=value text. False when it does not fit; the block is then as it was. */
+bool add_variable(struct cgi_env_block *, const char *fmt, ...) __attribute__((format(printf, 2, 3)));
+/* Fills in the block. Returns 0, or the status of the error that the request deserves when it does not fit:
+ * 414 its URI, 431 its headers, 500 the server's own part. */
+int prepare_cgi_environment(struct connection *, const struct file_target *, struct cgi_env_block *);
+/* Copies a path, a relative one behind the current directory's. */
+void make_absolute(const char *path, char *out, size_t size);
 
-/* Answers with the file, its directives carried out, and ends the request. */
+/* The head of a program's output (mg_cgi_head.cpp). */
+enum { CGI_MAX_HEAD = 16384 }; /* bytes of its header lines */
+enum cgi_head_state { CGI_HEAD_INCOMPLETE, CGI_HEAD_COMPLETE, CGI_HEAD_MALFORMED };
+struct cgi_head {
+  size_t len;        /* with the empty line */
+  struct vec lines;  /* the header lines */
+  int status;        /* that of "Status"; else 302 with "Location", 200 without */
+  struct vec reason; /* behind it; empty when there is none */
+};
+/* Reads the head at the beginning of an output. The texts of a complete one lie in buf. */
+enum cgi_head_state parse_cgi_head(const char *buf, size_t len, struct cgi_head *);
+/* Takes the next header off the lines of a head. False at the end, or when it is malformed. */
+bool next_cgi_header(struct vec *lines, struct vec *name, struct vec *value);
+bool is_cgi_header(const struct vec *name, const char *wanted); /* in any case */
+
+/* --- Programs that serve a client (mg_program.cpp) ----------------------------------------------------- */
+
+/* Starts a program whose output serves the client: the request becomes EP_CGI, its endpoint the pipe to the
+ * program, whose events go to `callback` and whose user_data is the connection. Arguments as start_child().
+ * False with errno when it cannot be started. */
+bool start_program(struct connection *, char *const argv[], char *const environment[], const char *directory,
+                   ns_callback_t callback);
+/* For NET_EV_POLL: the output ends with the program, also when processes that it left behind hold the pipe
+ * open. */
+void close_pipe_of_ended_program(struct ns_connection *pipe);
+/* For NET_EV_CLOSE: takes into the receive buffer what was written before. */
+void read_rest_of_output(struct ns_connection *pipe);
+/* Detaches the connection from a pipe that closes. */
+void forget_pipe(struct ns_connection *pipe);
+/* Detaches the request from its program: ends it while its pipe is open, else lets it finish. */
+void release_program(struct connection *);
+
+/* --- Server-side includes (mg_ssi.cpp) ----------------------------------------------------------------- */
+
+/* Answers with the file, its directives carried out, and ends the request: at once, or when the commands of
+ * the page have ended (EP_CGI). */
 void send_ssi_file(struct connection *, const struct file_target *);
+/* At the end of the request: forgets the page, if there is one. */
+void free_ssi_page(struct connection *);
 
 /* --- Forward proxy (mg_proxy.cpp) ---------------------------------------------------------------------- */
 

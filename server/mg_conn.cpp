@@ -95,20 +95,22 @@ static int64_t missing_body(const struct connection *conn) {
  * the client closes. */
 static void end_connection(struct connection *conn, int64_t body_to_come) {
   struct ns_connection *nc = conn->ns_conn;
-  if (nc->send_iobuf.len == 0) {
-    nc->flags |= CONN_CLOSE_NOW;
-  } else if (body_to_come == 0) {
-    nc->flags |= CONN_FINISHED_SENDING;
-  } else {
-    conn->unwanted = body_to_come;
+  const bool all_written = nc->send_iobuf.len == 0;
+  conn->unwanted = body_to_come;
+  if (body_to_come == 0) {
+    nc->flags |= all_written ? CONN_CLOSE_NOW : CONN_FINISHED_SENDING;
+    return;
   }
+  nc->flags &= ~CONN_WANT_WRITE; /* nobody is left who would hold it back */
+  if (all_written) ns_end_output(nc);
 }
 
 void close_local_endpoint(struct connection *conn) {
   struct ns_connection *nc = conn->ns_conn;
   const struct mg_connection *c = &conn->mg_conn;
   const bool keep_alive = should_keep_alive(conn);
-  const int64_t body_to_come = keep_alive ? 0 : missing_body(conn);
+  const bool has_reply = c->status_code > 0 || nc->send_iobuf.len > 0;
+  const int64_t body_to_come = keep_alive || !has_reply ? 0 : missing_body(conn);
   release_endpoint(conn);
 
   const char *log = conn->server->config_options[ACCESS_LOG_FILE];
@@ -343,6 +345,12 @@ static void on_datagram(struct ns_connection *nc, int count) {
   forget_request(&conn);
 }
 
+/* The CGI process's pipe or the proxied server's socket; null when none serves the client. */
+static struct ns_connection *serving_socket(const struct connection *conn) {
+  const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
+  return served ? conn->endpoint.nc : nullptr;
+}
+
 /* More of a body whose request has been answered. */
 static void drop_unwanted(struct connection *conn, int count) {
   struct ns_connection *nc = conn->ns_conn;
@@ -372,18 +380,19 @@ static void on_recv(struct ns_connection *nc, int count) {
   } else {
     on_recv_data(conn);
   }
-  hold_back(nc, nc); /* a client that asks on without taking its replies must not make them pile up */
+  /* A client that asks on without taking its replies must not make them pile up. One that is served by
+   * another socket is held back by that one: the two directions do not wait for each other. */
+  if (serving_socket(conn) == nullptr) hold_back(nc, nc);
 }
 
-/* Bytes went out: a client that was slow to take its replies may be read again, and so may whoever serves it.
- */
+/* Bytes went out: whoever serves a client that was slow to take its replies may be read again, or the client
+ * itself. */
 static void on_send(struct ns_connection *nc, int count) {
-  let_go(nc, nc, count);
   const auto *conn = static_cast<connection *>(nc->user_data);
+  struct ns_connection *peer = conn == nullptr ? nullptr : serving_socket(conn);
+  let_go(peer == nullptr ? nc : peer, nc, count);
   if (conn == nullptr) return;
   if (conn->unwanted > 0 && nc->send_iobuf.len == static_cast<size_t>(count)) ns_end_output(nc);
-  const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
-  if (served && conn->endpoint.nc != nullptr) let_go(conn->endpoint.nc, nc, count);
 }
 
 static void on_poll(struct ns_connection *nc, time_t now) {

@@ -22,7 +22,8 @@ MAY_INCLUDE = {
     "modules/": ("modules/", "engine/", "server/", "platform/api/"),
     "platform/api/": ("platform/api/",),
     "platform/softswitch/": ("platform/",),
-    "tools/": ("platform/api/", "platform/softswitch/"),
+    "tools/": ("tools/", "platform/api/", "platform/softswitch/"),
+    "tools/api/": ("tools/api/", "modules/rest_help_document.h"),
     "tests/": tuple(folder + "/" for folder in FOLDERS),
 }
 
