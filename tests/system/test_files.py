@@ -219,8 +219,9 @@ class OutsideTest(FilesTest):
         names = ["secret", "rootx/secret", "../secret", "a/../../secret"]
         targets = [f"{before}/{up}/{name}" for up in ups for before in befores for name in names]
         targets += ["/up/secret", "/dir/link", "/w/link", "/w../secret", "/rx/secret", "/r../secret",
-                    "//secret", "/..%2fsecret", "/dir/..%2f..%2fsecret", "/..\\secret", "\\..\\secret", "/./../secret",
-                    f"/{self.folder}/secret", f"//{self.folder}/secret", "/%00/../secret", "/up", "/up/"]
+                    "//secret", "/..%2fsecret", "/dir/..%2f..%2fsecret", "/..\\secret", "\\..\\secret",
+                    "/./../secret", f"/{self.folder}/secret", f"//{self.folder}/secret", "/%00/../secret",
+                    "/up", "/up/"]
         refusals = (b"HTTP/1.1 404 Not Found", b"HTTP/1.1 400 Bad Request")
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
             replies = list(pool.map(lambda target: self.exchange_request("GET", target), targets))
