@@ -357,6 +357,27 @@ TEST_F(LargeFile, WhatTheClientSendsMeanwhileIsNotKept) {
   }
 }
 
+TEST_F(LargeFile, TheBodyStaysWithTheHandlerMeanwhile) {
+  std::string seen;
+  server.on_event = [&](mg_connection *c, mg_event event) -> int {
+    if (event == MG_AUTH) return MG_TRUE;
+    if (event == MG_REQUEST) {
+      mg_send_file(c, dir.file("large").c_str(), nullptr);
+      return MG_MORE;
+    }
+    if (event == MG_POLL && c->content != nullptr) seen.assign(c->content, c->content_len);
+    return 0;
+  };
+  Client client(server.port());
+  client.reading = false;
+  client.send("POST /x HTTP/1.1\r\nContent-Length: 4\r\n\r\nbody");
+  for (int i = 0; i < 50; i++) {
+    server.run_passes(5, {&client});
+    ASSERT_EQ(seen, "body");
+    client.send(std::string(10000, 'x'));
+  }
+}
+
 TEST_F(LargeFile, AFileThatShrinksEndsTheConnection) {
   Client client(server.port());
   client.reading = false;
