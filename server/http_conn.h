@@ -245,8 +245,8 @@ struct dir_entry {
   char *file_name; /* heap text */
   struct stat st;
 };
-/* Reads the entries of a directory but ".", ".." and hidden ones; what they point to must lie inside `root`.
- * Returns their number, -1 when the directory cannot be read. free_directory() releases them. */
+/* Reads the files and directories that stand in a directory, but hidden ones and links that lead out of
+ * `root`. Returns their number, -1 with errno when it cannot be read. free_directory() releases them. */
 int scan_directory(struct connection *, const char *directory, const char *root, struct dir_entry **entries);
 void free_directory(struct dir_entry *entries, int count);
 /* Appends a path to `out` with all but unreserved characters and "/" %-encoded (RFC 3986), cut at the size;

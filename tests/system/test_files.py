@@ -81,7 +81,7 @@ class CurlTest(FilesTest):
     def test_unchanged_files_are_not_sent_again_over_a_kept_connection(self):
         self.start()
         url = self.url("/a.html")
-        said = self.curl("-z", "Sun, 06 Nov 1994 08:49:37 GMT", "-w", "%{http_code} %{num_connects}\n", url, url)
+        said = self.curl("-z", MODIFIED_DATE, "-w", "%{http_code} %{num_connects}\n", url, url)
         self.assertEqual(said, b"304 1\n304 0\n")
         self.assertEqual(self.status_of("-z", "Sun, 06 Nov 1994 08:49:36 GMT", url), 200)
         self.assertEqual(self.status_of("-z", "-Sun, 06 Nov 1994 08:49:36 GMT", url), 412)
@@ -143,9 +143,9 @@ class LargeTest(FilesTest):
         self.start(tls=True)
         names = [self.out(f"out{i}") for i in range(4)]
         with concurrent.futures.ThreadPoolExecutor(len(names)) as pool:
-            list(pool.map(lambda i: self.curl("-o", names[i], self.url("/large", tls=i % 2 == 1)), range(len(names))))
-        for i in range(len(names)):
-            self.assertEqual(digest(self.read(f"../out{i}")), self.expected)
+            list(pool.map(lambda i: self.curl("-o", names[i], self.url("/large", tls=i % 2 == 1)), range(4)))
+        for name in names:
+            self.assertEqual(digest(self.read(name)), self.expected)
 
     def test_clients_that_go_away_leave_nothing_open(self):
         self.start(tls=True)
@@ -213,16 +213,18 @@ class OutsideTest(FilesTest):
         os.symlink(self.folder, self.path("up"))
         os.symlink("../secret", self.path("dir/link"))
         self.start(url_rewrites=f"/w={self.root}/dir/,/r={self.root}")
-        ups = ["..", "%2e%2e", ".%2e", "%2E.", "..%2f..", "..%5c", "%c0%ae%c0%ae", "%252e%252e", "....", "..;", "..%00",
-               "...", ".. ", "..%20"]
-        targets = [f"{before}/{up}/{name}" for up in ups for before in ("", "/dir", "/dir/x", "/w", "/r", "/nope")
-                   for name in ("secret", "rootx/secret", "../secret", "a/../../secret")]
-        targets += ["/up/secret", "/dir/link", "/w/link", "/w../secret", "/rx/secret", "/r../secret", "//secret",
-                    "/..%2fsecret", "/dir/..%2f..%2fsecret", "/..\\secret", "\\..\\secret", "/./../secret",
-                    f"/{self.folder}/secret", f"//{self.folder}/secret", "/%00/../secret", "/up", "/up/"]
+        ups = ["..", "%2e%2e", ".%2e", "%2E.", "..%2f..", "..%5c", "%c0%ae%c0%ae", "%252e%252e", "....",
+               "..;", "..%00", "...", "..%20"]
+        befores = ["", "/dir", "/dir/x", "/w", "/r", "/nope"]
+        names = ["secret", "rootx/secret", "../secret", "a/../../secret"]
+        targets = [f"{before}/{up}/{name}" for up in ups for before in befores for name in names]
+        targets += ["/up/secret", "/dir/link", "/w/link", "/w../secret", "/rx/secret", "/r../secret",
+                    "//secret", "/..%2fsecret", "/dir/..%2f..%2fsecret", "/..\\secret", "\\..\\secret",
+                    "/./../secret", f"/{self.folder}/secret", f"//{self.folder}/secret", "/%00/../secret",
+                    "/up", "/up/"]
         refusals = (b"HTTP/1.1 404 Not Found", b"HTTP/1.1 400 Bad Request")
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
-            replies = list(pool.map(lambda t: self.exchange_request("GET", t.replace(" ", "%20")), targets))
+            replies = list(pool.map(lambda target: self.exchange_request("GET", target), targets))
         for target, reply in zip(targets, replies):
             with self.subTest(target):
                 self.assertNotIn(self.SECRET, reply)
@@ -231,7 +233,8 @@ class OutsideTest(FilesTest):
 
     def test_curl_with_a_path_as_it_is(self):
         self.start()
-        for path in ("/../secret", "/dir/../../secret", "/%2e%2e/secret", "/..%2fsecret", "/.%2e/.%2e/etc/passwd"):
+        for path in ("/../secret", "/dir/../../secret", "/%2e%2e/secret", "/..%2fsecret",
+                     "/.%2e/.%2e/etc/passwd"):
             self.assertEqual(self.status_of("--path-as-is", self.url(path)), 404, path)
 
     def test_hidden_files_cannot_be_fetched_or_listed(self):
@@ -239,8 +242,8 @@ class OutsideTest(FilesTest):
             self.write(name, "hidden")
         os.symlink("old.BAK", self.path("dir/other"))
         self.start(hide_files_patterns="**.bak$|**/.git$")
-        for name in ("dir/x.htpasswd", "dir/old.BAK", "dir/old.bak", "dir/.git/config", "dir/.git", "dir/.git/",
-                     "dir/other", "dir/%2egit/config", "dir/x.htpasswd%00", "dir/.htpasswd"):
+        for name in ("dir/x.htpasswd", "dir/old.BAK", "dir/old.bak", "dir/.git/config", "dir/.git",
+                     "dir/.git/", "dir/other", "dir/%2egit/config", "dir/x.htpasswd%00", "dir/.htpasswd"):
             self.assertEqual(self.exchange_request("GET", f"/{name}"), NOT_FOUND, name)
         rows = re.findall(r'<tr><td><a href="([^"]*)">', self.curl(self.url("/dir/")).decode())
         self.assertEqual(rows, ["b.txt"])
@@ -266,18 +269,19 @@ class OutsideTest(FilesTest):
 class ListingTest(FilesTest):
     def test_thousands_of_entries(self):
         os.mkdir(self.path("many"))
-        names = [f"{i:05d} <&>" for i in range(5000)]
+        names = [f"{i:05d} <&>" for i in range(2000)]
         for name in names:
             os.close(os.open(self.path(f"many/{name}"), os.O_CREAT | os.O_WRONLY))
         self.start()
         page = self.curl(self.url("/many/")).decode()
-        rows = re.findall(r'(?m)^<tr><td><a href="([^"]*)">([^<]*)</a></td><td>&nbsp;\d\d-\w{3}-\d{4} \d\d:\d\d</td>'
-                          r"<td>&nbsp;&nbsp;0</td></tr>$", page)
+        rows = re.findall(r'(?m)^<tr><td><a href="([^"]*)">([^<]*)</a></td>'
+                          r"<td>&nbsp;\d\d-\w{3}-\d{4} \d\d:\d\d</td><td>&nbsp;&nbsp;0</td></tr>$", page)
         self.assertEqual(rows, [(f"{n[:5]}%20%3C%26%3E", f"{n[:5]} &lt;&amp;&gt;") for n in names])
         self.assertEqual(self.curl(self.url("/many/?nd")).decode().count("<tr><td><a href="), len(names))
 
     def test_every_link_of_a_page_leads_to_its_entry(self):
-        names = ["plain", "a b", "100%", "x?y=z", "#", "&amp;", "\"'<>", "\u00fcmlaut", "a:b", "+", ";", "a\\b"]
+        names = ["plain", "a b", "100%", "x?y=z", "#", "&amp;", "\"'<>", "\u00fcmlaut", "a:b", "+", ";",
+                 "a\\b"]
         for name in names:
             self.write(f"dir/{name}", name)
         self.start()
