@@ -336,6 +336,10 @@ bool is_cgi_header(const struct vec *name, const char *wanted); /* in any case *
 
 /* --- Programs that serve a client (mg_program.cpp) ----------------------------------------------------- */
 
+/* Appends bytes to a buffer that many small pieces come to, making room for more of them. False when there is
+ * no memory; the buffer is then unchanged. */
+bool append_piece(struct iobuf *, const void *bytes, size_t len);
+
 /* Starts a program whose output serves the client: the request becomes EP_CGI, its endpoint the pipe to the
  * program, whose events go to `callback` and whose user_data is the connection. Arguments as start_child().
  * False with errno when it cannot be started. */

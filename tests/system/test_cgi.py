@@ -144,10 +144,10 @@ class Environment(CgiTest):
 
 
 class Bodies(CgiTest):
-    def test_twenty_megabytes_come_back(self):
+    def test_many_megabytes_come_back(self):
         self.program("cat.cgi", "exec cat")
         self.start()
-        data = os.urandom(1 << 20) * 20
+        data = os.urandom(1 << 20) * (2 if sanitized() else 20)
         self.assertEqual(self.curl("--data-binary", "@-", "-H", "Expect: 100-continue", self.url("/cat.cgi"),
                                    data=data), data)
 
