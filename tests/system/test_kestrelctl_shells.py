@@ -67,27 +67,28 @@ printf '%s\n' "${COMPREPLY[@]}"
 
 
 class OnATerminal(ShellTest):
-    """Shells as people use them: what the line reads after the Tab key."""
+    """Shells as people use them: which line is run after the Tab key."""
 
-    def shell(self, command, prepare):
+    def complete_lines(self, command, prepare):
         shell = Screen(command, self.environment)
         self.addCleanup(shell.stop)
         shell.type(prepare + "; echo rea''dy\n")
         shell.wait_for("ready\r\n")
-        return shell
-
-    def complete_lines(self, shell):
-        shell.type("kestrelctl vl\t10 set na\tservers ")
-        shell.wait_for("kestrelctl vlans 10 set name servers ")
-        shell.type("\x15kestrelctl acl ip name web add rule acti\tper\tlog")
-        shell.wait_for("add rule action=permit log")
+        for typed, run in (("kestrelctl vl\t10 set na\tservers", "kestrelctl vlans 10 set name servers"),
+                           ("kestrelctl acl ip name web add rule acti\tper\tlo\ty\t",
+                            "kestrelctl acl ip name web add rule action=permit log=yes")):
+            shell.shown = ""
+            shell.type(typed + "\n")
+            shell.wait_for(f"RUN<{run}")
+            shell.wait_for("kestrelctl: ")  # nobody is logged in
 
     def test_bash_completes(self):
-        self.complete_lines(self.shell(["bash", "--norc", "-i"], f"source {COMPLETION}/kestrelctl.bash"))
+        self.complete_lines(["bash", "--norc", "-i"],
+                            f"source {COMPLETION}/kestrelctl.bash; trap 'echo \"RUN<$BASH_COMMAND>\"' DEBUG")
 
     def test_zsh_completes(self):
-        prepare = f"fpath=({COMPLETION} $fpath); autoload -Uz compinit; compinit -u -D"
-        self.complete_lines(self.shell(["zsh", "-f", "-i"], prepare))
+        self.complete_lines(["zsh", "-f", "-i"], f"fpath=({COMPLETION} $fpath); autoload -Uz compinit; compinit -u -D; "
+                                                 "preexec() { echo \"RUN<$1>\" }")
 
 
 class Manual(unittest.TestCase):
@@ -96,10 +97,12 @@ class Manual(unittest.TestCase):
                          ["kestrel-lab.1", "kestrel-passwd.1", "kestrelctl.1", "restful_api_engine.8"])
 
     def test_pages_are_clean(self):
+        # Which other pages are installed here says nothing about these.
+        elsewhere = re.compile(r"^.*(referenced manual not found: Xr|outdated mandoc.db).*\n", re.M)
         for page in PAGES:
             done = subprocess.run(["mandoc", "-T", "lint", "-W", "style", page], capture_output=True, text=True,
                                   check=False)
-            self.assertEqual((done.returncode, done.stdout + done.stderr), (0, ""), page)
+            self.assertEqual(elsewhere.sub("", done.stdout + done.stderr), "")
 
     def test_page_of_kestrelctl_tells_of_every_option_and_exit_status(self):
         with open(os.path.join(SOURCE, "docs/man/kestrelctl.1"), encoding="utf-8") as file:
