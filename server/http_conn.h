@@ -9,9 +9,9 @@
  * A request that the handler declines is served by the endpoints that the server has by itself:
  * mg_file_request.cpp decides which one; mg_path.cpp (from URI to file), mg_match.cpp (patterns),
  * mg_mime.cpp, mg_date.cpp, mg_file.cpp (files), mg_listing.cpp (directories), mg_auth.cpp (digest
- * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp and mg_cgi_environment.cpp (CGI),
- * mg_child.cpp (child processes), mg_ssi.cpp (server-side includes), mg_template.cpp, mg_proxy.cpp (forward
- * proxy). */
+ * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp, mg_cgi_environment.cpp and
+ * mg_cgi_head.cpp (CGI), mg_ssi.cpp (server-side includes), mg_program.cpp and mg_child.cpp (the programs
+ * that these two run), mg_template.cpp, mg_proxy.cpp and mg_proxy_message.cpp (forward proxy). */
 #ifndef KESTREL_SERVER_HTTP_CONN_H
 #define KESTREL_SERVER_HTTP_CONN_H
 
@@ -60,9 +60,12 @@ struct connection {
   /* This layer's own bookkeeping. */
   int head_scanned;          /* bytes of the incomplete head looked at already */
   bool request_delivered;    /* MG_REQUEST has been raised for the current request */
+  int64_t unwanted;          /* bytes that the last request's body still owes; dropped as they come */
   int64_t file_left;         /* EP_FILE: bytes of the file still to be sent */
   struct put_upload *upload; /* EP_PUT: what is being written (mg_put.cpp) */
   pid_t cgi_pid;             /* EP_CGI: the process */
+  struct ssi_page *ssi;      /* EP_CGI: the page that the process is a command of; null: a CGI program */
+  struct proxied *proxied;   /* EP_PROXY: how far request and reply have been passed on (mg_proxy.cpp) */
 };
 
 /* The record around the mg_connection that a handler was given. */
@@ -118,6 +121,10 @@ int get_request_len(const char *buf, int buf_len);
  * request's or a response's. Returns len, -1 when it is malformed. */
 int parse_http_message(char *buf, int len, struct mg_connection *conn);
 
+/* Takes a request's URI apart in place: cuts the query string off and returns it (null: there is none), then
+ * decodes and normalises what is left. */
+const char *split_uri(char *uri);
+
 /* Whether a decoded URI has one of the forms that are served: /path, *, http..., host:port. */
 bool is_valid_uri(const char *uri);
 
@@ -131,6 +138,8 @@ struct connection *new_connection(struct ns_connection *);
 int call_user(struct connection *, enum mg_event);
 /* Measures, copies and parses the head once it is complete: sets request_len, request, cl and content_len. */
 void try_parse_head(struct connection *);
+/* Whether the connection will wait for another request after the current one, whose endpoint is set. */
+bool should_keep_alive(const struct connection *);
 /* Serves what has been received so far. */
 void on_recv_data(struct connection *);
 /* Ends the current request: logs it, forgets it, and keeps or closes the connection. */
@@ -164,32 +173,52 @@ void serve_file_request(struct connection *);
 
 /* Where a URI leads. */
 struct file_target {
-  char path[MG_MAX_PATH]; /* the file; it need not exist */
+  char path[MG_MAX_PATH]; /* the file, absolute; it need not exist. It ends with "/" when the URI does */
   char root[MG_MAX_PATH]; /* the directory that the path must not leave: document_root or that of a rewrite */
   bool exists;            /* whether there is such a file or directory; st is filled in then */
+  bool forbidden;         /* hidden, neither file nor directory, or outside of root by way of a link: to be
+                             answered as what does not exist. The path is given for authorisation only */
   struct stat st;
 };
-/* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites.
- * When nothing is there and a leading part of the path is a file that cgi_pattern matches, that file is the
- * target and the rest becomes the connection's path_info. A target that would lie outside its root, by
- * whatever way (symbolic links too), or that is hidden, is reported as not existing with an empty path. False
- * when document_root is unset and no rewrite matches, or the path is too long. */
+/* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites,
+ * whose prefixes stand for whole components. When nothing is there and a leading part of the path is a file
+ * that cgi_pattern matches, that file is the target and the rest becomes the connection's path_info (GET,
+ * HEAD and POST). False when document_root is unset and no rewrite matches, or the path is too long. */
 bool find_file_target(struct connection *, struct file_target *);
-/* Whether a path (links followed; its last component need not exist) lies in the directory `root` or is it.
+/* The target is a directory, its path ending with "/": makes the first name of index_files that is a file
+ * there the target. False, the target unchanged, when there is none. */
+bool find_index_file(struct connection *, struct file_target *);
+/* Whether a path (links followed; its last components need not exist) lies in the directory `root` or is it.
  */
 bool is_inside(const char *root, const char *path);
-/* Whether hide_files_patterns or the built-in pattern of password files matches. */
+/* Whether hide_files_patterns or the built-in pattern of password files matches the path itself. */
+bool has_hidden_name(const struct mg_server *, const char *path);
+/* The same for the path and for all directories that it leads through. */
 bool must_hide_file(const struct mg_server *, const char *path);
+/* Whether a path lies inside of `root` and is hidden neither by its name nor by where it leads. */
+bool may_be_served(const struct mg_server *, const char *root, const char *path);
 /* Matches a text from its beginning with a pattern of alternatives separated by "|": "**" stands for any
  * characters, "*" for any but "/", "?" for one but "/", "$" for the end; all others for themselves in any
- * case. Returns the length of what matched, -1 when nothing did. */
+ * case. Returns the length of the longest match, -1 when nothing did. */
 int mg_match_prefix(const char *pattern, int pattern_len, const char *text);
-/* The same for an option; false when the option is unset. */
+/* Whether the patterns of an option match; false when it is unset. */
 bool option_matches(const struct mg_server *, enum mg_option, const char *text);
 
 /* --- Files (mg_file.cpp, mg_mime.cpp, mg_date.cpp, mg_listing.cpp) ------------------------------------- */
 
-/* Answers with the file, or 304, 206, 416 as the request's headers ask, and begins to send it.
+/* Bytes of a file, both ends included. */
+struct byte_range {
+  int64_t first;
+  int64_t last;
+};
+enum range_result {
+  RANGE_NONE,          /* no range, one that is not understood, or several: the whole file is the answer */
+  RANGE_PART,          /* *range is the part that is asked for */
+  RANGE_UNSATISFIABLE, /* it begins behind the file's end */
+};
+/* Reads a Range header: "bytes=%ld-%ld", "bytes=%ld-" or "bytes=-%ld". */
+enum range_result parse_range(const char *header, int64_t file_size, struct byte_range *range);
+/* Answers with the file, or 304, 206, 412, 416 as the request's headers ask, and begins to send it.
  * `extra_headers`: whole header lines, or null. */
 void open_file_endpoint(struct connection *, const char *path, const struct stat *,
                         const char *extra_headers);
@@ -197,6 +226,8 @@ void open_file_endpoint(struct connection *, const char *path, const struct stat
 void transfer_file_data(struct connection *);
 /* The content type of a file by its name: of extra_mime_types, else of the built-in table. Not terminated. */
 struct vec mime_type_of(const struct mg_server *, const char *path);
+/* Names of the months, January first. */
+extern const char month_names[12][4];
 /* "%a, %d %b %Y %H:%M:%S GMT" (RFC 9110 section 5.6.7), whatever the locale. */
 enum { MG_DATE_SIZE = 40 };
 void print_http_date(time_t, char out[MG_DATE_SIZE]);
@@ -225,14 +256,19 @@ void send_directory_listing(struct connection *, const struct file_target *);
 /* --- Digest authentication (mg_auth.cpp; RFC 2617) ----------------------------------------------------- */
 
 /* Whether the request carries the right digest for the password file that protects `path`: global_auth_file,
- * else
- * ".htpasswd" in its directory. True when there is no such file. */
+ * else ".htpasswd" in its directory (a directory's own). True when there is no ".htpasswd"; a file that
+ * cannot be read, and a global_auth_file that is not there, open nothing. */
 bool is_authorised(struct connection *, const char *path);
 /* Whether it carries one for dav_auth_file; false when that is unset or cannot be read. */
 bool is_authorised_for_dav(struct connection *);
 
 /* --- WebDAV (mg_dav.cpp, mg_put.cpp; RFC 4918) --------------------------------------------------------- */
 
+/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target (RFC 9110
+ * section 13). */
+bool precondition_fails(const struct connection *, const struct file_target *);
+/* Answers with a status of success and ends the request. */
+void send_dav_success(struct connection *, int status);
 /* Answer and end the request. The target may not exist. */
 void handle_propfind(struct connection *, const struct file_target *);
 void handle_mkcol(struct connection *, const struct file_target *);
@@ -252,10 +288,64 @@ void forward_to_cgi(struct connection *);
 /* At the end of the request: detaches the pipe, and ends the program when it is still running. */
 void release_cgi(struct connection *);
 
-/* --- Server-side includes (mg_ssi.cpp) and templates (mg_template.cpp) --------------------------------- */
+/* The environment of a program (mg_cgi_environment.cpp). Not to be copied, as vars point into buf. */
+enum { CGI_ENV_SIZE = 8192, CGI_ENV_VARS = 64 };
+struct cgi_env_block {
+  struct connection *conn;
+  char buf[CGI_ENV_SIZE];   /* NAME=value texts back to back, each terminated */
+  char *vars[CGI_ENV_VARS]; /* pointers to them, ended by null */
+  int len;                  /* bytes of buf used */
+  int nvars;                /* elements of vars used */
+};
+/* Adds a NAME=value text. False when it does not fit; the block is then as it was. */
+bool add_variable(struct cgi_env_block *, const char *fmt, ...) __attribute__((format(printf, 2, 3)));
+/* Fills in the block. Returns 0, or the status of the error that the request deserves when it does not fit:
+ * 414 its URI, 431 its headers, 500 the server's own part. */
+int prepare_cgi_environment(struct connection *, const struct file_target *, struct cgi_env_block *);
+/* Copies a path, a relative one behind the current directory's. */
+void make_absolute(const char *path, char *out, size_t size);
 
-/* Answers with the file, its directives carried out, and ends the request. */
+/* The head of a program's output (mg_cgi_head.cpp). */
+enum { CGI_MAX_HEAD = 16384 }; /* bytes of its header lines */
+enum cgi_head_state { CGI_HEAD_INCOMPLETE, CGI_HEAD_COMPLETE, CGI_HEAD_MALFORMED };
+struct cgi_head {
+  size_t len;        /* with the empty line */
+  struct vec lines;  /* the header lines */
+  int status;        /* that of "Status"; else 302 with "Location", 200 without */
+  struct vec reason; /* behind it; empty when there is none */
+};
+/* Reads the head at the beginning of an output. The texts of a complete one lie in buf. */
+enum cgi_head_state parse_cgi_head(const char *buf, size_t len, struct cgi_head *);
+/* Takes the next header off the lines of a head. False at the end, or when it is malformed. */
+bool next_cgi_header(struct vec *lines, struct vec *name, struct vec *value);
+bool is_cgi_header(const struct vec *name, const char *wanted); /* in any case */
+
+/* --- Programs that serve a client (mg_program.cpp) ----------------------------------------------------- */
+
+/* Starts a program whose output serves the client: the request becomes EP_CGI, its endpoint the pipe to the
+ * program, whose events go to `callback` and whose user_data is the connection. Arguments as start_child().
+ * False with errno when it cannot be started. */
+bool start_program(struct connection *, char *const argv[], char *const environment[], const char *directory,
+                   ns_callback_t callback);
+/* The pipe is to serve nobody any more, and closes. */
+void detach_pipe(struct ns_connection *pipe);
+/* The program finds the end of its input. */
+void end_program_input(struct ns_connection *pipe);
+/* For NET_EV_POLL: the output ends with the program, also when processes that it left behind hold the pipe
+ * open. */
+void close_pipe_of_ended_program(struct ns_connection *pipe);
+/* For NET_EV_CLOSE: takes into the receive buffer what was written before. */
+void read_rest_of_output(struct ns_connection *pipe);
+/* Detaches the request from its program: ends it while its pipe is open, else lets it finish. */
+void release_program(struct connection *);
+
+/* --- Server-side includes (mg_ssi.cpp) ----------------------------------------------------------------- */
+
+/* Answers with the file, its directives carried out, and ends the request: at once, or when the commands of
+ * the page have ended (EP_CGI). */
 void send_ssi_file(struct connection *, const struct file_target *);
+/* At the end of the request: forgets the page, if there is one. */
+void free_ssi_page(struct connection *);
 
 /* --- Forward proxy (mg_proxy.cpp) ---------------------------------------------------------------------- */
 
@@ -280,6 +370,8 @@ const char *status_code_to_str(int status_code);
 /* Answers with an error and ends the request. The optional detail (null: none) follows the first line. */
 void send_http_error(struct connection *, int code, const char *fmt, ...)
     __attribute__((format(printf, 3, 4)));
+/* Answers 416 (RFC 9110 section 15.5.17) for a file of that size and ends the request. */
+void send_range_error(struct connection *, int64_t file_size);
 /* Ends a chunked reply. */
 void write_terminating_chunk(struct connection *);
 /* Asks for digest credentials and ends the request. */

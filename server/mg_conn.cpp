@@ -25,11 +25,16 @@ int call_user(struct connection *conn, enum mg_event event) {
 
 /* --- The end of a request ------------------------------------------------------------------------------ */
 
-static bool should_keep_alive(const struct connection *conn) {
+static bool body_complete(const struct connection *conn) {
+  return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
+}
+
+bool should_keep_alive(const struct connection *conn) {
   const struct mg_connection *c = &conn->mg_conn;
   const enum endpoint_type type = conn->endpoint_type;
   if (c->request_method == nullptr || (type != EP_FILE && type != EP_USER)) return false;
   if (strcmp(c->request_method, "GET") != 0 && type != EP_USER) return false;
+  if (!body_complete(conn)) return false; /* the rest of it would pass for a request */
   const char *wish = mg_get_header(c, "Connection");
   return wish == nullptr ? strcmp(c->http_version, "1.1") == 0 : strcasecmp(wish, "keep-alive") == 0;
 }
@@ -77,10 +82,33 @@ static void release_endpoint(struct connection *conn) {
   }
 }
 
+/* Bytes of the request's body that have not arrived. Of a chunked one nobody knows how many there are. */
+static int64_t missing_body(const struct connection *conn) {
+  if (conn->request_len <= 0 || conn->endpoint_type == EP_CLIENT) return 0;
+  if (mg_get_header(&conn->mg_conn, "Transfer-Encoding") != nullptr) return INT64_MAX;
+  const int64_t arrived = conn->num_bytes_recv - conn->request_len;
+  return conn->cl <= arrived ? 0 : conn->cl - arrived;
+}
+
+/* Closes once the reply has been written. Not while the client is still sending the request's body, as its
+ * system would then throw the reply away before it has read it: what comes is dropped until all has come, or
+ * the client closes. */
+static void end_connection(struct connection *conn, int64_t body_to_come) {
+  struct ns_connection *nc = conn->ns_conn;
+  if (nc->send_iobuf.len == 0) {
+    nc->flags |= CONN_CLOSE_NOW;
+  } else if (body_to_come == 0) {
+    nc->flags |= CONN_FINISHED_SENDING;
+  } else {
+    conn->unwanted = body_to_come;
+  }
+}
+
 void close_local_endpoint(struct connection *conn) {
   struct ns_connection *nc = conn->ns_conn;
   const struct mg_connection *c = &conn->mg_conn;
   const bool keep_alive = should_keep_alive(conn);
+  const int64_t body_to_come = keep_alive ? 0 : missing_body(conn);
   release_endpoint(conn);
 
   const char *log = conn->server->config_options[ACCESS_LOG_FILE];
@@ -92,7 +120,7 @@ void close_local_endpoint(struct connection *conn) {
       ~(CONN_FINISHED_SENDING | CONN_HOLD_OUTPUT | CONN_CLOSE_NOW | CONN_HEADERS_SENT | CONN_REQUEST_BIT21);
 
   /* Kept: whatever came behind the request went with its buffer, so the next one has not begun yet. */
-  if (!keep_alive) nc->flags |= nc->send_iobuf.len > 0 ? CONN_FINISHED_SENDING : CONN_CLOSE_NOW;
+  if (!keep_alive) end_connection(conn, body_to_come);
 }
 
 /* The handler's reply is complete. */
@@ -185,10 +213,6 @@ static void begin_request(struct connection *conn) {
   open_local_endpoint(conn, false);
 }
 
-static bool body_complete(const struct connection *conn) {
-  return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
-}
-
 static void call_request_handler(struct connection *conn) {
   conn->request_delivered = true;
   const int result = call_user(conn, MG_REQUEST);
@@ -230,6 +254,7 @@ void on_recv_data(struct connection *conn) {
   /* The handler may have declined just now, with the body still in the buffer. */
   if (conn->endpoint_type == EP_CGI) forward_to_cgi(conn);
   if (conn->endpoint_type == EP_PUT) write_upload(conn);
+  if (conn->endpoint_type == EP_FILE) iobuf_free(&conn->ns_conn->recv_iobuf); /* nothing more is needed */
 }
 
 /* --- Sockets that serve a client ----------------------------------------------------------------------- */
@@ -312,7 +337,24 @@ static void on_datagram(struct ns_connection *nc, int count) {
     take_head(&conn);
   }
   on_recv_data(&conn);
+  if (conn.endpoint_type == EP_FILE) transfer_file_data(&conn); /* as much as a datagram holds */
+  /* What would need more is over: a larger file, an upload whose body did not come along, a program. */
+  release_endpoint(&conn);
   forget_request(&conn);
+}
+
+/* The CGI process's pipe or the proxied server's socket; null when none serves the client. */
+static struct ns_connection *serving_socket(const struct connection *conn) {
+  const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
+  return served ? conn->endpoint.nc : nullptr;
+}
+
+/* More of a body whose request has been answered. */
+static void drop_unwanted(struct connection *conn, int count) {
+  struct ns_connection *nc = conn->ns_conn;
+  iobuf_free(&nc->recv_iobuf);
+  conn->unwanted = count < conn->unwanted ? conn->unwanted - count : 0;
+  if (conn->unwanted == 0) end_connection(conn, 0);
 }
 
 static void on_recv(struct ns_connection *nc, int count) {
@@ -322,6 +364,10 @@ static void on_recv(struct ns_connection *nc, int count) {
   }
   auto *conn = static_cast<connection *>(nc->user_data);
   if (conn == nullptr) return;
+  if (conn->unwanted > 0) {
+    drop_unwanted(conn, count);
+    return;
+  }
   if (conn->request_len == 0 && (nc->flags & (CONN_FINISHED_SENDING | CONN_CLOSE_NOW))) {
     iobuf_free(&nc->recv_iobuf); /* the last reply has been given: nothing more is a request */
     return;
@@ -332,17 +378,19 @@ static void on_recv(struct ns_connection *nc, int count) {
   } else {
     on_recv_data(conn);
   }
-  hold_back(nc, nc); /* a client that asks on without taking its replies must not make them pile up */
+  /* A client that asks on without taking its replies must not make them pile up. One that is served by
+   * another socket is held back by that one: the two directions do not wait for each other. */
+  if (serving_socket(conn) == nullptr) hold_back(nc, nc);
 }
 
-/* Bytes went out: a client that was slow to take its replies may be read again, and so may whoever serves it.
- */
+/* Bytes went out: whoever serves a client that was slow to take its replies may be read again, or the client
+ * itself. */
 static void on_send(struct ns_connection *nc, int count) {
-  let_go(nc, nc, count);
   const auto *conn = static_cast<connection *>(nc->user_data);
+  struct ns_connection *peer = conn == nullptr ? nullptr : serving_socket(conn);
+  let_go(peer == nullptr ? nc : peer, nc, count);
   if (conn == nullptr) return;
-  const bool served = conn->endpoint_type == EP_CGI || conn->endpoint_type == EP_PROXY;
-  if (served && conn->endpoint.nc != nullptr) let_go(conn->endpoint.nc, nc, count);
+  if (conn->unwanted > 0 && nc->send_iobuf.len == static_cast<size_t>(count)) ns_end_output(nc);
 }
 
 static void on_poll(struct ns_connection *nc, time_t now) {

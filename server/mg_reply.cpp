@@ -191,9 +191,20 @@ static void redirect_error(struct connection *conn, int code, const struct vec *
             code, uri, c->query_string == nullptr ? "" : c->query_string);
 }
 
-void send_http_error(struct connection *conn, int code, const char *fmt, ...) {
-  struct mg_connection *c = &conn->mg_conn;
-  c->status_code = code;
+/* Writes an error reply. `header_lines` are further ones, each with its end. */
+static void write_error(struct connection *conn, int code, const char *header_lines, const char *detail) {
+  char body[MG_ERROR_BODY_SIZE + 1] = "";
+  const bool has_body = code != 204 && (code < 300 || code > 399);
+  if (has_body) snprintf(body, sizeof(body), "%d %s\n%s", code, status_code_to_str(code), detail);
+  const char *method = conn->mg_conn.request_method;
+  const bool head_only = method != nullptr && strcmp(method, "HEAD") == 0;
+  mg_printf(&conn->mg_conn, "HTTP/1.1 %d %s\r\nContent-Length: %d\r\nContent-Type: text/plain\r\n%s\r\n%s",
+            code, status_code_to_str(code), static_cast<int>(strlen(body)), header_lines,
+            head_only ? "" : body);
+}
+
+static void send_error(struct connection *conn, int code, const char *header_lines, const char *detail) {
+  conn->mg_conn.status_code = code;
   struct vec location;
   if (call_user(conn, MG_HTTP_ERROR) == MG_TRUE) {
     close_local_endpoint(conn);
@@ -201,24 +212,27 @@ void send_http_error(struct connection *conn, int code, const char *fmt, ...) {
   }
   if (error_location(conn, code, &location)) {
     redirect_error(conn, code, &location);
-    close_local_endpoint(conn);
-    return;
+  } else {
+    write_error(conn, code, header_lines, detail);
   }
-
-  char body[MG_ERROR_BODY_SIZE + 1] = "";
-  const bool has_body = code != 204 && (code < 300 || code > 399);
-  if (has_body) {
-    const int len = snprintf(body, sizeof(body), "%d %s\n", code, status_code_to_str(code));
-    if (fmt != nullptr) {
-      va_list ap;
-      va_start(ap, fmt);
-      vsnprintf(body + len, sizeof(body) - static_cast<size_t>(len), fmt, ap);
-      va_end(ap);
-    }
-  }
-  mg_printf(c, "HTTP/1.1 %d %s\r\nContent-Length: %d\r\nContent-Type: text/plain\r\n\r\n%s", code,
-            status_code_to_str(code), static_cast<int>(strlen(body)), body);
   close_local_endpoint(conn);
+}
+
+void send_http_error(struct connection *conn, int code, const char *fmt, ...) {
+  char detail[MG_ERROR_BODY_SIZE + 1] = "";
+  if (fmt != nullptr) {
+    va_list ap;
+    va_start(ap, fmt);
+    vsnprintf(detail, sizeof(detail), fmt, ap);
+    va_end(ap);
+  }
+  send_error(conn, code, "", detail);
+}
+
+void send_range_error(struct connection *conn, int64_t file_size) {
+  char line[64];
+  snprintf(line, sizeof(line), "Content-Range: bytes */%ld\r\n", file_size);
+  send_error(conn, 416, line, "");
 }
 
 void send_auth_challenge(struct connection *conn) {

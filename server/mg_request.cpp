@@ -81,16 +81,13 @@ static void clear_request_fields(struct mg_connection *conn) {
   conn->num_headers = 0;
 }
 
-/* Splits off the query string, then decodes and normalises what is left. */
-static void finish_uri(char *uri, struct mg_connection *conn) {
+const char *split_uri(char *uri) {
   char *question_mark = strchr(uri, '?');
-  if (question_mark != nullptr) {
-    *question_mark = '\0';
-    conn->query_string = question_mark + 1;
-  }
+  if (question_mark != nullptr) *question_mark = '\0';
   const size_t len = strlen(uri);
   mg_url_decode(uri, len, uri, len + 1, 0);
   if (uri[0] == '/' || uri[0] == '.') normalise_uri(uri);
+  return question_mark == nullptr ? nullptr : question_mark + 1;
 }
 
 int parse_http_message(char *buf, int len, struct mg_connection *conn) {
@@ -115,7 +112,7 @@ int parse_http_message(char *buf, int len, struct mg_connection *conn) {
     return -1;
   }
   parse_headers(rest, conn);
-  finish_uri(uri, conn);
+  conn->query_string = split_uri(uri);
   return strlen(uri) >= MG_MAX_URI_SIZE ? -1 : len;
 }
 

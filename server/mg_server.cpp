@@ -60,6 +60,7 @@ struct mg_server *mg_create_server(void *server_data, mg_handler_t handler) {
 void mg_destroy_server(struct mg_server **server) {
   if (server == nullptr || *server == nullptr) return;
   ns_mgr_free(&(*server)->ns_mgr);
+  end_children_at_once();
   for (char *value : (*server)->config_options) free(value);
   free(*server);
   *server = nullptr;

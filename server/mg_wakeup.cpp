@@ -4,9 +4,15 @@
 #include <stdio.h>
 #include <string.h>
 
+/* Sockets that serve a client point to its record too. */
+static bool serves_another(const struct ns_connection *nc) {
+  return (nc->flags & (CONN_CGI_PIPE | CONN_PROXY_PEER)) != 0;
+}
+
 struct mg_connection *mg_next(struct mg_server *server, struct mg_connection *prev) {
   struct ns_connection *from = prev == nullptr ? nullptr : connection_of(prev)->ns_conn;
   struct ns_connection *nc = ns_next(&server->ns_mgr, from);
+  while (nc != nullptr && serves_another(nc)) nc = nc->next;
   if (nc == nullptr || nc->user_data == nullptr) return nullptr;
   return &static_cast<connection *>(nc->user_data)->mg_conn;
 }
@@ -22,7 +28,9 @@ static void deliver_wakeup(struct ns_connection *nc, int, void *message) {
   auto *text = static_cast<char *>(message);
   void *handler = nullptr;
   int start = 0;
-  if (conn == nullptr || sscanf(text, "%p %n", &handler, &start) != 1 || handler == nullptr) return;
+  if (conn == nullptr || serves_another(nc) || sscanf(text, "%p %n", &handler, &start) != 1 ||
+      handler == nullptr)
+    return;
   conn->mg_conn.callback_param = text + start;
   reinterpret_cast<mg_handler_t>(handler)(&conn->mg_conn, MG_POLL);
   conn->mg_conn.callback_param = nullptr; /* the text ends with the message */

@@ -157,6 +157,8 @@ int ns_send(struct ns_connection *, const void *buf, int len);
  * place of its last character, see ns_avprintf(). */
 int ns_printf(struct ns_connection *, const char *fmt, ...) __attribute__((format(printf, 2, 3)));
 int ns_vprintf(struct ns_connection *, const char *fmt, va_list ap) __attribute__((format(printf, 2, 0)));
+/* Tells the peer of a connection whose output has been written that no more comes; it is still read. */
+void ns_end_output(struct ns_connection *);
 /* Formats into *buf of `size` bytes; a text longer than `size` goes to a new heap block of exactly its length
  * plus one, stored in *buf (the caller frees *buf when it is no longer its own). A text of exactly `size`
  * characters is kept where it is, so its last character is the terminator; programs rely on this. Returns the

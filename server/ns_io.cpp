@@ -171,3 +171,8 @@ void ns_write_to_socket(struct ns_connection *c) {
     remove_written(c, written);
   }
 }
+
+void ns_end_output(struct ns_connection *c) {
+  ns_tls_goodbye(c);
+  shutdown(c->sock, SHUT_WR);
+}

@@ -159,11 +159,13 @@ class FakeSwitch:
                 return
             with connection, contextlib.suppress(OSError):
                 connection.settimeout(PATIENCE)
-                self.talk(connection)
+                if self.context is None:
+                    self.talk(connection)
+                    continue
+                with self.context.wrap_socket(connection, server_side=True) as secure:
+                    self.talk(secure)
 
     def talk(self, connection):
-        if self.context:
-            connection = self.context.wrap_socket(connection, server_side=True)
         request = b""
         while b"\r\n\r\n" not in request:
             block = connection.recv(65536)
@@ -172,7 +174,6 @@ class FakeSwitch:
             request += block
             self.received += block
         connection.sendall(self.answer)
-        connection.close()
 
     def stop(self):
         self.listener.shutdown(socket.SHUT_RDWR)

@@ -121,8 +121,8 @@ class Commands(CtlTest):
     def test_help_needs_no_switch(self):
         ctl = self.new_ctl("https://nobody.invalid")
         expected = ("kestrelctl lag <lagId> add port <port>\nMakes a port a member of a LAG.\n\n"
-                    "  lagId  ID of the LAG. [Integer from 1 to 64]\n"
-                    "  port   Number of the port. [Interface number of a port]\n\n"
+                    "  lagId  LAG ID. [Integer from 1 to 64]\n"
+                    "  port   Port. [Interface number of a port]\n\n"
                     "Request: POST /lag/{lagId}/port/{port}\n")
         for words in (("help", "lag", "add"), ("lag", "1", "add", "port", "--help"), ("help", "lag", "add", "port")):
             self.assertEqual(ctl(*words), (0, expected, ""))
@@ -396,6 +396,18 @@ class StrangeServers(CtlTest):
         self.assertEqual(ctl("vlans", "10", "set", "name", "a&b=c"), (0, "", "Get data successfully.\n"))
         self.assertTrue(fake.received.startswith(
             f"PUT /vlans/10/name?value=a%26b%3Dc&sessionkey={self.KEY}&format=json HTTP/1.1\r\n".encode()))
+
+    def test_commands_of_the_guide_make_the_requests_that_it_tells(self):
+        with open(os.path.join(SOURCE, "docs/kestrelctl.md"), encoding="utf-8") as file:
+            rows = re.findall(r"^\| `kestrelctl ([^`]+)` \| `([^`]+)` \|$", file.read(), re.M)
+        self.assertGreater(len(rows), 5)
+        fake = self.fake(answer(document(*GOT, form="json")))
+        ctl = self.ctl_at(fake)
+        for command, request in rows:
+            fake.received = b""
+            self.assertEqual(ctl(*command.split()), (0, "", "Get data successfully.\n"))
+            told, sent = request.removesuffix("&..."), fake.received.split(b" HTTP")[0].decode()
+            self.assertTrue(sent.startswith(told) and sent[len(told)] in "?&", (sent, told))
 
     def test_answers_that_are_none(self):
         for body in (b"", b"<html></html>", b"[]", b"{}", b"\xff" * 100, b"[" * 100000, b'{"result":'):

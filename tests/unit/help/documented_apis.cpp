@@ -182,10 +182,25 @@ values choices_of(const std::string &bracket) {
 /* Values of parameters that are more than a number, a choice or any text, by what stands in the brackets. */
 const std::map<std::string, values> &values_by_form() {
   static const std::map<std::string, values> forms = {
-      {"MAC address", {"00:11:22:33:44:55"}}, {"IPv4 address", {"10.0.0.1"}},
-      {"IPv6 address", {"2001:db8::1"}},      {"IPv4 or IPv6 address", {"10.0.0.1", "2001:db8::1"}},
-      {"List of VLAN IDs", {"10-20,30"}},     {"Interface number", {"3"}},
-      {"Interface number of a port", {"3"}},  {"Interface number of a port or LAG", {"3", "56"}},
+      {"MAC address", {"00:11:22:33:44:55"}},
+      {"IPv4 address", {"10.0.0.1"}},
+      {"IPv6 address", {"2001:db8::1"}},
+      {"IPv4 or IPv6 address", {"10.0.0.1", "2001:db8::1"}},
+      {"List of VLAN IDs", {"10-20,30"}},
+      {"Interface number", {"3"}},
+      {"Interface number of a port", {"3"}},
+      {"Interface number of a port or LAG", {"3", "56"}},
+      {"MAC address or any", {"00:11:22:33:44:55", "any"}},
+      {"MAC address, any or bpdu", {"00:11:22:33:44:55", "any", "bpdu"}},
+      {"MAC mask", {"FF:FF:FF:00:00:00"}},
+      {"IPv4 address or any", {"10.0.0.1", "any"}},
+      {"IPv4 mask", {"255.255.255.0"}},
+      {"IPv6 address or any", {"2001:db8::1", "any"}},
+      {"IPv4 address from 224.0.1.0 to 239.255.255.255", {"239.1.1.1"}},
+      {"Keyword, or integer from 0 to 256", {"1", "58", "tcp", "every"}},
+      {"Keyword, or integer from 1536 to 65535", {"1536", "65535", "arp"}},
+      {"Two hexadecimal digits", {"00", "ff"}},
+      {"Condition on ports from 0 to 65535", {"eq:80", "range:0:65535"}},
   };
   return forms;
 }

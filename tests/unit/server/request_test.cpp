@@ -446,7 +446,9 @@ TEST(Declined, RequestGetsTheServersOwnAnswer) {
   EXPECT_EQ(declined("CONNECT host:80 HTTP/1.1\r\n\r\n"), reply_405);
   EXPECT_EQ(declined("GET http://host/ HTTP/1.1\r\n\r\n"), reply_405);
   EXPECT_EQ(declined("GET http://host/ HTTP/1.1\r\n\r\n", "no"), reply_405);
-  EXPECT_EQ(declined("GET http://host/ HTTP/1.1\r\n\r\n", "yes"), reply_404);
+  EXPECT_EQ(
+      declined("GET http:// HTTP/1.1\r\n\r\n", "yes"),
+      "HTTP/1.1 400 Bad Request\r\nContent-Length: 16\r\nContent-Type: text/plain\r\n\r\n400 Bad Request\n");
   EXPECT_EQ(declined("OPTIONS * HTTP/1.1\r\n\r\n"),
             "HTTP/1.1 200 OK\r\nAllow: GET, POST, HEAD, CONNECT, PUT, DELETE, OPTIONS, PROPFIND, "
             "MKCOL\r\nDAV: 1\r\n\r\n");

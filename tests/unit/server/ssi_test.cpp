@@ -1,0 +1,1 @@
+#include "tests/unit/server/program_harness.h"
