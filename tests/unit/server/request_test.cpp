@@ -382,6 +382,18 @@ TEST(Errors, OtherVersionsGet505) {
   }
 }
 
+TEST(Errors, AHeadThatIsNotUnderstoodGetsTheWholeReplyWhateverItsMethod) {
+  for (const char *method : {"GET", "HEAD"}) {
+    const std::string start = method;
+    EXPECT_EQ(first_answer(start + " /" + std::string(255, 'u') + " HTTP/1.1\r\n\r\n"), reply_400) << start;
+    EXPECT_EQ(first_answer(start + " nowhere HTTP/1.1\r\n\r\n"), reply_400) << start;
+    EXPECT_EQ(first_answer(start + " / HTTP/2.0\r\n\r\n"),
+              "HTTP/1.1 505 HTTP Version Not Supported\r\nContent-Length: 31\r\nContent-Type: "
+              "text/plain\r\n\r\n505 HTTP Version Not Supported\n")
+        << start;
+  }
+}
+
 TEST(Errors, LongGarbageGetsOneAnswer) {
   EXPECT_EQ(first_answer(std::string(30000, '\x01')), reply_400);
   EXPECT_EQ(first_answer("POST /" + std::string(300, 'u') + " HTTP/1.1\r\nContent-Length: 9000\r\n\r\n" +
