@@ -388,6 +388,9 @@ void send_http_error(struct connection *, int code, const char *fmt, ...)
     __attribute__((format(printf, 3, 4)));
 /* Answers 416 (RFC 9110 section 15.5.17) for a file of that size and ends the request. */
 void send_range_error(struct connection *, int64_t file_size);
+/* Queues a text in one piece, of any length: mg_printf() would end one of just 500 characters with a NUL
+ * byte. False when memory is exhausted. */
+bool send_formatted(struct connection *, const char *fmt, ...) __attribute__((format(printf, 2, 3)));
 /* Ends a chunked reply. */
 void write_terminating_chunk(struct connection *);
 /* Asks for digest credentials and ends the request. */

@@ -135,18 +135,13 @@ static bool send_head(struct connection *conn, const struct file_answer *answer,
              answer->range.last, static_cast<long>(answer->st->st_size));
   }
   const struct vec type = mime_type_of(conn->server, answer->path);
-  char *head;
-  const int len = asprintf(
-      &head,
+  return send_formatted(
+      conn,
       "HTTP/1.1 %d %s\r\nDate: %s\r\nLast-Modified: %s\r\nEtag: %s\r\nContent-Type: %.*s\r\n"
       "Content-Length: %ld\r\nConnection: %s\r\nAccept-Ranges: bytes\r\n%s%s%s\r\n",
       answer->status, status_code_to_str(answer->status), date, modified, etag, static_cast<int>(type.len),
       type.ptr, length_of(&answer->range), should_keep_alive(conn) ? "keep-alive" : "close", range,
       answer->extra_headers == nullptr ? "" : answer->extra_headers, "");
-  if (len < 0) return false;
-  const bool queued = ns_send(conn->ns_conn, head, len) == len;
-  free(head);
-  return queued;
 }
 
 /* --- The answer ---------------------------------------------------------------------------------------- */

@@ -24,18 +24,11 @@ static endpoint_handler dav_handler(const struct connection *conn) {
   return nullptr;
 }
 
-/* Not by mg_printf(), which ends a text of just 500 characters with a NUL byte. */
-static void send_text(struct connection *conn, const char *text) {
-  ns_send(conn->ns_conn, text, static_cast<int>(strlen(text)));
-}
-
 static void redirect_to_directory(struct connection *conn) {
   char location[3 * MG_MAX_URI_SIZE] = "";
   append_url_encoded(location, sizeof(location), conn->mg_conn.uri);
   conn->mg_conn.status_code = 301;
-  send_text(conn, "HTTP/1.1 301 Moved Permanently\r\nLocation: ");
-  send_text(conn, location);
-  send_text(conn, "/\r\n\r\n");
+  send_formatted(conn, "HTTP/1.1 301 Moved Permanently\r\nLocation: %s/\r\n\r\n", location);
   close_local_endpoint(conn);
 }
 
@@ -51,7 +44,7 @@ static void serve_directory(struct connection *conn, const struct file_target *t
     send_directory_listing(conn, target);
   } else {
     conn->mg_conn.status_code = 403;
-    send_text(conn, "HTTP/1.1 403 Directory Listing Denied\r\n\r\n");
+    send_formatted(conn, "HTTP/1.1 403 Directory Listing Denied\r\n\r\n");
     close_local_endpoint(conn);
   }
 }

@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -588,4 +589,17 @@ TEST(Datagrams, AreRequestsAndTheirRepliesGoBackToTheSender) {
   EXPECT_EQ(datagrams_for("\x01\x02", &server),
             (Events{"HTTP/1.1 400 Bad Request\r\nContent-Length: 16\r\nContent-Type: text/plain\r\n\r\n"
                     "400 Bad Request\n"}));
+}
+
+TEST(Datagrams, ARedirectionIsOneOfThem) {
+  TestServer server("udp://127.0.0.1:0");
+  TempDir dir;
+  mkdir(dir.file("sub").c_str(), 0700);
+  mg_set_option(server.server, "document_root", dir.file("").c_str());
+  mg_set_option(server.server, "url_rewrites", "404=/not-here");
+  server.on_event = [](mg_connection *, mg_event event) -> int { return event == MG_AUTH; };
+  EXPECT_EQ(datagrams_for("GET /sub HTTP/1.1\r\n\r\n", &server),
+            Events{"HTTP/1.1 301 Moved Permanently\r\nLocation: /sub/\r\n\r\n"});
+  EXPECT_EQ(datagrams_for("GET /a?b HTTP/1.1\r\n\r\n", &server),
+            Events{"HTTP/1.1 302 Moved\r\nLocation: /not-here?code=404&orig_uri=/a&query_string=b\r\n\r\n"});
 }
