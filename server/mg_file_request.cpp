@@ -49,7 +49,7 @@ static void serve_directory(struct connection *conn, const struct file_target *t
   }
 }
 
-static void serve_target(struct connection *conn, const struct file_target *target) {
+static void mg_send_file_internal(struct connection *conn, const struct file_target *target) {
   if (!target->exists) {
     send_http_error(conn, 404, nullptr);
   } else if (S_ISDIR(target->st.st_mode)) {
@@ -86,6 +86,6 @@ void serve_file_request(struct connection *conn) {
   } else if (handle_dav != nullptr) {
     handle_dav(conn, &target);
   } else {
-    serve_target(conn, &target);
+    mg_send_file_internal(conn, &target);
   }
 }
