@@ -82,9 +82,11 @@ static void release_endpoint(struct connection *conn) {
   }
 }
 
-/* Bytes of the request's body that have not arrived. Of a chunked one nobody knows how many there are. */
+/* Bytes of the request's body that have not arrived. Of a chunked one nobody knows how many there are; what
+ * is missing from a datagram does not come. */
 static int64_t missing_body(const struct connection *conn) {
-  if (conn->request_len <= 0 || conn->endpoint_type == EP_CLIENT) return 0;
+  const bool is_datagram = (conn->ns_conn->flags & CONN_UDP) != 0;
+  if (conn->request_len <= 0 || conn->endpoint_type == EP_CLIENT || is_datagram) return 0;
   if (mg_get_header(&conn->mg_conn, "Transfer-Encoding") != nullptr) return INT64_MAX;
   const int64_t arrived = conn->num_bytes_recv - conn->request_len;
   return conn->cl <= arrived ? 0 : conn->cl - arrived;

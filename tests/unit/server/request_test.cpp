@@ -603,3 +603,11 @@ TEST(Datagrams, ARedirectionIsOneOfThem) {
   EXPECT_EQ(datagrams_for("GET /a?b HTTP/1.1\r\n\r\n", &server),
             Events{"HTTP/1.1 302 Moved\r\nLocation: /not-here?code=404&orig_uri=/a&query_string=b\r\n\r\n"});
 }
+
+TEST(Datagrams, OneThatAnnouncesMoreThanItHoldsDoesNotSilenceTheServer) {
+  TestServer server("udp://127.0.0.1:0");
+  for (const char *header : {"Content-Length: 10", "Transfer-Encoding: chunked"}) {
+    const std::string request = std::string("POST /x HTTP/3.0\r\n") + header + "\r\n\r\n";
+    for (int i = 0; i < 2; i++) EXPECT_EQ(datagrams_for(request, &server).size(), 1u) << header;
+  }
+}
