@@ -13,7 +13,7 @@
 
 /* Queues bytes for either side. When there is no memory for them the client is given up. */
 static void queue(struct connection *conn, struct ns_connection *to, const char *bytes, size_t len) {
-  if (iobuf_append(&to->send_iobuf, bytes, len) != len) conn->ns_conn->flags |= CONN_CLOSE_NOW;
+  if (!append_piece(&to->send_iobuf, bytes, len)) conn->ns_conn->flags |= CONN_CLOSE_NOW;
 }
 
 static void write_piece(struct connection *conn, const struct vec *piece) {
@@ -73,15 +73,14 @@ static bool has_body(const struct mg_connection *c) {
   return strcmp(c->request_method, "HEAD") != 0 && c->status_code != 204 && c->status_code != 304;
 }
 
-/* Passes on what the program has written. False when the request has been ended. */
-static bool pass_output_on(struct connection *conn, struct ns_connection *pipe, bool ended) {
+/* Passes on what the program has written; `ended`: there is no more. */
+static void pass_output_on(struct connection *conn, struct ns_connection *pipe, bool ended) {
   struct iobuf *output = &pipe->recv_iobuf;
-  if (!pass_head_on(conn, output, ended)) return pipe->user_data != nullptr;
+  if (!pass_head_on(conn, output, ended)) return;
   const struct vec body = {output->buf, output->len};
   if (has_body(&conn->mg_conn)) write_piece(conn, &body);
   iobuf_remove(output, output->len);
   hold_back(pipe, conn->ns_conn);
-  return true;
 }
 
 /* --- The pipe's events --------------------------------------------------------------------------------- */
@@ -94,8 +93,16 @@ static bool all_received(const struct connection *conn) {
 static void on_input_taken(struct connection *conn, struct ns_connection *pipe, int sent) {
   if (sent <= 0) return;
   let_go(conn->ns_conn, pipe, sent);
-  hold_back(conn->ns_conn, conn->ns_conn); /* it may have been held back for its own sake, too */
-  if (all_received(conn) && pipe->send_iobuf.len == static_cast<size_t>(sent)) end_program_input(pipe);
+  if (all_received(conn) && pipe->send_iobuf.len == static_cast<size_t>(sent)) ns_end_output(pipe);
+}
+
+/* The program's output has ended, and with it the request. */
+static void on_output_end(struct connection *conn, struct ns_connection *pipe) {
+  read_rest_of_output(pipe);
+  pass_output_on(conn, pipe, true);
+  if (pipe->user_data == nullptr) return; /* an error has ended it already */
+  forget_pipe(pipe);
+  close_local_endpoint(conn);
 }
 
 static void cgi_ev_handler(struct ns_connection *pipe, int event, void *event_data) {
@@ -112,8 +119,7 @@ static void cgi_ev_handler(struct ns_connection *pipe, int event, void *event_da
     close_pipe_of_ended_program(pipe);
     break;
   case NET_EV_CLOSE:
-    read_rest_of_output(pipe);
-    if (pass_output_on(conn, pipe, true)) release_client(pipe);
+    on_output_end(conn, pipe);
     break;
   }
 }
@@ -186,7 +192,7 @@ void forward_to_cgi(struct connection *conn) {
   if (!all_received(conn)) {
     hold_back(conn->ns_conn, pipe);
   } else if (pipe->send_iobuf.len == 0) {
-    end_program_input(pipe);
+    ns_end_output(pipe);
   }
 }
 

@@ -95,20 +95,22 @@ static int64_t missing_body(const struct connection *conn) {
  * the client closes. */
 static void end_connection(struct connection *conn, int64_t body_to_come) {
   struct ns_connection *nc = conn->ns_conn;
-  if (nc->send_iobuf.len == 0) {
-    nc->flags |= CONN_CLOSE_NOW;
-  } else if (body_to_come == 0) {
-    nc->flags |= CONN_FINISHED_SENDING;
-  } else {
-    conn->unwanted = body_to_come;
+  const bool all_written = nc->send_iobuf.len == 0;
+  conn->unwanted = body_to_come;
+  if (body_to_come == 0) {
+    nc->flags |= all_written ? CONN_CLOSE_NOW : CONN_FINISHED_SENDING;
+    return;
   }
+  nc->flags &= ~CONN_WANT_WRITE; /* nobody is left who would hold it back */
+  if (all_written) ns_end_output(nc);
 }
 
 void close_local_endpoint(struct connection *conn) {
   struct ns_connection *nc = conn->ns_conn;
   const struct mg_connection *c = &conn->mg_conn;
   const bool keep_alive = should_keep_alive(conn);
-  const int64_t body_to_come = keep_alive ? 0 : missing_body(conn);
+  const bool has_reply = c->status_code > 0 || nc->send_iobuf.len > 0;
+  const int64_t body_to_come = keep_alive || !has_reply ? 0 : missing_body(conn);
   release_endpoint(conn);
 
   const char *log = conn->server->config_options[ACCESS_LOG_FILE];
@@ -238,6 +240,18 @@ static void serve_user(struct connection *conn) {
   if (consumed < 0) nc->flags |= CONN_FINISHED_SENDING; /* last, as the end of a request clears it */
 }
 
+/* While a file is sent, nothing is wanted of the client; the body that the handler was given stays. */
+static void drop_surplus(struct connection *conn) {
+  struct iobuf *io = &conn->ns_conn->recv_iobuf;
+  struct mg_connection *c = &conn->mg_conn;
+  if (c->content == nullptr) {
+    iobuf_free(io);
+    return;
+  }
+  if (io->len > c->content_len) io->len = c->content_len;
+  c->content = io->buf;
+}
+
 void on_recv_data(struct connection *conn) {
   if (conn->endpoint_type == EP_PROXY) {
     forward_to_proxied_server(conn);
@@ -254,7 +268,7 @@ void on_recv_data(struct connection *conn) {
   /* The handler may have declined just now, with the body still in the buffer. */
   if (conn->endpoint_type == EP_CGI) forward_to_cgi(conn);
   if (conn->endpoint_type == EP_PUT) write_upload(conn);
-  if (conn->endpoint_type == EP_FILE) iobuf_free(&conn->ns_conn->recv_iobuf); /* nothing more is needed */
+  if (conn->endpoint_type == EP_FILE) drop_surplus(conn);
 }
 
 /* --- Sockets that serve a client ----------------------------------------------------------------------- */

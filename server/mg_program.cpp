@@ -11,6 +11,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+bool append_piece(struct iobuf *io, const void *bytes, size_t len) {
+  if (len > io->size - io->len) iobuf_resize(io, 2 * io->size + len);
+  return iobuf_append(io, bytes, len) == len;
+}
+
 /* A manager that is being freed has no control channel any more: it would not close another connection. */
 static bool is_closing_down(const struct ns_mgr *mgr) {
   return mgr->ctl[0] == -1;
@@ -26,6 +31,11 @@ static struct ns_connection *wrap_pipe(struct connection *conn, int sock, ns_cal
   return pipe;
 }
 
+static void drop_pipe(struct ns_connection *pipe) {
+  pipe->user_data = nullptr;
+  pipe->flags |= CONN_CLOSE_NOW;
+}
+
 bool start_program(struct connection *conn, char *const argv[], char *const environment[],
                    const char *directory, ns_callback_t callback) {
   int sp[2];
@@ -37,7 +47,7 @@ bool start_program(struct connection *conn, char *const argv[], char *const envi
   const int error = errno;
   close(sp[1]);
   if (pid == -1) {
-    if (pipe != nullptr) detach_pipe(pipe);
+    if (pipe != nullptr) drop_pipe(pipe);
     errno = error;
     return false;
   }
@@ -47,13 +57,9 @@ bool start_program(struct connection *conn, char *const argv[], char *const envi
   return true;
 }
 
-void detach_pipe(struct ns_connection *pipe) {
+void forget_pipe(struct ns_connection *pipe) {
+  static_cast<connection *>(pipe->user_data)->endpoint.nc = nullptr;
   pipe->user_data = nullptr;
-  pipe->flags |= CONN_CLOSE_NOW;
-}
-
-void end_program_input(struct ns_connection *pipe) {
-  shutdown(pipe->sock, SHUT_WR);
 }
 
 void close_pipe_of_ended_program(struct ns_connection *pipe) {
@@ -69,14 +75,15 @@ void read_rest_of_output(struct ns_connection *pipe) {
     char buf[8192];
     const ssize_t n = recv(pipe->sock, buf, sizeof(buf), MSG_DONTWAIT);
     if (n <= 0) return;
-    iobuf_append(&pipe->recv_iobuf, buf, static_cast<size_t>(n));
+    append_piece(&pipe->recv_iobuf, buf, static_cast<size_t>(n));
     left -= static_cast<int>(n);
   }
 }
 
 void release_program(struct connection *conn) {
-  if (conn->endpoint.nc != nullptr) {
-    detach_pipe(conn->endpoint.nc);
+  struct ns_connection *pipe = conn->endpoint.nc;
+  if (pipe != nullptr) drop_pipe(pipe);
+  if (pipe != nullptr || is_closing_down(conn->ns_conn->mgr)) {
     end_child(conn->cgi_pid);
   } else {
     let_child_finish(conn->cgi_pid);

@@ -77,7 +77,7 @@ static bool charge(struct ssi_page *page, size_t size) {
 }
 
 static void put(struct ssi_page *page, const char *bytes, size_t len) {
-  if (iobuf_append(&page->out, bytes, len) != len) page->too_large = true;
+  if (!append_piece(&page->out, bytes, len)) page->too_large = true;
 }
 
 /* Says in the page what went wrong. */
@@ -100,8 +100,10 @@ static int open_page_file(const struct mg_server *server, const char *path, cons
                           char real[MG_MAX_PATH]) {
   static_assert(MG_MAX_PATH >= PATH_MAX);
   if (realpath(path, real) == nullptr) return -1;
-  errno = ENOENT;
-  if (!is_inside(root, real) || must_hide_file(server, path) || must_hide_file(server, real)) return -1;
+  if (!may_be_served(server, root, path)) {
+    errno = ENOENT;
+    return -1;
+  }
   const int fd = open(real, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW);
   struct stat st;
   if (fd == -1 || (fstat(fd, &st) == 0 && S_ISREG(st.st_mode))) return fd;
@@ -117,7 +119,7 @@ static bool read_text(struct ssi_page *page, int fd, struct iobuf *text) {
   while ((n = read(fd, buf, sizeof(buf))) > 0) {
     const auto len = static_cast<size_t>(n);
     if (!charge(page, len)) return true;
-    if (iobuf_append(text, buf, len) != len) page->too_large = true;
+    if (!append_piece(text, buf, len)) page->too_large = true;
   }
   return n == 0;
 }
@@ -275,7 +277,7 @@ static bool do_exec(struct connection *conn, const struct vec *arguments) {
     complain(conn->ssi, "Cannot SSI #exec: [%.*s]: %s", length(arguments), arguments->ptr, strerror(errno));
     return false;
   }
-  end_program_input(conn->endpoint.nc);
+  ns_end_output(conn->endpoint.nc);
   return true;
 }
 
@@ -368,8 +370,7 @@ static void take_output(struct ssi_page *page, struct iobuf *output) {
 static void on_command_end(struct connection *conn, struct ns_connection *pipe) {
   read_rest_of_output(pipe);
   take_output(conn->ssi, &pipe->recv_iobuf);
-  pipe->user_data = nullptr;
-  conn->endpoint.nc = nullptr;
+  forget_pipe(pipe);
   release_program(conn);
   continue_page(conn);
 }

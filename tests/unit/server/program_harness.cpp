@@ -24,6 +24,11 @@ bool process_runs(pid_t pid) {
   return end != std::string::npos && stat[end + 2] != 'Z' && stat[end + 2] != 'X';
 }
 
+bool process_ends(pid_t pid) {
+  for (int i = 0; i < 10000 && process_runs(pid); i++) usleep(1000);
+  return !process_runs(pid);
+}
+
 std::vector<pid_t> own_children() {
   std::istringstream in(read_file("/proc/self/task/" + std::to_string(gettid()) + "/children"));
   std::vector<pid_t> pids;
