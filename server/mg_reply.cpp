@@ -201,11 +201,8 @@ static void write_error(struct connection *conn, int code, const char *header_li
   char body[MG_ERROR_BODY_SIZE + 1] = "";
   const bool has_body = code != 204 && (code < 300 || code > 399);
   if (has_body) snprintf(body, sizeof(body), "%d %s\n%s", code, status_code_to_str(code), detail);
-  const char *method = conn->mg_conn.request_method;
-  const bool head_only = method != nullptr && strcmp(method, "HEAD") == 0;
   mg_printf(&conn->mg_conn, "HTTP/1.1 %d %s\r\nContent-Length: %d\r\nContent-Type: text/plain\r\n%s\r\n%s",
-            code, status_code_to_str(code), static_cast<int>(strlen(body)), header_lines,
-            head_only ? "" : body);
+            code, status_code_to_str(code), static_cast<int>(strlen(body)), header_lines, body);
 }
 
 static void send_error(struct connection *conn, int code, const char *header_lines, const char *detail) {
