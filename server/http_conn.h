@@ -177,7 +177,7 @@ struct file_target {
   char root[MG_MAX_PATH]; /* the directory that the path must not leave: document_root or that of a rewrite */
   bool exists;            /* whether there is such a file or directory; st is filled in then */
   bool forbidden;         /* hidden, neither file nor directory, or outside of root by way of a link: to be
-                             answered as what does not exist. The path is given for authorisation only */
+                             answered as what does not exist, and not to be touched */
   struct stat st;
 };
 /* Maps the request's URI under document_root or the directory of the longest matching entry of url_rewrites,
@@ -188,6 +188,9 @@ bool find_file_target(struct connection *, struct file_target *);
 /* The target is a directory, its path ending with "/": makes the first name of index_files that is a file
  * there the target. False, the target unchanged, when there is none. */
 bool find_index_file(struct connection *, struct file_target *);
+/* The path by which a request for the target is authorised: its own; when nothing is there, or nothing that a
+ * client may know of, that of the nearest directory above, which is what may be changed. */
+void find_protected_path(const struct mg_server *, const struct file_target *, char out[MG_MAX_PATH]);
 /* Whether a path (links followed; its last components need not exist) lies in the directory `root` or is it.
  */
 bool is_inside(const char *root, const char *path);
@@ -242,8 +245,8 @@ struct dir_entry {
   char *file_name; /* heap text */
   struct stat st;
 };
-/* Reads the entries of a directory but ".", ".." and hidden ones; what they point to must lie inside `root`.
- * Returns their number, -1 when the directory cannot be read. free_directory() releases them. */
+/* Reads the files and directories that stand in a directory, but hidden ones and links that lead out of
+ * `root`. Returns their number, -1 with errno when it cannot be read. free_directory() releases them. */
 int scan_directory(struct connection *, const char *directory, const char *root, struct dir_entry **entries);
 void free_directory(struct dir_entry *entries, int count);
 /* Appends a path to `out` with all but unreserved characters and "/" %-encoded (RFC 3986), cut at the size;
@@ -264,17 +267,28 @@ bool is_authorised_for_dav(struct connection *);
 
 /* --- WebDAV (mg_dav.cpp, mg_put.cpp; RFC 4918) --------------------------------------------------------- */
 
-/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target (RFC 9110
- * section 13). */
+/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target: 412
+ * (RFC 9110 section 13). */
 bool precondition_fails(const struct connection *, const struct file_target *);
 /* Answers with a status of success and ends the request. */
 void send_dav_success(struct connection *, int status);
-/* Answer and end the request. The target may not exist. */
+/* The methods: each answers and ends the request. The target may not exist, and is not a forbidden one. Where
+ * the file system refuses, the status is 403, 405 (it is there already), 409 (its directory is not), 507 (the
+ * disk is full) or 500.
+ *
+ * 207 with an entry for the target, and with "Depth: 1" for each file and directory in it. A missing depth
+ * and "infinity" are taken for 1. A body is not looked at: every property is told. 404, 400. */
 void handle_propfind(struct connection *, const struct file_target *);
+/* 201. A body: 415. */
 void handle_mkcol(struct connection *, const struct file_target *);
+/* 200. Removes a file, a link (never what it leads to), or a directory with all that is in it: not the root,
+ * and nothing at all of one that holds hidden files (403). 404, 400 for a depth but "infinity", 412. */
 void handle_delete(struct connection *, const struct file_target *);
-/* Begins an upload (EP_PUT); write_upload() takes what has arrived of the body, and answers after the last
- * byte. release_upload() at the end of the request: what is incomplete leaves no trace. */
+/* Begins an upload (EP_PUT): 201 for a new file, 200 for one that is replaced, or of which the part that
+ * Content-Range names is. 400, 403, 405 for a directory, 411 without Content-Length, 412, 416 for a part that
+ * begins behind the file's end; 507 when the disk is full; 500 "put_dir: ..." and "open(...): ..." when
+ * directories or the file cannot be made. write_upload() takes what has arrived of the body, and answers
+ * after the last byte. release_upload() at the end of the request: what is incomplete leaves no trace. */
 void handle_put(struct connection *, const struct file_target *);
 void write_upload(struct connection *);
 void release_upload(struct connection *);

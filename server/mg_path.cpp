@@ -149,7 +149,7 @@ static bool build_paths(const struct mapping *mapping, struct file_target *targe
   const std::string_view rest = mapping->rest;
   char *path = target->path;
   if (leads_up(rest) || !absolute_directory(mapping->directory, path)) return false;
-  strcpy(target->root, path[0] == '\0' ? "/" : path);
+  copy_path(path[0] == '\0' ? "/" : path, target->root);
   if (!append_components(path, rest)) return false;
   const bool names_directory = rest.ends_with('/') || rest.ends_with("/.") || path[0] == '\0';
   return !names_directory || append(path, "/");
@@ -196,10 +196,24 @@ bool find_file_target(struct connection *conn, struct file_target *target) {
   if (uri[0] != '/' || !find_mapping(conn->server, uri, &mapping)) return false;
   if (!build_paths(&mapping, target)) return false;
   if (!look_up(target) && may_name_program(&conn->mg_conn)) split_path_info(conn, target);
-  target->forbidden = !may_be_served(conn->server, target->root, target->path) ||
-                      (target->exists && !is_file_or_directory(&target->st));
+  const bool special = target->exists && !is_file_or_directory(&target->st);
+  target->forbidden = special || !may_be_served(conn->server, target->root, target->path);
   if (target->forbidden) target->exists = false;
   return true;
+}
+
+static bool is_directory(const char *path) {
+  struct stat st;
+  return stat(path, &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+void find_protected_path(const struct mg_server *server, const struct file_target *target,
+                         char out[MG_MAX_PATH]) {
+  copy_path(target->path, out);
+  if (target->exists) return;
+  while (cut_last_component(out)) {
+    if (is_directory(out) && may_be_served(server, target->root, out)) return;
+  }
 }
 
 bool find_index_file(struct connection *conn, struct file_target *target) {

@@ -65,6 +65,19 @@ class Aging(DaemonTest):
         rows = harness.read_text(self.daemon.session_file).splitlines()
         self.assertEqual([row.split(";")[0] for row in rows], ["6"])
 
+    def test_a_websocket_is_kept_alive_with_pings(self):
+        client = self.client(self.daemon)
+        client.send(wire.request("GET", "/vlans", headers=["Sec-WebSocket-Version: 13", "Sec-WebSocket-Key: x"]))
+        head = client.read_head()
+        self.assertEqual(head[0], 101)
+        client.buffer = client.buffer[head[2]:]
+        for seconds in (7, 14, 290, 580):
+            self.shift(seconds)
+            client.fill(2)
+            self.assertEqual(client.buffer, b"\x89\x00")
+            client.buffer = b""
+        self.assertTrue(client.is_open())
+
     def test_idle_connections_are_closed_after_300_seconds_and_busy_ones_are_not(self):
         idle = [self.client(self.daemon), self.client(self.daemon, tls=True)]
         head_begun = self.client(self.daemon)

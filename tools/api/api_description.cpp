@@ -4,6 +4,7 @@
 
 #include "modules/rest_help_document.h"
 #include "tools/api/api_parameter.h"
+#include "tools/api/letters.h"
 
 #include <algorithm>
 #include <stdio.h>
@@ -83,10 +84,6 @@ static bool read_value(document_reader *reader, const char *key, std::string *va
 
 /* --- Words --------------------------------------------------------------------------------------------- */
 
-static bool is_letter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 static bool is_name_character(char c) {
   return is_letter(c) || (c >= '0' && c <= '9') || c == '_' || c == '-';
 }
@@ -98,14 +95,6 @@ static bool is_name(std::string_view text) {
 static bool is_sentence(std::string_view text) {
   return text.size() > 1 && text[0] >= 'A' && text[0] <= 'Z' && text.back() == '.' &&
          text.find(". ") == std::string_view::npos;
-}
-
-static std::string lower_case(std::string_view text) {
-  std::string lower(text);
-  for (char &c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
 }
 
 /* --- URIs ---------------------------------------------------------------------------------------------- */

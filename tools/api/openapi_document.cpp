@@ -3,6 +3,7 @@
 #include "tools/api/openapi_document.h"
 
 #include "tools/api/json_text.h"
+#include "tools/api/letters.h"
 #include "tools/api/text_forms.h"
 
 #include <algorithm>
@@ -214,11 +215,6 @@ static json_object *operation_object(const api_module &module, const api_operati
 }
 
 /* --- Paths --------------------------------------------------------------------------------------------- */
-
-static std::string lower_case(std::string word) {
-  for (char &c : word) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-  return word;
-}
 
 /* The URI with "{}" for each placeholder. */
 static std::string template_of(const std::string &uri) {

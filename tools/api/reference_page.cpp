@@ -2,27 +2,25 @@
  * variables a list of them. */
 #include "tools/api/reference_page.h"
 
+#include "tools/api/letters.h"
+
 #include <set>
 
 /* --- Text ---------------------------------------------------------------------------------------------- */
 
 static const char HEAD[] =
-    "<!-- Written by the build from modules/help; the target update_api_documents puts it here. -->\n"
-    "# API reference\n"
-    "\n"
-    "Every request by module: method, URI and variables. How requests are made, what answers look like and "
-    "hold, and the\n"
-    "codes are in [the guide](api-guide.md); [openapi.json](openapi.json) tells programs the same as this "
-    "page. The help\n"
-    "pages of a running switch, `GET /help?format=html`, tell it too. `pml`, which has no help page, is "
-    "described in\n"
-    "[the guide](api-guide.md#pml) alone.\n"
-    "\n"
-    "All requests take `sessionkey`, the key that `POST /login` returned, and `format`, `xml` (the default) "
-    "or `json`;\n"
-    "neither is repeated below. Only `POST /login` and the module `help` do without a key. Variables are "
-    "needed unless they are\n"
-    "called optional.\n";
+    R"(<!-- Written by the build from modules/help; the target update_api_documents puts it here. -->
+# API reference
+
+Every request by module: method, URI and variables. How requests are made, what answers look like and hold, and the
+codes are in [the guide](api-guide.md); [openapi.json](openapi.json) tells programs the same as this page. The help
+pages of a running switch, `GET /help?format=html`, tell it too, and [kestrelctl](kestrelctl.md) has a command for
+each. `pml`, which has no help page, is described in [the guide](api-guide.md#pml) alone.
+
+All requests take `sessionkey`, the key that `POST /login` returned, and `format`, `xml` (the default) or `json`;
+neither is repeated below. Only `POST /login` and the module `help` do without a key. Variables are needed unless
+they are called optional.
+)";
 
 static std::string code(const std::string &words) {
   return "`" + words + "`";
@@ -51,21 +49,66 @@ static std::string values_of(const api_parameter &parameter) {
   return values;
 }
 
-static std::string list_entry(const std::string &name, const api_parameter &parameter) {
-  return "- " + code(name) + (parameter.required ? ": " : " (optional): ") + plain(parameter.description) +
-         " (" + values_of(parameter) + ")\n";
+static std::string told(const std::string &name, const api_parameter &parameter) {
+  return code(name) + (parameter.required ? ": " : " (optional): ") + plain(parameter.description) + " (" +
+         values_of(parameter) + ")";
+}
+
+/* --- Variables ----------------------------------------------------------------------------------------- */
+
+/* More than these have a list of their own below the table. */
+enum { MOST_VARIABLES_IN_A_CELL = 3 };
+
+static std::string request_of(const api_operation &operation) {
+  return operation.method + " " + operation.uri;
+}
+
+/* Each as it is told; without those that all requests take. */
+static std::vector<std::string> variables_of(const api_operation &operation) {
+  std::vector<std::string> variables;
+  for (const api_parameter &parameter : operation.parameters) {
+    const bool is_common = parameter.name == "sessionkey" || parameter.name == "format";
+    if (!parameter.in_uri && !is_common) variables.push_back(told(parameter.name, parameter));
+  }
+  return variables;
+}
+
+/* That of the list with the variables of an operation: letters, digits and hyphens of its heading. */
+static std::string anchor_of(const api_operation &operation) {
+  std::string anchor;
+  for (const char c : lower_case(request_of(operation))) {
+    if (c == ' ') anchor += '-';
+    if (c != ' ' && c != '/' && c != '{' && c != '}') anchor += c;
+  }
+  return anchor;
+}
+
+static std::string cell_of_variables(const api_operation &operation) {
+  const std::vector<std::string> variables = variables_of(operation);
+  if (variables.size() > MOST_VARIABLES_IN_A_CELL) {
+    return "[" + std::to_string(variables.size()) + " variables](#" + anchor_of(operation) + ")";
+  }
+  std::string cell;
+  for (const std::string &variable : variables) cell += (cell.empty() ? "" : "<br>") + variable;
+  return cell;
+}
+
+/* Empty when there is room for them in the table. */
+static std::string list_of_variables(const api_operation &operation) {
+  const std::vector<std::string> variables = variables_of(operation);
+  if (variables.size() <= MOST_VARIABLES_IN_A_CELL) return "";
+  std::string list = "\n### " + code(request_of(operation)) + "\n\n" + operation.name + ".\n\n";
+  for (const std::string &variable : variables) list += "- " + variable + "\n";
+  return list;
 }
 
 /* --- Modules ------------------------------------------------------------------------------------------- */
 
-static std::string request_of(const api_operation &operation) {
-  return code(operation.method + " " + operation.uri);
-}
-
 static std::string table_of_operations(const api_module &module) {
-  std::string table = "| request | what it does |\n|---|---|\n";
+  std::string table = "| request | what it does | variables |\n|---|---|---|\n";
   for (const api_operation &operation : module.operations) {
-    table += "| " + request_of(operation) + " | " + plain(operation.description) + " |\n";
+    table += "| " + code(request_of(operation)) + " | " + plain(operation.description) + " | " +
+             cell_of_variables(operation) + " |\n";
   }
   return table;
 }
@@ -77,20 +120,10 @@ static std::string list_of_placeholders(const api_module &module) {
   for (const api_operation &operation : module.operations) {
     for (const api_parameter &parameter : operation.parameters) {
       const bool is_new = parameter.in_uri && listed.insert(parameter.name + parameter.range).second;
-      if (is_new) list += list_entry("{" + parameter.name + "}", parameter);
+      if (is_new) list += "- " + told("{" + parameter.name + "}", parameter) + "\n";
     }
   }
   return list.empty() ? "" : "\nIn the URIs:\n\n" + list;
-}
-
-/* Empty when the operation takes none. */
-static std::string list_of_variables(const api_operation &operation) {
-  std::string list;
-  for (const api_parameter &parameter : operation.parameters) {
-    const bool is_common = parameter.name == "sessionkey" || parameter.name == "format";
-    if (!parameter.in_uri && !is_common) list += list_entry(parameter.name, parameter);
-  }
-  return list.empty() ? "" : "\n### " + request_of(operation) + "\n\n" + operation.name + ".\n\n" + list;
 }
 
 static std::string section_of(const api_module &module) {

@@ -108,7 +108,7 @@ static void read_on(const std::vector<std::string> &words, size_t at, const read
                     std::vector<reading> *found) {
   const command &which = *now.which;
   const size_t segment = now.values.size();
-  if (at < words.size() && segment > 0 && !now.verb_said && words[at] == which.operation->verb) {
+  if (at < words.size() && segment > 0 && !now.verb_said && which.is_verb(words[at])) {
     reading next = now;
     next.verb_said = true;
     read_on(words, at + 1, next, found);

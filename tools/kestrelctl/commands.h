@@ -27,6 +27,8 @@ struct command {
   size_t verb_place; /* the verb stands before this segment; behind all when it is their number */
   bool verb_is_word; /* the last segment is the verb, which is not said besides */
 
+  /* Whether a word is the verb that is said besides the segments. */
+  bool is_verb(const std::string &word) const { return !verb_is_word && word == operation->verb; }
   /* Whether it is found without its verb. */
   bool verb_may_be_missing() const { return verb_is_word || operation->method == "GET"; }
 };

@@ -39,7 +39,7 @@ static void step(const std::vector<std::string> &words, size_t at, const progres
                  std::vector<progress> *reached) {
   if (at + 1 == words.size()) return reached->push_back(now);
   const command &which = *now.which;
-  if (now.segment > 0 && !now.verb_said && words[at] == which.operation->verb)
+  if (now.segment > 0 && !now.verb_said && which.is_verb(words[at]))
     step(words, at + 1, {&which, now.segment, true, {}}, reached);
   if (now.segment < which.segments.size()) {
     if (segment_takes(which.segments[now.segment], words[at]))

@@ -44,7 +44,7 @@ static bool is_private(int fd, mode_t type, const std::string &path, std::string
   if ((status.st_mode & S_IFMT) != type) return failed(path, "it is no plain file", error);
   if (status.st_uid != geteuid()) return failed(path, "it belongs to another user", error);
   if ((status.st_mode & 077) != 0)
-    return failed(path, "others have rights to it; its mode must be 700 (a folder) or 600", error);
+    return failed(path, "others have rights to it; its mode must be 600, that of its folder 700", error);
   return true;
 }
 

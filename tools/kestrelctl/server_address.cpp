@@ -1,5 +1,6 @@
 #include "tools/kestrelctl/server_address.h"
 
+#include "tools/api/letters.h"
 #include "tools/kestrelctl/text.h"
 
 #include <curl/curl.h>
@@ -25,12 +26,6 @@ static bool has_more(CURLU *url) {
        {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_QUERY, CURLUPART_FRAGMENT, CURLUPART_OPTIONS})
     if (!part_of(url, part).empty()) return true;
   return false;
-}
-
-static std::string lower_case(std::string text) {
-  for (char &byte : text)
-    if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
-  return text;
 }
 
 bool read_server_address(const std::string &text, std::string *address, std::string *error) {

@@ -115,7 +115,7 @@ TEST_F(Propfind, LongestNamesAreToldWhole) {
 
 TEST_F(Propfind, ManyEntriesAreToldWhole) {
   std::string expected;
-  for (int i = 10000; i < 12000; i++) {
+  for (int i = 10000; i < 10500; i++) {
     const std::string name = std::to_string(i);
     write(name, "");
     expected += response("/" + name, path(name));
@@ -239,7 +239,7 @@ TEST_F(Delete, DirectoryIsRemovedWithAllThatIsInIt) {
 
 TEST_F(Delete, DeepTreeIsRemoved) {
   std::string name = path("d");
-  for (int i = 0; i < 600; i++, name += "/d") ASSERT_EQ(mkdir(name.c_str(), 0755), 0) << i;
+  for (int i = 0; i < 300; i++, name += "/d") ASSERT_EQ(mkdir(name.c_str(), 0755), 0) << i;
   EXPECT_EQ(ask("DELETE", "/d"), success(200));
   EXPECT_EQ(tree(), "");
 }

@@ -26,17 +26,19 @@ About \| if.
 )");
 }
 
-TEST(ReferencePage, RequestsStandInATableAndTheirVariablesInLists) {
-  const std::string id = "id@Number, in the URI. [Integer from 1 to 4]";
+static const char ID[] = "id@Number, in the URI. [Integer from 1 to 4]";
+
+TEST(ReferencePage, RequestsStandInATableWithTheirVariables) {
   const std::string same_id = "id@Its number, in the URI. [Integer from 1 to 4]";
   const std::string other_id = "id@Port, in the URI. [Interface number of a port]";
-  const std::string page = page_of(module_text(
-      "a", api_text("List all", "GET", "/a") + api_text("Show one", "GET", "/a/{id}", {id}) +
-               api_text("Set its mode", "PUT", "/a/{id}/mode",
-                        {same_id, "value@Mode of snake_case. {0 = off | 1 = on}",
-                         "name@Optional. Name | title. [String up to 8 characters]"}) +
-               api_text("Delete a port", "DELETE", "/a/{id}/port", {other_id, "dir@Way. {in | out}"})));
-  EXPECT_EQ(page, R"(| module | what it serves |
+  const std::string apis =
+      api_text("List all", "GET", "/a") + api_text("Show one", "GET", "/a/{id}", {ID}) +
+      api_text("Set its mode", "PUT", "/a/{id}/mode",
+               {same_id, "value@Mode of snake_case. {0 = off | 1 = on}",
+                "name@Optional. Name | title. [String up to 8 characters]"}) +
+      api_text("Delete a port", "DELETE", "/a/{id}/port", {other_id, "dir@Way. {in | out}"});
+  EXPECT_EQ(page_of(module_text("a", apis)),
+            R"(| module | what it serves |
 |---|---|
 | [a](#a) | About \| a. |
 
@@ -44,29 +46,48 @@ TEST(ReferencePage, RequestsStandInATableAndTheirVariablesInLists) {
 
 About \| a.
 
-| request | what it does |
-|---|---|
-| `GET /a` | Does it: List all. |
-| `GET /a/{id}` | Does it: Show one. |
-| `PUT /a/{id}/mode` | Does it: Set its mode. |
-| `DELETE /a/{id}/port` | Does it: Delete a port. |
+| request | what it does | variables |
+|---|---|---|
+| `GET /a` | Does it: List all. |  |
+| `GET /a/{id}` | Does it: Show one. |  |
+| `PUT /a/{id}/mode` | Does it: Set its mode. | `value`: Mode of snake\_case. (`0` off, `1` on)<br>)"
+            R"(`name` (optional): Name \| title. (String up to 8 characters) |
+| `DELETE /a/{id}/port` | Does it: Delete a port. | `dir`: Way. (`in`, `out`) |
 
 In the URIs:
 
 - `{id}`: Number. (Integer from 1 to 4)
 - `{id}`: Port. (Interface number of a port)
+)");
+}
 
-### `PUT /a/{id}/mode`
+TEST(ReferencePage, ManyVariablesHaveAListOfTheirOwn) {
+  const std::string four =
+      api_text("Set its parts", "PUT", "/a/{id}/newParts",
+               {ID, "a@A. {in | out}", "b@B. {in | out}", "c@C. {in | out}", "d@Optional. D. {in}"});
+  EXPECT_EQ(page_of(module_text("a", four)), R"(| module | what it serves |
+|---|---|
+| [a](#a) | About \| a. |
 
-Set its mode.
+## a
 
-- `value`: Mode of snake\_case. (`0` off, `1` on)
-- `name` (optional): Name \| title. (String up to 8 characters)
+About \| a.
 
-### `DELETE /a/{id}/port`
+| request | what it does | variables |
+|---|---|---|
+| `PUT /a/{id}/newParts` | Does it: Set its parts. | [4 variables](#put-aidnewparts) |
 
-Delete a port.
+In the URIs:
 
-- `dir`: Way. (`in`, `out`)
+- `{id}`: Number. (Integer from 1 to 4)
+
+### `PUT /a/{id}/newParts`
+
+Set its parts.
+
+- `a`: A. (`in`, `out`)
+- `b`: B. (`in`, `out`)
+- `c`: C. (`in`, `out`)
+- `d` (optional): D. (`in`)
 )");
 }
