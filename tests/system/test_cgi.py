@@ -118,7 +118,8 @@ class Environment(CgiTest):
         self.assert_variables([self.url("/env.cgi", tls=True)], tls=True, REQUEST_URI="/env.cgi",
                               HTTPS="on")
         self.assert_variables(["-d", "xyz", "-H", "X-My-Header: 1", self.url("/env.cgi")],
-                              REQUEST_URI="/env.cgi", REQUEST_METHOD="POST", CONTENT_LENGTH="3", HTTP_CONTENT_LENGTH="3",
+                              REQUEST_URI="/env.cgi", REQUEST_METHOD="POST", CONTENT_LENGTH="3",
+                              HTTP_CONTENT_LENGTH="3",
                               CONTENT_TYPE="application/x-www-form-urlencoded",
                               HTTP_CONTENT_TYPE="application/x-www-form-urlencoded", HTTP_X_MY_HEADER="1")
 

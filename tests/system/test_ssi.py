@@ -55,7 +55,8 @@ class Ssi(WebServerTest):
         for page in ("/page.shtml", "/flood.shtml"):
             self.assertEqual(self.exchange_request("GET", page),
                              b"HTTP/1.1 500 Internal Server Error\r\nContent-Length: 47\r\n"
-                             b"Content-Type: text/plain\r\n\r\n500 Internal Server Error\nSSI page is too large")
+                             b"Content-Type: text/plain\r\n\r\n500 Internal Server Error\n"
+                             b"SSI page is too large")
         self.assert_serves()
 
     def test_a_hanging_command_holds_nobody_up_and_ends_with_its_client(self):
