@@ -210,11 +210,11 @@ static void write_error(struct connection *conn, int code, const char *header_li
   const bool has_body = code != 204 && (code < 300 || code > 399);
   if (has_body) snprintf(body, sizeof(body), "%d %s\n%s", code, status_code_to_str(code), detail);
   const char *method = conn->mg_conn.request_method;
-  const bool understood = code != 400 && code != 505; /* otherwise the method does not mean anything */
-  const bool head_only = understood && method != nullptr && strcmp(method, "HEAD") == 0;
+  const bool is_head = method != nullptr && strcmp(method, "HEAD") == 0;
+  const bool body_misleads = is_head && should_keep_alive(conn); /* it would pass for the next reply */
   mg_printf(&conn->mg_conn, "HTTP/1.1 %d %s\r\nContent-Length: %d\r\nContent-Type: text/plain\r\n%s\r\n%s",
             code, status_code_to_str(code), static_cast<int>(strlen(body)), header_lines,
-            head_only ? "" : body);
+            body_misleads ? "" : body);
 }
 
 static void send_error(struct connection *conn, int code, const char *header_lines, const char *detail) {

@@ -3,7 +3,7 @@
 packages_to_run="g++ cmake ninja-build pkg-config libssl-dev libjson-c-dev libcrypt-dev libcurl4-openssl-dev libarchive-dev
   ca-certificates openssl curl"
 # Beyond what builds it: what the servers need that transfers are tested with (libraries, and the other half of scp), a
-# browser, what validates OpenAPI documents, clients of WebSocket and WebDAV, what checks manual pages, and a second shell.
+# browser, what validates OpenAPI documents, clients of WebSocket and WebDAV, and what reads manual pages and completes.
 packages_to_test="$packages_to_run libgtest-dev clang-14 libclang-rt-14-dev python3 binutils procps openssh-client
   libnss-wrapper libaudit1 libcap2 libcom-err2 libgssapi-krb5-2 libkrb5-3 libpam0g libpcre2-8-0 libselinux1 libsystemd0
   libwrap0

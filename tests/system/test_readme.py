@@ -88,7 +88,7 @@ class Readme(unittest.TestCase):
         own = f"export HOME=$PWD/{self.var}/home KESTRELCTL_SERVER=https://localhost:{run.https}\n"
         self.assertRegex(run.paste(own + log_in), r"is trusted from now on\.\nLog in successfully\.\n\Z")
         self.assertEqual(run.paste("exec 2>&1\n" + own + log_in.splitlines()[0] + "\n" + commands), shown_by_commands)
-        self.assertEqual(run.paste(lab), "vlan 10\nvlan 10 name servers\nvlan 20\nvlan 20 name storage\n")
+        self.assertEqual(run.paste(lab), "vlan 10,20\nvlan 10 name servers\nvlan 20 name storage\n")
         os.kill(run.daemon(), signal.SIGKILL)
         run.process.wait(timeout=20)
 
