@@ -63,7 +63,9 @@ static void mg_send_file_internal(struct connection *conn, const struct file_tar
   }
 }
 
-static bool is_authorised_for(struct connection *conn, const struct file_target *target) {
+/* WebDAV has a password file of its own, in place of those that protect what is read. */
+static bool is_permitted(struct connection *conn, const struct file_target *target) {
+  if (dav_handler(conn) != nullptr) return is_authorised_for_dav(conn);
   char path[MG_MAX_PATH];
   find_protected_path(conn->server, target, path);
   return is_authorised(conn, path);
@@ -79,7 +81,7 @@ void serve_file_request(struct connection *conn) {
   const bool is_directory = target.exists && S_ISDIR(target.st.st_mode);
   if (handle_dav == nullptr && is_directory && ends_with_slash(&target)) find_index_file(conn, &target);
 
-  if (!is_authorised_for(conn, &target) || (handle_dav != nullptr && !is_authorised_for_dav(conn))) {
+  if (!is_permitted(conn, &target)) {
     send_auth_challenge(conn);
   } else if (target.forbidden) {
     send_http_error(conn, 404, nullptr);

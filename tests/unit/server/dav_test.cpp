@@ -327,3 +327,14 @@ TEST_F(Delete, NeedsADigestForTheFileOfWebDav) {
   EXPECT_EQ(status("DELETE", "/a.txt"), 401);
   EXPECT_EQ(tree(), "a.txt");
 }
+
+/* --- Who may ------------------------------------------------------------------------------------------- */
+
+TEST_F(DavTest, ThePasswordFileOfWebDavStandsForThatOfReaders) {
+  write("dir/.htpasswd", "bert:mydomain.com:0123456789abcdef0123456789abcdef\n");
+  EXPECT_EQ(ask("PUT", "/dir/a.txt", "text"), success(201));
+  EXPECT_EQ(status("GET", "/dir/a.txt"), 401);
+  set("global_auth_file", path("dir/.htpasswd"));
+  EXPECT_EQ(ask("MKCOL", "/dir/b"), success(201));
+  EXPECT_EQ(status("GET", "/dir/b/"), 401);
+}
