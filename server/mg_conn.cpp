@@ -29,12 +29,27 @@ static bool body_complete(const struct connection *conn) {
   return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
 }
 
+/* Whether nothing of the body can still come and pass for a request: its end is told plainly, and reached.
+ * Header lines that were not kept may tell of a body too. */
+static bool body_has_ended(const struct connection *conn) {
+  const struct mg_connection *c = &conn->mg_conn;
+  const char *length = mg_get_header(c, "Content-Length");
+  if (mg_get_header(c, "Transfer-Encoding") != nullptr || conn->cl < 0) return false;
+  if (c->num_headers == MG_MAX_HEADERS) return false;
+  for (int i = 0; i < c->num_headers; i++) {
+    const struct mg_header *header = &c->http_headers[i];
+    const bool other_length = length != nullptr && strcmp(header->value, length) != 0;
+    if (other_length && strcasecmp(header->name, "Content-Length") == 0) return false;
+  }
+  return body_complete(conn);
+}
+
 bool should_keep_alive(const struct connection *conn) {
   const struct mg_connection *c = &conn->mg_conn;
   const enum endpoint_type type = conn->endpoint_type;
   if (c->request_method == nullptr || (type != EP_FILE && type != EP_USER)) return false;
   if (strcmp(c->request_method, "GET") != 0 && type != EP_USER) return false;
-  if (!body_complete(conn)) return false; /* the rest of it would pass for a request */
+  if (!body_has_ended(conn)) return false;
   const char *wish = mg_get_header(c, "Connection");
   return wish == nullptr ? strcmp(c->http_version, "1.1") == 0 : strcasecmp(wish, "keep-alive") == 0;
 }

@@ -261,7 +261,6 @@ static void pass_reply_on(struct connection *conn, size_t count) {
   iobuf_free(io);
   const bool over = body_has_ended(&proxied->reply_body) || body_is_malformed(&proxied->reply_body);
   if (!proxied->tunnel && over) peer->flags |= CONN_CLOSE_NOW;
-  hold_back(peer, conn->ns_conn);
 }
 
 /* --- The server's socket ------------------------------------------------------------------------------- */
@@ -307,6 +306,7 @@ static void peer_ev_handler(struct ns_connection *peer, int event, void *event_d
     break;
   case NET_EV_RECV:
     pass_reply_on(conn, static_cast<size_t>(*static_cast<int *>(event_data)));
+    hold_back(peer, conn->ns_conn); /* also from a server that sends interim replies without end */
     break;
   case NET_EV_SEND:
     let_go(conn->ns_conn, peer, *static_cast<int *>(event_data));

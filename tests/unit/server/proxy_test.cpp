@@ -632,6 +632,24 @@ TEST(ProxyPace, ServerIsReadOnlyAsFastAsTheClientTakes) {
   }
 }
 
+TEST(ProxyPace, InterimRepliesWithoutEndDoNotPileUp) {
+  Proxy proxy;
+  Client client(proxy.port());
+  client.send(get(proxy));
+  EXPECT_TRUE(proxy.run([&] { return proxy.peer() != nullptr && !(proxy.peer()->flags & CONN_CONNECTING); },
+                        {&client}));
+  client.reading = false;
+  std::string interim;
+  while (interim.size() < 12000000) interim += "HTTP/1.1 103 Early Hints\r\nLink: <a>\r\n\r\n";
+  proxy.far.send(interim);
+  for (int i = 0; i < 400; i++) {
+    proxy.far.turn();
+    proxy.turn();
+  }
+  EXPECT_LE(static_cast<connection *>(proxy.peer()->user_data)->ns_conn->send_iobuf.len,
+            MG_MAX_QUEUED_OUTPUT + 4096u);
+}
+
 TEST(ProxyPace, ClientIsReadOnlyAsFastAsTheServerTakes) {
   Proxy proxy;
   TunnelClient client(proxy);
