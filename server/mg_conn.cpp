@@ -233,6 +233,7 @@ static void begin_request(struct connection *conn) {
 static void call_request_handler(struct connection *conn) {
   conn->request_delivered = true;
   const int result = call_user(conn, MG_REQUEST);
+  if (conn->endpoint_type != EP_USER) return; /* mg_send_file() has taken the request over, or ended it */
   if (result == MG_TRUE) {
     finish_reply(conn);
   } else if (result == MG_FALSE) {
@@ -247,6 +248,7 @@ static void serve_user(struct connection *conn) {
   conn->mg_conn.content_len = nc->recv_iobuf.len;
   const int consumed = call_user(conn, MG_RECV);
   if (consumed > 0) iobuf_remove(&nc->recv_iobuf, static_cast<size_t>(consumed));
+  if (conn->endpoint_type != EP_USER) return; /* answered by mg_send_file() */
   if (conn->mg_conn.is_websocket) {
     deliver_websocket_frames(conn);
   } else if (!conn->request_delivered && body_complete(conn)) {
@@ -413,7 +415,9 @@ static void on_send(struct ns_connection *nc, int count) {
 static void on_poll(struct ns_connection *nc, time_t now) {
   auto *conn = static_cast<connection *>(nc->user_data);
   if (conn == nullptr) return;
-  if (call_user(conn, MG_POLL) == MG_TRUE) finish_reply(conn);
+  const enum endpoint_type before = conn->endpoint_type; /* mg_send_file() changes it */
+  const bool finished = call_user(conn, MG_POLL) == MG_TRUE && conn->endpoint_type == before;
+  if (finished && before != EP_FILE) finish_reply(conn); /* a file is sent to its end */
   if (conn->endpoint_type == EP_FILE) transfer_file_data(conn);
   if (conn->mg_conn.is_websocket) keep_websocket_alive(conn, now);
   const bool idle = now > nc->last_io_time + MG_IDLE_TIMEOUT_SECONDS;
