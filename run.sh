@@ -77,6 +77,13 @@ The switch is up. Ctrl-C ends it; what was configured is kept in $var/state.
 
 A first session, to paste into another terminal in this folder:
 
+  PATH=\$PWD/build/release/tools/kestrelctl:\$PATH KESTRELCTL_SERVER=$secure
+  export KESTRELCTL_SERVER
+  kestrelctl trust && kestrelctl login
+  kestrelctl vlans list
+
+The same without kestrelctl:
+
   KEY=\$(curl -s $base/login -d user=admin --data-urlencode "password=$password" | grep -o '[0-9a-f]\{32\}')
   curl -X POST "$base/vlans/10?sessionkey=\$KEY"
   curl -X PUT "$base/vlans/10/name?value=servers&sessionkey=\$KEY"

@@ -245,8 +245,8 @@ struct dir_entry {
   char *file_name; /* heap text */
   struct stat st;
 };
-/* Reads the entries of a directory but ".", ".." and hidden ones; what they point to must lie inside `root`.
- * Returns their number, -1 when the directory cannot be read. free_directory() releases them. */
+/* Reads the files and directories that stand in a directory, but hidden ones and links that lead out of
+ * `root`. Returns their number, -1 with errno when it cannot be read. free_directory() releases them. */
 int scan_directory(struct connection *, const char *directory, const char *root, struct dir_entry **entries);
 void free_directory(struct dir_entry *entries, int count);
 /* Appends a path to `out` with all but unreserved characters and "/" %-encoded (RFC 3986), cut at the size;
@@ -267,17 +267,28 @@ bool is_authorised_for_dav(struct connection *);
 
 /* --- WebDAV (mg_dav.cpp, mg_put.cpp; RFC 4918) --------------------------------------------------------- */
 
-/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target (RFC 9110
- * section 13). */
+/* Whether If-Match, If-None-Match or If-Unmodified-Since keeps the request from changing the target: 412
+ * (RFC 9110 section 13). */
 bool precondition_fails(const struct connection *, const struct file_target *);
 /* Answers with a status of success and ends the request. */
 void send_dav_success(struct connection *, int status);
-/* Answer and end the request. The target may not exist. */
+/* The methods: each answers and ends the request. The target may not exist, and is not a forbidden one. Where
+ * the file system refuses, the status is 403, 405 (it is there already), 409 (its directory is not), 507 (the
+ * disk is full) or 500.
+ *
+ * 207 with an entry for the target, and with "Depth: 1" for each file and directory in it. A missing depth
+ * and "infinity" are taken for 1. A body is not looked at: every property is told. 404, 400. */
 void handle_propfind(struct connection *, const struct file_target *);
+/* 201. A body: 415. */
 void handle_mkcol(struct connection *, const struct file_target *);
+/* 200. Removes a file, a link (never what it leads to), or a directory with all that is in it: not the root,
+ * and nothing at all of one that holds hidden files (403). 404, 400 for a depth but "infinity", 412. */
 void handle_delete(struct connection *, const struct file_target *);
-/* Begins an upload (EP_PUT); write_upload() takes what has arrived of the body, and answers after the last
- * byte. release_upload() at the end of the request: what is incomplete leaves no trace. */
+/* Begins an upload (EP_PUT): 201 for a new file, 200 for one that is replaced, or of which the part that
+ * Content-Range names is. 400, 403, 405 for a directory, 411 without Content-Length, 412, 416 for a part that
+ * begins behind the file's end; 507 when the disk is full; 500 "put_dir: ..." and "open(...): ..." when
+ * directories or the file cannot be made. write_upload() takes what has arrived of the body, and answers
+ * after the last byte. release_upload() at the end of the request: what is incomplete leaves no trace. */
 void handle_put(struct connection *, const struct file_target *);
 void write_upload(struct connection *);
 void release_upload(struct connection *);
@@ -324,6 +335,10 @@ bool next_cgi_header(struct vec *lines, struct vec *name, struct vec *value);
 bool is_cgi_header(const struct vec *name, const char *wanted); /* in any case */
 
 /* --- Programs that serve a client (mg_program.cpp) ----------------------------------------------------- */
+
+/* Appends bytes to a buffer that many small pieces come to, making room for more of them. False when there is
+ * no memory; the buffer is then unchanged. */
+bool append_piece(struct iobuf *, const void *bytes, size_t len);
 
 /* Starts a program whose output serves the client: the request becomes EP_CGI, its endpoint the pipe to the
  * program, whose events go to `callback` and whose user_data is the connection. Arguments as start_child().

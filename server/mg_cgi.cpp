@@ -13,7 +13,7 @@
 
 /* Queues bytes for either side. When there is no memory for them the client is given up. */
 static void queue(struct connection *conn, struct ns_connection *to, const char *bytes, size_t len) {
-  if (iobuf_append(&to->send_iobuf, bytes, len) != len) conn->ns_conn->flags |= CONN_CLOSE_NOW;
+  if (!append_piece(&to->send_iobuf, bytes, len)) conn->ns_conn->flags |= CONN_CLOSE_NOW;
 }
 
 static void write_piece(struct connection *conn, const struct vec *piece) {

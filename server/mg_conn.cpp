@@ -257,6 +257,18 @@ static void serve_user(struct connection *conn) {
   if (consumed < 0) nc->flags |= CONN_FINISHED_SENDING; /* last, as the end of a request clears it */
 }
 
+/* While a file is sent, nothing is wanted of the client; the body that the handler was given stays. */
+static void drop_surplus(struct connection *conn) {
+  struct iobuf *io = &conn->ns_conn->recv_iobuf;
+  struct mg_connection *c = &conn->mg_conn;
+  if (c->content == nullptr) {
+    iobuf_free(io);
+    return;
+  }
+  if (io->len > c->content_len) io->len = c->content_len;
+  c->content = io->buf;
+}
+
 void on_recv_data(struct connection *conn) {
   if (conn->endpoint_type == EP_PROXY) {
     forward_to_proxied_server(conn);
@@ -273,7 +285,7 @@ void on_recv_data(struct connection *conn) {
   /* The handler may have declined just now, with the body still in the buffer. */
   if (conn->endpoint_type == EP_CGI) forward_to_cgi(conn);
   if (conn->endpoint_type == EP_PUT) write_upload(conn);
-  if (conn->endpoint_type == EP_FILE) iobuf_free(&conn->ns_conn->recv_iobuf); /* nothing more is needed */
+  if (conn->endpoint_type == EP_FILE) drop_surplus(conn);
 }
 
 /* --- Sockets that serve a client ----------------------------------------------------------------------- */

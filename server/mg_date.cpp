@@ -108,7 +108,7 @@ static time_t time_of(const struct date_fields *fields) {
   tm.tm_year = year - 1900;
   const time_t midnight = timegm(&tm);
   const bool exists = tm.tm_mday == day && tm.tm_mon == month; /* timegm() makes March of 30 February */
-  return exists ? midnight + 3600 * hour + 60 * minute + second : 0;
+  return exists ? midnight + 3600L * hour + 60L * minute + second : 0;
 }
 
 time_t parse_http_date(const char *text) {

@@ -71,10 +71,10 @@ static void send_system_error(struct connection *conn, int error) {
   send_http_error(conn, status_of(error), "%s", strerror(error));
 }
 
-/* Copies a path without what would make its last component another name for a directory, or follow a link. */
-static void copy_path(const char *path, char out[MG_MAX_PATH]) {
+/* Copies a path without a slash at its end, by which a link would be followed. */
+static void copy_without_slash(const char *path, char out[MG_MAX_PATH]) {
   size_t len = strlen(path);
-  while (len > 1 && (path[len - 1] == '/' || (path[len - 1] == '.' && path[len - 2] == '/'))) len--;
+  if (len > 1 && path[len - 1] == '/') len--;
   memcpy(out, path, len);
   out[len] = '\0';
 }
@@ -166,7 +166,7 @@ void handle_propfind(struct connection *conn, const struct file_target *target) 
 void handle_mkcol(struct connection *conn, const struct file_target *target) {
   const bool has_body = conn->cl != 0 || mg_get_header(&conn->mg_conn, "Transfer-Encoding") != nullptr;
   char path[MG_MAX_PATH];
-  copy_path(target->path, path);
+  copy_without_slash(target->path, path);
   if (has_body) {
     send_http_error(conn, 415, nullptr); /* there is no kind of body that this understands */
   } else if (mkdir(path, 0755) != 0) {
@@ -252,7 +252,7 @@ void handle_delete(struct connection *conn, const struct file_target *target) {
     return;
   }
   char path[MG_MAX_PATH];
-  copy_path(target->path, path);
+  copy_without_slash(target->path, path);
   const int error = remove_target(conn->server, path);
   if (error != 0) {
     send_system_error(conn, error);

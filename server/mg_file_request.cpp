@@ -39,9 +39,13 @@ static void redirect_to_directory(struct connection *conn) {
   close_local_endpoint(conn);
 }
 
+static bool ends_with_slash(const struct file_target *target) {
+  return target->path[strlen(target->path) - 1] == '/';
+}
+
 static void serve_directory(struct connection *conn, const struct file_target *target) {
   const char *listing = conn->server->config_options[ENABLE_DIRECTORY_LISTING];
-  if (target->path[strlen(target->path) - 1] != '/') {
+  if (!ends_with_slash(target)) {
     redirect_to_directory(conn);
   } else if (listing != nullptr && strcmp(listing, "yes") == 0) {
     send_directory_listing(conn, target);
@@ -66,10 +70,6 @@ static void serve_target(struct connection *conn, const struct file_target *targ
   }
 }
 
-static bool names_directory(const struct file_target *target) {
-  return target->exists && S_ISDIR(target->st.st_mode) && target->path[strlen(target->path) - 1] == '/';
-}
-
 static bool is_authorised_for(struct connection *conn, const struct file_target *target) {
   char path[MG_MAX_PATH];
   find_protected_path(conn->server, target, path);
@@ -83,7 +83,8 @@ void serve_file_request(struct connection *conn) {
     send_http_error(conn, 404, nullptr);
     return;
   }
-  if (handle_dav == nullptr && names_directory(&target)) find_index_file(conn, &target);
+  const bool is_directory = target.exists && S_ISDIR(target.st.st_mode);
+  if (handle_dav == nullptr && is_directory && ends_with_slash(&target)) find_index_file(conn, &target);
 
   if (!is_authorised_for(conn, &target) || (handle_dav != nullptr && !is_authorised_for_dav(conn))) {
     send_auth_challenge(conn);

@@ -149,7 +149,7 @@ static bool build_paths(const struct mapping *mapping, struct file_target *targe
   const std::string_view rest = mapping->rest;
   char *path = target->path;
   if (leads_up(rest) || !absolute_directory(mapping->directory, path)) return false;
-  strcpy(target->root, path[0] == '\0' ? "/" : path);
+  copy_path(path[0] == '\0' ? "/" : path, target->root);
   if (!append_components(path, rest)) return false;
   const bool names_directory = rest.ends_with('/') || rest.ends_with("/.") || path[0] == '\0';
   return !names_directory || append(path, "/");
@@ -209,7 +209,7 @@ static bool is_directory(const char *path) {
 
 void find_protected_path(const struct mg_server *server, const struct file_target *target,
                          char out[MG_MAX_PATH]) {
-  strcpy(out, target->path);
+  copy_path(target->path, out);
   if (target->exists) return;
   while (cut_last_component(out)) {
     if (is_directory(out) && may_be_served(server, target->root, out)) return;

@@ -11,6 +11,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+bool append_piece(struct iobuf *io, const void *bytes, size_t len) {
+  if (len > io->size - io->len) iobuf_resize(io, 2 * io->size + len);
+  return iobuf_append(io, bytes, len) == len;
+}
+
 /* A manager that is being freed has no control channel any more: it would not close another connection. */
 static bool is_closing_down(const struct ns_mgr *mgr) {
   return mgr->ctl[0] == -1;
@@ -70,7 +75,7 @@ void read_rest_of_output(struct ns_connection *pipe) {
     char buf[8192];
     const ssize_t n = recv(pipe->sock, buf, sizeof(buf), MSG_DONTWAIT);
     if (n <= 0) return;
-    iobuf_append(&pipe->recv_iobuf, buf, static_cast<size_t>(n));
+    append_piece(&pipe->recv_iobuf, buf, static_cast<size_t>(n));
     left -= static_cast<int>(n);
   }
 }

@@ -8,7 +8,6 @@
 #include "server/mg_proxy.h"
 
 #include <errno.h>
-#include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -78,6 +77,14 @@ static bool read_target(const struct mg_connection *c, struct target *target) {
   return *end == '\0' || *end == '/';
 }
 
+/* Makes a buffer for what becomes of a head of `len` bytes, so that no line of it can be lost for want of
+ * memory: a path may grow, blanks and lines are added. False when memory is exhausted. */
+static bool reserve(struct iobuf *io, size_t len) {
+  const size_t more = 4096;
+  iobuf_init(io, len + more);
+  return io->size >= len + more;
+}
+
 /* --- The request's head -------------------------------------------------------------------------------- */
 
 /* Appends a decoded path with all bytes %-encoded again that may not stand in one (RFC 3986 section 3.3). */
@@ -134,8 +141,9 @@ static bool append_request_head(struct iobuf *out, const struct mg_connection *c
   static const char *const answered[] = {"Host", "Expect", nullptr};
   append_request_line(out, c, target->path);
   append_host(out, target);
-  struct iobuf lines = {};
+  struct iobuf lines;
   struct framing framing;
+  if (!reserve(&lines, out->size)) return false;
   append_client_headers(&lines, c);
   const bool sound = pass_headers_on({lines.buf, lines.len}, answered, out, &framing);
   iobuf_free(&lines);
@@ -189,11 +197,16 @@ static size_t find_head_end(const struct iobuf *io, size_t scanned) {
   return 0;
 }
 
-/* The status of a reply; 0 when its first line is no status line. */
+/* The status of a reply, 100 to 999; 0 when its first line is no status line. */
 static int read_status(const char *head, size_t len) {
-  if (len < 13 || memcmp(head, "HTTP/1.", 7) != 0 || head[8] != ' ') return 0;
+  static const char shape[] = "HTTP/1.0 000";
+  if (len <= strlen(shape) || memchr(" \r\n", head[strlen(shape)], 3) == nullptr) return 0;
+  for (size_t i = 0; shape[i] != '\0'; i++) {
+    const bool digit = head[i] >= '0' && head[i] <= '9';
+    if (shape[i] == '0' ? !digit : head[i] != shape[i]) return 0;
+  }
   const int status = atoi(head + 9);
-  return status >= 100 && status <= 999 ? status : 0;
+  return status >= 100 ? status : 0;
 }
 
 static void set_reply_body(struct proxied *proxied, int status, const struct framing *framing) {
@@ -217,7 +230,7 @@ static bool pass_reply_head_on(struct connection *conn, size_t len) {
 
   struct framing framing;
   struct iobuf lines;
-  iobuf_init(&lines, len);
+  if (!reserve(&lines, len)) return false;
   iobuf_append(&lines, io->buf, first);
   const bool sound = pass_headers_on({io->buf + first, len - first}, none, &lines, &framing);
   if (framing.closes) append_text(&lines, "Connection: close\r\n");
@@ -235,7 +248,7 @@ static bool pass_reply_head_on(struct connection *conn, size_t len) {
 /* Passes on the heads that are complete. False when the reply is malformed. `count` bytes are new. */
 static bool pass_reply_heads_on(struct connection *conn, size_t count) {
   struct iobuf *io = &conn->endpoint.nc->recv_iobuf;
-  size_t scanned = io->len - count;
+  size_t scanned = io->len > count ? io->len - count : 0;
   while (!conn->proxied->reply_begun) {
     const size_t len = find_head_end(io, scanned);
     if (len == 0) return io->len <= MAX_REPLY_HEAD;
@@ -246,21 +259,27 @@ static bool pass_reply_heads_on(struct connection *conn, size_t count) {
   return true;
 }
 
-/* The reply is passed on as far as it goes; after its end the server is let go, which releases the client. */
-static void pass_reply_on(struct connection *conn, size_t count) {
+/* Passes on what the buffer holds of a tunnel's bytes or of the reply's body. After a reply's end the server
+ * is let go, which releases the client. */
+static void pass_bytes_on(struct connection *conn) {
   struct ns_connection *peer = conn->endpoint.nc;
   struct proxied *proxied = conn->proxied;
   struct iobuf *io = &peer->recv_iobuf;
-  if (!proxied->tunnel && !pass_reply_heads_on(conn, count)) {
-    send_http_error(conn, 502, "The server's reply is malformed.\n");
-    return;
-  }
-  if (!proxied->tunnel && !proxied->reply_begun) return;
   const size_t len = proxied->tunnel ? io->len : follow_body(&proxied->reply_body, io->buf, io->len);
   pass_on(io, len, conn->ns_conn);
   iobuf_free(io);
   const bool over = body_has_ended(&proxied->reply_body) || body_is_malformed(&proxied->reply_body);
   if (!proxied->tunnel && over) peer->flags |= CONN_CLOSE_NOW;
+}
+
+static void on_peer_recv(struct ns_connection *peer, struct connection *conn, size_t count) {
+  const struct proxied *proxied = conn->proxied;
+  if (!proxied->tunnel && !pass_reply_heads_on(conn, count)) {
+    send_http_error(conn, 502, "The server's reply is malformed.\n");
+    return;
+  }
+  if (proxied->tunnel || proxied->reply_begun) pass_bytes_on(conn);
+  hold_back(peer, conn->ns_conn);
 }
 
 /* --- The server's socket ------------------------------------------------------------------------------- */
@@ -305,8 +324,7 @@ static void peer_ev_handler(struct ns_connection *peer, int event, void *event_d
     on_peer_connect(conn, *static_cast<int *>(event_data));
     break;
   case NET_EV_RECV:
-    pass_reply_on(conn, static_cast<size_t>(*static_cast<int *>(event_data)));
-    hold_back(peer, conn->ns_conn); /* also from a server that sends interim replies without end */
+    on_peer_recv(peer, conn, static_cast<size_t>(*static_cast<int *>(event_data)));
     break;
   case NET_EV_SEND:
     let_go(conn->ns_conn, peer, *static_cast<int *>(event_data));
@@ -319,7 +337,7 @@ static void peer_ev_handler(struct ns_connection *peer, int event, void *event_d
 
 /* --- Beginning and end --------------------------------------------------------------------------------- */
 
-/* Null, with *problem set, when it cannot even be tried. Looking a name up takes as long as it takes. */
+/* Null, with *problem set, when it cannot even be tried. Looking a name up blocks until it is known. */
 static struct ns_connection *connect_to(struct ns_mgr *mgr, const struct target *target,
                                         const char **problem) {
   char ip[48], address[64];
@@ -368,9 +386,10 @@ void open_proxy_endpoint(struct connection *conn) {
     send_http_error(conn, 500, nullptr);
     return;
   }
-  struct iobuf head = {};
+  struct iobuf head;
   const char *problem = "";
-  const int error = open_exchange(conn, proxied, &head, &problem);
+  const bool reserved = reserve(&head, static_cast<size_t>(conn->request_len));
+  const int error = reserved ? open_exchange(conn, proxied, &head, &problem) : 500;
   iobuf_free(&head);
   if (error == 0) return;
   free(proxied);

@@ -5,7 +5,6 @@
 #include "server/http_conn.h"
 
 #include <atomic>
-#include <ctype.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
@@ -70,15 +69,9 @@ static int length_refusal(const struct mg_connection *c, int64_t *length) {
   return *text == '\0' ? 0 : 400;
 }
 
-/* The status that the place deserves, 0 when a file may be put there. */
-static int target_refusal(const struct connection *conn, const struct file_target *target) {
-  const char *uri = conn->mg_conn.uri, *name = strrchr(uri, '/');
-  const bool names_directory = name != nullptr && (strcmp(name, "/") == 0 || strcmp(name, "/.") == 0);
-  struct stat st;
-  if (names_directory || (target->exists && S_ISDIR(target->st.st_mode))) return 405;
-  if (target->exists && !S_ISREG(target->st.st_mode)) return 403;
-  if (!target->exists && lstat(target->path, &st) == 0) return 403; /* a link that leads nowhere */
-  return 0;
+static bool names_directory(const struct file_target *target) {
+  const bool by_its_name = target->path[strlen(target->path) - 1] == '/';
+  return by_its_name || (target->exists && S_ISDIR(target->st.st_mode));
 }
 
 /* Decides what is written where. Returns the status of a refusal, or 0. */
@@ -86,8 +79,8 @@ static int plan_upload(const struct connection *conn, const struct file_target *
                        struct put_upload *upload) {
   const char *range = mg_get_header(&conn->mg_conn, "Content-Range");
   int64_t first = 0;
-  int refusal = target_refusal(conn, target);
-  if (refusal == 0) refusal = length_refusal(&conn->mg_conn, &upload->left);
+  if (names_directory(target)) return 405;
+  const int refusal = length_refusal(&conn->mg_conn, &upload->left);
   if (refusal != 0) return refusal;
   if (range != nullptr && !parse_content_range(range, upload->left, &first)) return 400;
   if (precondition_fails(conn, target)) return 412;
@@ -104,22 +97,18 @@ static void send_open_error(struct connection *conn, const char *path, int error
 }
 
 /* Finds the leading part of upload->path that is a directory, in which the new file is written until it is
- * whole: directories that are missing are made no sooner. An error number, 0 when it lies in the root. */
-static int find_existing_directory(struct put_upload *upload, const char *root) {
+ * whole: directories that are missing are made no sooner. An error number or 0. */
+static int find_existing_directory(struct put_upload *upload) {
   char directory[MG_MAX_PATH];
   struct stat st;
   strcpy(directory, upload->path);
   do {
     char *slash = strrchr(directory, '/');
-    if (slash == nullptr) return ENOENT;
     slash[slash == directory ? 1 : 0] = '\0';
-    errno = 0;
-  } while (stat(directory, &st) != 0 && errno == ENOENT && strcmp(directory, "/") != 0);
-  if (errno != 0) return errno;
-  if (!S_ISDIR(st.st_mode)) return ENOTDIR;
-  if (!is_inside(root, directory)) return EACCES;
+    errno = stat(directory, &st) == 0 ? 0 : errno;
+  } while (errno == ENOENT && strcmp(directory, "/") != 0);
   upload->existing_len = strlen(directory);
-  return 0;
+  return errno != 0 || S_ISDIR(st.st_mode) ? errno : ENOTDIR;
 }
 
 /* Opens a file of its own in that directory. Its name is one that is hidden from every request. */
@@ -137,20 +126,20 @@ static int open_file_beside(struct put_upload *upload) {
   return fd;
 }
 
-/* Begins to write a file anew. False when the answer has been sent. */
-static bool begin_file(struct connection *conn, const struct file_target *target) {
+/* Begins to write a file anew. */
+static void begin_file(struct connection *conn, const struct file_target *target) {
   struct put_upload *upload = conn->upload;
-  const int error = find_existing_directory(upload, target->root);
+  const int error = find_existing_directory(upload);
   if (error != 0) {
     send_http_error(conn, 500, "put_dir: %s", strerror(error));
-    return false;
+    return;
   }
   /* What must not be written must not be replaced either. */
   const bool writable = !target->exists || faccessat(AT_FDCWD, upload->path, W_OK, AT_EACCESS) == 0;
-  conn->endpoint.fd = writable ? open_file_beside(upload) : -1;
-  if (conn->endpoint.fd != -1 && target->exists) fchmod(conn->endpoint.fd, target->st.st_mode & 0777);
-  if (conn->endpoint.fd == -1) send_open_error(conn, upload->path, errno);
-  return conn->endpoint.fd != -1;
+  const int fd = writable ? open_file_beside(upload) : -1;
+  if (fd != -1 && target->exists) fchmod(fd, target->st.st_mode & 0777);
+  conn->endpoint.fd = fd;
+  if (fd == -1) send_open_error(conn, upload->path, errno);
 }
 
 /* Begins to write into a file. */
@@ -160,26 +149,31 @@ static void begin_part(struct connection *conn) {
   if (conn->endpoint.fd == -1) send_open_error(conn, path, errno);
 }
 
+static void send_refusal(struct connection *conn, const struct file_target *target, int status) {
+  if (status == 416) {
+    send_range_error(conn, target->exists ? target->st.st_size : 0); /* where the next part has to begin */
+  } else {
+    send_http_error(conn, status, nullptr);
+  }
+}
+
 void handle_put(struct connection *conn, const struct file_target *target) {
   auto *upload = static_cast<put_upload *>(calloc(1, sizeof(put_upload)));
   const int refusal = upload == nullptr ? 500 : plan_upload(conn, target, upload);
   if (refusal != 0) {
     free(upload);
-    send_http_error(conn, refusal, nullptr);
+    send_refusal(conn, target, refusal);
     return;
   }
   conn->endpoint_type = EP_PUT;
   conn->endpoint.fd = -1;
   conn->upload = upload;
+  strcpy(upload->path, target->path);
   const bool is_part = target->exists && mg_get_header(&conn->mg_conn, "Content-Range") != nullptr;
-  if (!target->exists) {
-    strcpy(upload->path, target->path);
-  } else if (realpath(target->path, upload->path) ==
-             nullptr) { /* a link stays: what it leads to is written */
+  /* A link stays: what it leads to is written. */
+  if (target->exists && realpath(target->path, upload->path) == nullptr) {
     send_open_error(conn, target->path, errno);
-    return;
-  }
-  if (is_part) {
+  } else if (is_part) {
     begin_part(conn);
   } else {
     begin_file(conn, target);

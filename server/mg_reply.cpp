@@ -181,14 +181,19 @@ static bool error_location(const struct connection *conn, int code, struct vec *
   return false;
 }
 
+/* In pieces, as mg_printf() ends a text of just 500 characters with a NUL byte. */
 static void redirect_error(struct connection *conn, int code, const struct vec *location) {
   struct mg_connection *c = &conn->mg_conn;
   char uri[3 * MG_MAX_URI_SIZE];
   print_uri(c->uri == nullptr ? "" : c->uri, uri, sizeof(uri));
   c->status_code = 302;
-  mg_printf(c, "HTTP/1.1 %d Moved\r\nLocation: %.*s?code=%d&orig_uri=%s&query_string=%s\r\n\r\n",
-            c->status_code, static_cast<int>(location->len), location->ptr == nullptr ? "" : location->ptr,
-            code, uri, c->query_string == nullptr ? "" : c->query_string);
+  mg_printf(c, "HTTP/1.1 %d Moved\r\nLocation: ", c->status_code);
+  mg_write(c, location->ptr, static_cast<int>(location->len));
+  mg_printf(c, "?code=%d&orig_uri=", code);
+  write_text(c, uri);
+  write_text(c, "&query_string=");
+  write_text(c, c->query_string == nullptr ? "" : c->query_string);
+  write_text(c, "\r\n\r\n");
 }
 
 /* Writes an error reply. `header_lines` are further ones, each with its end. */
@@ -196,11 +201,8 @@ static void write_error(struct connection *conn, int code, const char *header_li
   char body[MG_ERROR_BODY_SIZE + 1] = "";
   const bool has_body = code != 204 && (code < 300 || code > 399);
   if (has_body) snprintf(body, sizeof(body), "%d %s\n%s", code, status_code_to_str(code), detail);
-  const char *method = conn->mg_conn.request_method;
-  const bool head_only = method != nullptr && strcmp(method, "HEAD") == 0;
   mg_printf(&conn->mg_conn, "HTTP/1.1 %d %s\r\nContent-Length: %d\r\nContent-Type: text/plain\r\n%s\r\n%s",
-            code, status_code_to_str(code), static_cast<int>(strlen(body)), header_lines,
-            head_only ? "" : body);
+            code, status_code_to_str(code), static_cast<int>(strlen(body)), header_lines, body);
 }
 
 static void send_error(struct connection *conn, int code, const char *header_lines, const char *detail) {

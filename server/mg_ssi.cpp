@@ -77,7 +77,7 @@ static bool charge(struct ssi_page *page, size_t size) {
 }
 
 static void put(struct ssi_page *page, const char *bytes, size_t len) {
-  if (iobuf_append(&page->out, bytes, len) != len) page->too_large = true;
+  if (!append_piece(&page->out, bytes, len)) page->too_large = true;
 }
 
 /* Says in the page what went wrong. */
@@ -119,7 +119,7 @@ static bool read_text(struct ssi_page *page, int fd, struct iobuf *text) {
   while ((n = read(fd, buf, sizeof(buf))) > 0) {
     const auto len = static_cast<size_t>(n);
     if (!charge(page, len)) return true;
-    if (iobuf_append(text, buf, len) != len) page->too_large = true;
+    if (!append_piece(text, buf, len)) page->too_large = true;
   }
   return n == 0;
 }

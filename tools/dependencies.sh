@@ -3,11 +3,11 @@
 packages_to_run="g++ cmake ninja-build pkg-config libssl-dev libjson-c-dev libcrypt-dev libcurl4-openssl-dev libarchive-dev
   ca-certificates openssl curl"
 # Beyond what builds it: what the servers need that transfers are tested with (libraries, and the other half of scp), a
-# browser, what validates OpenAPI documents, and clients of WebSocket and WebDAV.
+# browser, what validates OpenAPI documents, clients of WebSocket and WebDAV, and what reads manual pages and completes.
 packages_to_test="$packages_to_run libgtest-dev clang-14 libclang-rt-14-dev python3 binutils procps openssh-client
   libnss-wrapper libaudit1 libcap2 libcom-err2 libgssapi-krb5-2 libkrb5-3 libpam0g libpcre2-8-0 libselinux1 libsystemd0
   libwrap0
-  chromium chromium-driver openapi-specification python3-jsonschema nodejs node-ws cadaver litmus"
+  chromium chromium-driver openapi-specification python3-jsonschema nodejs node-ws cadaver litmus mandoc zsh"
 servers_to_test="atftpd nginx openssh-server openssh-sftp-server vsftpd"
 
 say() { printf '%s\n' "$*"; }

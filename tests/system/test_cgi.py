@@ -69,7 +69,8 @@ class Programs(CgiTest):
         self.program("from.cgi", "", head="#!/bin/sh\nprintf 'Location: /to.cgi?x\\n\\n'\n")
         self.program("to.cgi", "echo \"here $QUERY_STRING\"")
         self.start()
-        self.assertEqual(self.curl("-i", self.url("/from.cgi")), b"HTTP/1.1 302 Found\r\nLocation: /to.cgi?x\r\n\r\n")
+        self.assertEqual(self.curl("-i", self.url("/from.cgi")),
+                         b"HTTP/1.1 302 Found\r\nLocation: /to.cgi?x\r\n\r\n")
         self.assertEqual(self.curl("-L", self.url("/from.cgi")), b"here x\n")
 
     def test_malformed_output(self):
@@ -83,7 +84,8 @@ class Environment(CgiTest):
     def variables(self, *arguments):
         lines = self.curl(*arguments).decode().splitlines()
         # A shell adds variables of its own.
-        return dict(line.split("=", 1) for line in lines if not line.startswith(("PWD=", "OLDPWD=", "SHLVL=", "_=")))
+        own = ("PWD=", "OLDPWD=", "SHLVL=", "_=")
+        return dict(line.split("=", 1) for line in lines if not line.startswith(own))
 
     def expected(self, client_port, **more):
         variables = {
@@ -109,12 +111,15 @@ class Environment(CgiTest):
         self.write("env.cgi", PLAIN + "exec env\n", mode=0o755)
         self.start(tls=True)
         self.assert_variables([self.url("/env.cgi")], REQUEST_URI="/env.cgi")
-        self.assert_variables([self.url("/env.cgi?a=b%20c")], REQUEST_URI="/env.cgi?a=b%20c", QUERY_STRING="a=b%20c")
+        self.assert_variables([self.url("/env.cgi?a=b%20c")], REQUEST_URI="/env.cgi?a=b%20c",
+                              QUERY_STRING="a=b%20c")
         self.assert_variables([self.url("/env.cgi/more/path")], REQUEST_URI="/env.cgi/more/path",
                               PATH_INFO="/more/path", PATH_TRANSLATED=self.root + "/more/path")
-        self.assert_variables([self.url("/env.cgi", tls=True)], tls=True, REQUEST_URI="/env.cgi", HTTPS="on")
-        self.assert_variables(["-d", "xyz", "-H", "X-My-Header: 1", self.url("/env.cgi")], REQUEST_URI="/env.cgi",
-                              REQUEST_METHOD="POST", CONTENT_LENGTH="3", HTTP_CONTENT_LENGTH="3",
+        self.assert_variables([self.url("/env.cgi", tls=True)], tls=True, REQUEST_URI="/env.cgi",
+                              HTTPS="on")
+        self.assert_variables(["-d", "xyz", "-H", "X-My-Header: 1", self.url("/env.cgi")],
+                              REQUEST_URI="/env.cgi", REQUEST_METHOD="POST", CONTENT_LENGTH="3",
+                              HTTP_CONTENT_LENGTH="3",
                               CONTENT_TYPE="application/x-www-form-urlencoded",
                               HTTP_CONTENT_TYPE="application/x-www-form-urlencoded", HTTP_X_MY_HEADER="1")
 
@@ -139,15 +144,17 @@ class Environment(CgiTest):
         headers = [f"X-{i}: " + "y" * 500 for i in range(29)]
         self.assertEqual(self.exchange_request("GET", "/hello.cgi", headers=headers),
                          error_reply(431, "Request Header Fields Too Large"))
-        self.assertEqual(self.exchange_request("GET", "/hello.cgi?" + "q" * 9000), error_reply(414, "URI Too Long"))
-        self.assertEqual(self.exchange_request("GET", "/hello.cgi", headers=headers[:12]), PLAIN_HEAD + b"hello\n")
+        self.assertEqual(self.exchange_request("GET", "/hello.cgi?" + "q" * 9000),
+                         error_reply(414, "URI Too Long"))
+        self.assertEqual(self.exchange_request("GET", "/hello.cgi", headers=headers[:12]),
+                         PLAIN_HEAD + b"hello\n")
 
 
 class Bodies(CgiTest):
-    def test_twenty_megabytes_come_back(self):
+    def test_many_megabytes_come_back(self):
         self.program("cat.cgi", "exec cat")
         self.start()
-        data = os.urandom(1 << 20) * 20
+        data = os.urandom(1 << 20) * (2 if sanitized() else 20)
         self.assertEqual(self.curl("--data-binary", "@-", "-H", "Expect: 100-continue", self.url("/cat.cgi"),
                                    data=data), data)
 
@@ -166,15 +173,15 @@ class Bodies(CgiTest):
     def test_what_follows_the_body_is_not_part_of_it(self):
         self.program("cat.cgi", "exec cat")
         self.start()
-        self.assertEqual(self.exchange(request("POST", "/cat.cgi", "hello") + request("POST", "/cat.cgi", "x")),
-                         PLAIN_HEAD + b"hello")
+        both = request("POST", "/cat.cgi", "hello") + request("POST", "/cat.cgi", "x")
+        self.assertEqual(self.exchange(both), PLAIN_HEAD + b"hello")
 
 
 class Partners(CgiTest):
     def test_a_flood_that_nobody_reads_takes_no_memory(self):
         self.program("flood.cgi", "exec cat /dev/zero")
         self.start()
-        self.curl("-m", "1", "-o", "/dev/null", self.url("/flood.cgi"), status=28)  # now all code is in memory
+        self.curl("-m", "1", "-o", "/dev/null", self.url("/flood.cgi"), status=28)  # all code is in memory
         self.assert_childless()
 
         before = self.resident()
@@ -223,7 +230,7 @@ class Partners(CgiTest):
         eventually(self.children, "the program runs")
         for _ in range(20):
             self.assertEqual(self.exchange_request("GET", "/hello.cgi"), PLAIN_HEAD + b"hello\n")
-        self.assertEqual(len(self.children()), 1)
+        eventually(lambda: len(self.children()) == 1, "only the hanging program is left")
 
     def test_a_reply_is_seen_as_it_is_written(self):
         self.program("steps.cgi", "while read -r line; do echo \"$line\"; [ -e ../go ] && exit; done < fifo")

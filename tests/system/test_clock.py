@@ -71,7 +71,7 @@ class Aging(DaemonTest):
         head = client.read_head()
         self.assertEqual(head[0], 101)
         client.buffer = client.buffer[head[2]:]
-        for seconds in (7, 14, 400):
+        for seconds in (7, 14, 290, 580):
             self.shift(seconds)
             client.fill(2)
             self.assertEqual(client.buffer, b"\x89\x00")

@@ -81,11 +81,14 @@ class Readme(unittest.TestCase):
         self.assertIn("exec ./test.sh\n", (SOURCE / ".ci/run").read_text())
 
     def test_first_session_prints_what_the_readme_says_and_survives_sigkill(self):
-        session, lab = blocks("sh")[2:]
-        expected = blocks("")[0]
+        session, log_in, commands, lab = blocks("sh")[2:]
+        expected, shown_by_commands = blocks("")
         run = self.start()
         self.assertEqual(run.paste(session), expected)
-        self.assertEqual(run.paste(lab), "vlan 10\nvlan 10 name servers\n")
+        own = f"export HOME=$PWD/{self.var}/home KESTRELCTL_SERVER=https://localhost:{run.https}\n"
+        self.assertRegex(run.paste(own + log_in), r"is trusted from now on\.\nLog in successfully\.\n\Z")
+        self.assertEqual(run.paste("exec 2>&1\n" + own + log_in.splitlines()[0] + "\n" + commands), shown_by_commands)
+        self.assertEqual(run.paste(lab), "vlan 10,20\nvlan 10 name servers\nvlan 20 name storage\n")
         os.kill(run.daemon(), signal.SIGKILL)
         run.process.wait(timeout=20)
 

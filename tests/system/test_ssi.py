@@ -42,7 +42,8 @@ class Ssi(WebServerTest):
 
     def test_files_outside_the_document_root(self):
         self.write("../secret", "secret")
-        self.write("dir/page.shtml", "<!--#include file=\"../../secret\"--><!--#include virtual=\"/../secret\"-->")
+        self.write("dir/page.shtml", "<!--#include file=\"../../secret\"-->"
+                   "<!--#include virtual=\"/../secret\"-->")
         self.start()
         self.assertNotIn(b"secret<", self.curl(self.url("/dir/page.shtml")))
         self.assertEqual(self.curl(self.url("/dir/page.shtml")).count(b"No such file or directory"), 2)
@@ -53,8 +54,9 @@ class Ssi(WebServerTest):
         self.start()
         for page in ("/page.shtml", "/flood.shtml"):
             self.assertEqual(self.exchange_request("GET", page),
-                             b"HTTP/1.1 500 Internal Server Error\r\nContent-Length: 47\r\nContent-Type: text/plain"
-                             b"\r\n\r\n500 Internal Server Error\nSSI page is too large")
+                             b"HTTP/1.1 500 Internal Server Error\r\nContent-Length: 47\r\n"
+                             b"Content-Type: text/plain\r\n\r\n500 Internal Server Error\n"
+                             b"SSI page is too large")
         self.assert_serves()
 
     def test_a_hanging_command_holds_nobody_up_and_ends_with_its_client(self):

@@ -9,22 +9,18 @@
 /* --- Text ---------------------------------------------------------------------------------------------- */
 
 static const char HEAD[] =
-    "<!-- Written by the build from modules/help; the target update_api_documents puts it here. -->\n"
-    "# API reference\n"
-    "\n"
-    "Every request by module: method, URI and variables. How requests are made, what answers look like and "
-    "hold, and the\n"
-    "codes are in [the guide](api-guide.md); [openapi.json](openapi.json) tells programs the same as this "
-    "page. The help\n"
-    "pages of a running switch, `GET /help?format=html`, tell it too. `pml`, which has no help page, is "
-    "described in\n"
-    "[the guide](api-guide.md#pml) alone.\n"
-    "\n"
-    "All requests take `sessionkey`, the key that `POST /login` returned, and `format`, `xml` (the default) "
-    "or `json`;\n"
-    "neither is repeated below. Only `POST /login` and the module `help` do without a key. Variables are "
-    "needed unless they are\n"
-    "called optional.\n";
+    R"(<!-- Written by the build from modules/help; the target update_api_documents puts it here. -->
+# API reference
+
+Every request by module: method, URI and variables. How requests are made, what answers look like and hold, and the
+codes are in [the guide](api-guide.md); [openapi.json](openapi.json) tells programs the same as this page. The help
+pages of a running switch, `GET /help?format=html`, tell it too, and [kestrelctl](kestrelctl.md) has a command for
+each. `pml`, which has no help page, is described in [the guide](api-guide.md#pml) alone.
+
+All requests take `sessionkey`, the key that `POST /login` returned, and `format`, `xml` (the default) or `json`;
+neither is repeated below. Only `POST /login` and the module `help` do without a key. Variables are needed unless
+they are called optional.
+)";
 
 static std::string code(const std::string &words) {
   return "`" + words + "`";

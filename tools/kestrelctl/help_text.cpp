@@ -93,10 +93,10 @@ static size_t find_segment(const command &which, size_t at, const std::string &w
 static bool has_words(const command &which, std::vector<std::string> words) {
   const auto verb = std::find(words.begin() + 1, words.end(), which.operation->verb);
   if (verb != words.end() && !which.verb_is_word) words.erase(verb);
-  if (words[0] == which.module->name)
+  if (words[0] != which.segments[0].word) {
+    if (words[0] != which.module->name) return false;
     words.erase(words.begin());
-  else if (words[0] != which.segments[0].word)
-    return false;
+  }
   size_t at = 0;
   for (const std::string &word : words) {
     at = find_segment(which, at, word) + 1;

@@ -1,6 +1,7 @@
 #include "tools/kestrelctl/password.h"
 
 #include <errno.h>
+#include <poll.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -17,20 +18,27 @@ static void note(int number) {
   came = number;
 }
 
-/* Signals are noted instead of ending the program, until the guard is released. */
+/* Signals are noted instead of ending the program, until the guard is released, and come only while
+ * wait_for_input() waits: one that came just before would go unnoticed while it does. */
 struct signal_guard {
   struct sigaction before[caught_count];
+  sigset_t mask_before;
 
   signal_guard() {
     struct sigaction noting = {};
-    noting.sa_handler = note; /* without SA_RESTART: reading ends */
+    sigset_t blocked;
+    noting.sa_handler = note;
     came = 0;
+    sigemptyset(&blocked);
+    for (int number : caught) sigaddset(&blocked, number);
+    sigprocmask(SIG_BLOCK, &blocked, &mask_before);
     for (size_t i = 0; i < caught_count; i++) sigaction(caught[i], &noting, &before[i]);
   }
   signal_guard(const signal_guard &) = delete;
   signal_guard &operator=(const signal_guard &) = delete;
   ~signal_guard() {
     for (size_t i = 0; i < caught_count; i++) sigaction(caught[i], &before[i], nullptr);
+    sigprocmask(SIG_SETMASK, &mask_before, nullptr);
   }
 };
 
@@ -55,15 +63,24 @@ struct echo_guard {
 
 enum { LONGEST_LINE = 1024 };
 
+/* Waits until there is something to read, with the given mask of signals unless it is null. False at a
+ * signal. */
+static bool wait_for_input(int fd, const sigset_t *mask) {
+  struct pollfd input = {fd, POLLIN, 0};
+  while (ppoll(&input, 1, nullptr, mask) < 0)
+    if (errno != EINTR || came != 0) return false;
+  return true;
+}
+
 /* Reads up to a line end or the end of input. False at an error, a signal, and when nothing has come at all.
  */
-static bool read_line(int fd, std::string *line) {
+static bool read_line(int fd, const sigset_t *mask, std::string *line) {
   char byte;
   for (;;) {
+    if (!wait_for_input(fd, mask)) return false;
     const ssize_t size = read(fd, &byte, 1);
-    if (came != 0 || (size < 0 && errno != EINTR)) return false;
+    if (size < 0) return false;
     if (size == 0) return !line->empty();
-    if (size < 0) continue;
     if (byte == '\n') break;
     if (line->size() == LONGEST_LINE) return false;
     *line += byte;
@@ -77,7 +94,7 @@ static bool prompt_once(const std::string &prompt, std::string *password) {
   const signal_guard signals;
   const echo_guard silence(STDIN_FILENO);
   fputs(prompt.c_str(), stderr);
-  const bool read = silence.changed && read_line(STDIN_FILENO, password);
+  const bool read = silence.changed && read_line(STDIN_FILENO, &signals.mask_before, password);
   fputc('\n', stderr);
   return read;
 }
@@ -94,7 +111,8 @@ static bool prompt_for(const std::string &prompt, std::string *password) {
 bool read_password(const std::string &prompt, std::string *password, std::string *error) {
   const char *given = getenv("KESTRELCTL_PASSWORD");
   if (given != nullptr) return *password = given, true;
-  const bool read = isatty(STDIN_FILENO) ? prompt_for(prompt, password) : read_line(STDIN_FILENO, password);
+  const bool read =
+      isatty(STDIN_FILENO) ? prompt_for(prompt, password) : read_line(STDIN_FILENO, nullptr, password);
   if (!read)
     *error =
         "there is no password: it is read from the terminal, from standard input or from KESTRELCTL_PASSWORD";
@@ -104,5 +122,5 @@ bool read_password(const std::string &prompt, std::string *password, std::string
 bool confirm(const std::string &question) {
   std::string line;
   fputs(question.c_str(), stderr);
-  return read_line(STDIN_FILENO, &line) && (line.starts_with('y') || line.starts_with('Y'));
+  return read_line(STDIN_FILENO, nullptr, &line) && (line.starts_with('y') || line.starts_with('Y'));
 }

@@ -99,3 +99,15 @@ TEST_F(FileRequest, WhatIsFoundDecidesWhoAnswers) {
   std::ofstream(dir.file("root/open/index.html")) << "text";
   EXPECT_EQ(status("GET", "/open/"), "200 OK");
 }
+
+TEST_F(FileRequest, RedirectedErrorOfAnyLengthIsWhole) {
+  mg_set_option(server.server, "url_rewrites", "404=/error,404=/other");
+  /* Among the lengths is one where mg_printf() would put a NUL byte. */
+  for (size_t length = 400; length < 480; length++) {
+    const std::string query(length, 'q');
+    Client client(server.port());
+    EXPECT_EQ(server.ask(client, "GET /no%0ape?" + query + " HTTP/1.1\r\n\r\n"),
+              "HTTP/1.1 302 Moved\r\nLocation: /error?code=404&orig_uri=/no%0Ape&query_string=" + query +
+                  "\r\n\r\n");
+  }
+}

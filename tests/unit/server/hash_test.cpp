@@ -24,26 +24,24 @@ static std::string some_bytes(size_t len) {
 }
 
 /* The digest of a text given in pieces of `piece` bytes. */
-static std::string md5(const std::string &text, size_t piece = SIZE_MAX) {
-  struct MD5Context context;
-  MD5Init(&context);
+template <typename Context, size_t digest_size, auto init, auto update, auto final>
+static std::string digest_of(const std::string &text, size_t piece) {
+  Context context;
+  unsigned char digest[digest_size];
+  init(&context);
   for (size_t at = 0; at < text.size(); at += std::min(piece, text.size())) {
-    MD5Update(&context, text.data() + at, std::min(piece, text.size() - at));
+    update(&context, text.data() + at, std::min(piece, text.size() - at));
   }
-  unsigned char digest[MD5_DIGEST_SIZE];
-  MD5Final(digest, &context);
+  final(digest, &context);
   return hex(digest, sizeof(digest));
 }
 
+static std::string md5(const std::string &text, size_t piece = SIZE_MAX) {
+  return digest_of<MD5Context, MD5_DIGEST_SIZE, MD5Init, MD5Update, MD5Final>(text, piece);
+}
+
 static std::string sha1(const std::string &text, size_t piece = SIZE_MAX) {
-  struct SHA1Context context;
-  SHA1Init(&context);
-  for (size_t at = 0; at < text.size(); at += std::min(piece, text.size())) {
-    SHA1Update(&context, text.data() + at, std::min(piece, text.size() - at));
-  }
-  unsigned char digest[SHA1_DIGEST_SIZE];
-  SHA1Final(digest, &context);
-  return hex(digest, sizeof(digest));
+  return digest_of<SHA1Context, SHA1_DIGEST_SIZE, SHA1Init, SHA1Update, SHA1Final>(text, piece);
 }
 
 static std::string openssl_digest(const char *name, const std::string &text) {
