@@ -240,6 +240,9 @@ time_t parse_http_date(const char *text);
 /* The entity tag of a file, with its quotes. */
 enum { MG_ETAG_SIZE = 64 };
 void print_etag(const struct stat *, char out[MG_ETAG_SIZE]);
+/* The status that the request's preconditions give (RFC 9110 section 13): 200 when they hold or there are
+ * none, 304 for reading what the client has already, else 412. `st` is null when there is no such file. */
+int check_preconditions(const struct mg_connection *, const struct stat *st);
 /* One entry of a directory. */
 struct dir_entry {
   struct connection *conn;

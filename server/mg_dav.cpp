@@ -18,31 +18,8 @@ void send_dav_success(struct connection *conn, int status) {
   close_local_endpoint(conn);
 }
 
-/* Whether one of the entity tags of a header is the file's. A weak tag does not say that two files are equal.
- */
-static bool names_etag(const char *tags, const struct stat *st, bool weak_ones_too) {
-  char etag[MG_ETAG_SIZE];
-  print_etag(st, etag);
-  for (const char *p = tags; (p = strstr(p, etag)) != nullptr; p++) {
-    const bool weak = p - tags >= 2 && memcmp(p - 2, "W/", 2) == 0;
-    if (!weak || weak_ones_too) return true;
-  }
-  return false;
-}
-
 bool precondition_fails(const struct connection *conn, const struct file_target *target) {
-  const char *match = mg_get_header(&conn->mg_conn, "If-Match");
-  const char *none_match = mg_get_header(&conn->mg_conn, "If-None-Match");
-  const char *unmodified = mg_get_header(&conn->mg_conn, "If-Unmodified-Since");
-  if (match != nullptr) {
-    const bool any = strcmp(match, "*") == 0;
-    if (!target->exists || !(any || names_etag(match, &target->st, false))) return true;
-  } else if (unmodified != nullptr && target->exists) {
-    const time_t date = parse_http_date(unmodified);
-    if (date != 0 && target->st.st_mtime > date) return true;
-  }
-  if (none_match == nullptr || !target->exists) return false;
-  return strcmp(none_match, "*") == 0 || names_etag(none_match, &target->st, true);
+  return check_preconditions(&conn->mg_conn, target->exists ? &target->st : nullptr) == 412;
 }
 
 /* The status that tells a client why the file system refuses. */

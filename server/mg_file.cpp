@@ -37,20 +37,26 @@ static bool lists_etag(const char *list, const char *etag, bool weak) {
   return false;
 }
 
-/* The status that the request's preconditions give: 200, 304 or 412. */
-static int check_preconditions(const struct mg_connection *conn, const struct stat *st, const char *etag) {
+int check_preconditions(const struct mg_connection *conn, const struct stat *st) {
   const char *if_match = mg_get_header(conn, "If-Match");
   const char *if_unmodified = mg_get_header(conn, "If-Unmodified-Since");
   const char *if_none_match = mg_get_header(conn, "If-None-Match");
   const char *if_modified = mg_get_header(conn, "If-Modified-Since");
+  const bool reads = strcmp(conn->request_method, "GET") == 0 || strcmp(conn->request_method, "HEAD") == 0;
+  if (st == nullptr) return if_match != nullptr ? 412 : 200;
+  char etag[MG_ETAG_SIZE];
+  print_etag(st, etag);
   if (if_match != nullptr) {
     if (!lists_etag(if_match, etag, false)) return 412;
   } else if (if_unmodified != nullptr) {
     const time_t date = parse_http_date(if_unmodified);
     if (date != 0 && st->st_mtime > date) return 412;
   }
-  if (if_none_match != nullptr) return lists_etag(if_none_match, etag, true) ? 304 : 200;
-  if (if_modified != nullptr) {
+  if (if_none_match != nullptr) {
+    if (!lists_etag(if_none_match, etag, true)) return 200;
+    return reads ? 304 : 412;
+  }
+  if (if_modified != nullptr && reads) {
     const time_t date = parse_http_date(if_modified);
     if (date != 0 && st->st_mtime <= date) return 304;
   }
@@ -188,7 +194,7 @@ static void begin_answer(struct connection *conn, int fd, struct file_answer *an
 static void decide_answer(const struct mg_connection *conn, const char *etag, struct file_answer *answer) {
   const bool is_get = strcmp(conn->request_method, "GET") == 0;
   const bool is_head = strcmp(conn->request_method, "HEAD") == 0;
-  answer->status = is_get || is_head ? check_preconditions(conn, answer->st, etag) : 200;
+  answer->status = is_get || is_head ? check_preconditions(conn, answer->st) : 200;
   answer->range = {0, answer->st->st_size - 1};
   if (answer->status != 200) return;
   const enum range_result result = requested_range(conn, answer->st, etag, &answer->range);

@@ -272,6 +272,8 @@ class Many(CgiTest):
         """As many as may run are served, the others are told so, and nobody is harmed."""
         self.program("wait.cgi", "read -r line < ../gate; echo served")
         os.mkfifo(self.path("../gate"))
+        gate = os.open(self.path("../gate"), os.O_RDWR)  # open at both ends, whoever comes when
+        self.addCleanup(os.close, gate)
         self.start()
         clients = [self.client() for _ in range(200)]
         for client in clients:
@@ -284,8 +286,7 @@ class Many(CgiTest):
         self.assertEqual(len(self.children()), MOST)
 
         served = [client for client in clients if client not in refused]
-        with open(self.path("../gate"), "w", encoding="ascii") as gate:
-            gate.write("\n" * MOST * 2)
+        os.write(gate, b"\n" * MOST)
         for client in served:
             self.assertEqual(client.read_to_end(), PLAIN_HEAD + b"served\n")
         self.assert_childless()
