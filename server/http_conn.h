@@ -158,7 +158,8 @@ void let_go(struct ns_connection *from, const struct ns_connection *to, int sent
 /* If the request asks for an upgrade: sets is_websocket, raises MG_WS_HANDSHAKE, answers 101 unless the
  * handler has answered, and raises MG_WS_CONNECT. */
 void answer_websocket_upgrade(struct connection *);
-/* Gives every complete frame of the receive buffer to the handler and removes it. */
+/* Gives the complete frames of the receive buffer to the handler and removes them, as far as there is room
+ * for its answers: many small frames may ask for much. The rest follows from on_poll(). */
 void deliver_websocket_frames(struct connection *);
 /* Sends an empty ping on a connection that has been idle for more than 5 seconds. */
 void keep_websocket_alive(struct connection *, time_t now);

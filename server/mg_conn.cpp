@@ -29,12 +29,27 @@ static bool body_complete(const struct connection *conn) {
   return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
 }
 
+/* Whether nothing of the body can still come and pass for a request: its end is told plainly, and reached.
+ * Header lines that were not kept may tell of a body too. */
+static bool body_has_ended(const struct connection *conn) {
+  const struct mg_connection *c = &conn->mg_conn;
+  const char *length = mg_get_header(c, "Content-Length");
+  if (mg_get_header(c, "Transfer-Encoding") != nullptr || conn->cl < 0) return false;
+  if (c->num_headers == MG_MAX_HEADERS) return false;
+  for (int i = 0; i < c->num_headers; i++) {
+    const struct mg_header *header = &c->http_headers[i];
+    const bool other_length = length != nullptr && strcmp(header->value, length) != 0;
+    if (other_length && strcasecmp(header->name, "Content-Length") == 0) return false;
+  }
+  return body_complete(conn);
+}
+
 bool should_keep_alive(const struct connection *conn) {
   const struct mg_connection *c = &conn->mg_conn;
   const enum endpoint_type type = conn->endpoint_type;
   if (c->request_method == nullptr || (type != EP_FILE && type != EP_USER)) return false;
   if (strcmp(c->request_method, "GET") != 0 && type != EP_USER) return false;
-  if (!body_complete(conn)) return false; /* the rest of it would pass for a request */
+  if (!body_has_ended(conn)) return false;
   const char *wish = mg_get_header(c, "Connection");
   return wish == nullptr ? strcmp(c->http_version, "1.1") == 0 : strcasecmp(wish, "keep-alive") == 0;
 }
@@ -220,6 +235,7 @@ static void begin_request(struct connection *conn) {
 static void call_request_handler(struct connection *conn) {
   conn->request_delivered = true;
   const int result = call_user(conn, MG_REQUEST);
+  if (conn->endpoint_type != EP_USER) return; /* mg_send_file() has taken the request over, or ended it */
   if (result == MG_TRUE) {
     finish_reply(conn);
   } else if (result == MG_FALSE) {
@@ -234,6 +250,7 @@ static void serve_user(struct connection *conn) {
   conn->mg_conn.content_len = nc->recv_iobuf.len;
   const int consumed = call_user(conn, MG_RECV);
   if (consumed > 0) iobuf_remove(&nc->recv_iobuf, static_cast<size_t>(consumed));
+  if (conn->endpoint_type != EP_USER) return; /* answered by mg_send_file() */
   if (conn->mg_conn.is_websocket) {
     deliver_websocket_frames(conn);
   } else if (!conn->request_delivered && body_complete(conn)) {
@@ -412,9 +429,15 @@ static void on_send(struct ns_connection *nc, int count) {
 static void on_poll(struct ns_connection *nc, time_t now) {
   auto *conn = static_cast<connection *>(nc->user_data);
   if (conn == nullptr) return;
-  if (call_user(conn, MG_POLL) == MG_TRUE) finish_reply(conn);
+  const enum endpoint_type before = conn->endpoint_type; /* mg_send_file() changes it */
+  const bool finished = call_user(conn, MG_POLL) == MG_TRUE && conn->endpoint_type == before;
+  if (finished && before != EP_FILE) finish_reply(conn); /* a file is sent to its end */
   if (conn->endpoint_type == EP_FILE) transfer_file_data(conn);
-  if (conn->mg_conn.is_websocket) keep_websocket_alive(conn, now);
+  if (conn->mg_conn.is_websocket) {
+    deliver_websocket_frames(conn); /* those that waited for room */
+    hold_back(nc, nc);
+    keep_websocket_alive(conn, now);
+  }
   const bool idle = now > nc->last_io_time + MG_IDLE_TIMEOUT_SECONDS;
   if (nc->listener != nullptr && idle) nc->flags |= CONN_CLOSE_NOW;
 }

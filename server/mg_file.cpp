@@ -243,11 +243,13 @@ void transfer_file_data(struct connection *conn) {
   if (conn->file_left == 0) close_local_endpoint(conn);
 }
 
-void mg_send_file(struct mg_connection *conn, const char *path, const char *extra_headers) {
+void mg_send_file(struct mg_connection *c, const char *path, const char *extra_headers) {
+  struct connection *conn = connection_of(c);
   struct stat st;
+  if (conn->endpoint_type != EP_USER) return; /* there is no request, or it is being answered */
   if (stat(path, &st) == 0) {
-    open_file_endpoint(connection_of(conn), path, &st, extra_headers);
+    open_file_endpoint(conn, path, &st, extra_headers);
   } else {
-    send_http_error(connection_of(conn), 404, nullptr);
+    send_http_error(conn, 404, nullptr);
   }
 }

@@ -106,10 +106,15 @@ static bool is_open_websocket(const struct connection *conn) {
   return conn->mg_conn.is_websocket && conn->endpoint_type == EP_USER && !ending;
 }
 
+/* Whether the answers that are queued leave room for another. */
+static bool has_room(const struct connection *conn) {
+  return conn->ns_conn->send_iobuf.len <= MG_MAX_QUEUED_OUTPUT;
+}
+
 void deliver_websocket_frames(struct connection *conn) {
   struct iobuf *io = &conn->ns_conn->recv_iobuf;
   struct frame frame;
-  while (is_open_websocket(conn) && find_frame(io, &frame)) {
+  while (is_open_websocket(conn) && has_room(conn) && find_frame(io, &frame)) {
     deliver_frame(conn, &frame);
     iobuf_remove(io, frame.header_len + frame.payload_len);
   }

@@ -148,7 +148,8 @@ size_t mg_write(struct mg_connection *, const void *data, int data_len);
 size_t mg_printf(struct mg_connection *, const char *fmt, ...) __attribute__((format(printf, 2, 3)));
 /* Answers with a file, whatever document_root says: 404 when there is none, 304 and 206 as the request's
  * headers ask. `extra_headers` are whole header lines, each ended by "\r\n", or null. For MG_REQUEST, whose
- * handler then returns MG_MORE: the server ends the request once all has been sent. */
+ * handler then returns MG_MORE: the server ends the request once all has been sent. Nothing happens when the
+ * connection has no request that the handler serves, as after another call. */
 void mg_send_file(struct mg_connection *, const char *path, const char *extra_headers);
 
 /* Copies a template to the connection as it is, but for its keywords: in their place the handler of the first

@@ -9,7 +9,8 @@
 #include <vector>
 
 static const char INDENT[] = "  ";
-static const size_t GAP = 2; /* blanks between columns */
+static const size_t GAP = 2;       /* blanks between columns */
+static const size_t WIDEST = 1000; /* of a table; blanks that align more than that only fill the memory */
 
 static bool is_subtree(json_object *value) {
   return json_object_is_type(value, json_type_object);
@@ -46,12 +47,20 @@ static void widen(std::vector<column> *columns, const char *name, json_object *v
   found->numbers = found->numbers && json_object_is_type(value, json_type_int);
 }
 
+static bool is_too_wide(const std::vector<column> &columns) {
+  size_t width = 0;
+  for (const column &one : columns) width += GAP + one.width;
+  return width > WIDEST;
+}
+
+/* The columns of a list; only some of them when they are too wide for a table. */
 static std::vector<column> columns_of(json_object *list) {
   std::vector<column> columns;
   json_object_object_foreach(list, position, row) {
     (void)position;
     json_object_object_foreach(row, name, value) {
       widen(&columns, name, value);
+      if (is_too_wide(columns)) return columns;
     }
   }
   return columns;
@@ -70,8 +79,8 @@ static std::string line_of(const std::vector<column> &columns, const std::vector
   return line.erase(line.find_last_not_of(' ') + 1);
 }
 
-static std::string print_table(json_object *list, const std::string &indent, bool bold) {
-  const std::vector<column> columns = columns_of(list);
+static std::string print_table(json_object *list, const std::vector<column> &columns,
+                               const std::string &indent, bool bold) {
   std::vector<std::string> cells;
   for (const column &one : columns) cells.push_back(printable(one.name));
   const std::string heading = line_of(columns, cells);
@@ -94,7 +103,8 @@ static std::string print_value(json_object *object, const std::string &indent, b
 static std::string print_object(json_object *object, const std::string &indent, bool bold) {
   std::vector<column> columns = {{"", 0, false}, {"", 0, false}};
   json_object_object_foreach(object, leaf_name, leaf) {
-    if (!is_subtree(leaf)) columns[0].width = std::max(columns[0].width, column_count(printable(leaf_name)));
+    const size_t width = is_subtree(leaf) ? 0 : column_count(printable(leaf_name));
+    if (width <= WIDEST) columns[0].width = std::max(columns[0].width, width);
   }
   std::string leaves, nested;
   json_object_object_foreach(object, name, value) {
@@ -114,7 +124,8 @@ static bool has_subtrees(json_object *object) {
   return false;
 }
 
-/* A list whose entries have lists of their own does not fit into columns: one entry below the other. */
+/* A list whose entries have lists of their own, or too much else, does not fit into columns: one entry below
+ * the other. */
 static std::string print_entries(json_object *list, const std::string &indent, bool bold) {
   std::string out;
   json_object_object_foreach(list, position, entry) {
@@ -131,7 +142,9 @@ static std::string print_value(json_object *object, const std::string &indent, b
     (void)position;
     if (has_subtrees(entry)) return print_entries(object, indent, bold);
   }
-  return print_table(object, indent, bold);
+  const std::vector<column> columns = columns_of(object);
+  return is_too_wide(columns) ? print_entries(object, indent, bold)
+                              : print_table(object, columns, indent, bold);
 }
 
 std::string print_data(json_object *data, bool bold) {

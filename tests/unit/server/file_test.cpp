@@ -304,6 +304,41 @@ TEST_F(Files, MgSendFileAddsHeadersAndIsFinishedByTheServer) {
             reply_of("200 OK", "0123456789", -1, "X-One: 1\r\nX-Two: 2\r\n", "close"));
 }
 
+TEST_F(Files, MgSendFileAnswersOnceWhateverTheHandlerDoesBesides) {
+  const std::string file = dir.file("a.html"), nope = dir.file("nope");
+  mg_set_option(server.server, "document_root", dir.path.c_str());
+  for (const mg_event when : {MG_RECV, MG_REQUEST, MG_POLL}) {
+    for (const int result : {MG_FALSE, MG_TRUE, MG_MORE}) {
+      for (const bool missing : {false, true}) {
+        server.on_event = [&](mg_connection *c, mg_event event) -> int {
+          if (event == MG_AUTH) return MG_TRUE;
+          if (event == MG_REQUEST && when == MG_POLL) return MG_MORE;
+          if (event != when || c->uri == nullptr) return 0;
+          for (int i = 0; i < 2; i++) mg_send_file(c, (missing ? nope : file).c_str(), nullptr);
+          return event == MG_RECV ? 0 : result;
+        };
+        for (int i = 0; i < 2; i++)
+          EXPECT_EQ(ask("GET", "/b.txt"), missing ? not_found : reply_of("200 OK", "0123456789"))
+              << when << result;
+        EXPECT_FALSE(closed) << when << result;
+      }
+    }
+  }
+}
+
+TEST_F(Files, MgSendFileDoesNothingWithoutARequestOfTheHandler) {
+  server.on_event = [&](mg_connection *c, mg_event event) -> int {
+    if (event != MG_RECV && event != MG_REQUEST) mg_send_file(c, dir.file("a.html").c_str(), nullptr);
+    return event == MG_AUTH || event == MG_HTTP_ERROR ? MG_TRUE : MG_FALSE;
+  };
+  mg_set_option(server.server, "document_root", dir.path.c_str());
+  Client client(server.port());
+  server.run_passes(5, {&client});
+  EXPECT_EQ(client.take(), "");
+  EXPECT_EQ(server.ask(client, "GET /nope HTTP/1.1\r\n\r\n"), "");
+  EXPECT_TRUE(client.closed);
+}
+
 /* --- The body, part by part ---------------------------------------------------------------------------- */
 
 /* A text of which no part looks like another. */

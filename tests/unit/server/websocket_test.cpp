@@ -379,6 +379,36 @@ TEST(WebSocketClosing, HandlerThatAnswersAFrameWithAFileTurnsTheConnectionToHttp
   EXPECT_EQ(server.frames, (std::vector<Got>{{0x81, "first"}}));
 }
 
+TEST(WebSocketFrames, WaitWhileTheClientDoesNotTakeTheirAnswers) {
+  FrameServer server;
+  const std::string answer(20000, 'a');
+  server.answer = [&](mg_connection *c) {
+    mg_websocket_write(c, WEBSOCKET_OPCODE_TEXT, answer.data(), answer.size());
+    return MG_TRUE;
+  };
+  Client client(server.port());
+  server.ask(client, upgrade);
+  client.reading = false;
+  std::string frames;
+  for (int i = 0; i < 3000; i++) frames += frame(0x81, "");
+  for (int i = 0; i < 3; i++) client.send(frames);
+  server.run_passes(200, {&client});
+  const ns_connection *nc = server.first_client();
+  EXPECT_LE(nc->send_iobuf.len, MG_MAX_QUEUED_OUTPUT + frame(0x81, answer).size());
+  EXPECT_LT(server.frames.size(), 1000u);
+  client.reading = true;
+  size_t received = 0;
+  EXPECT_TRUE(server.run_until(
+      [&] {
+        received += client.take().size();
+        EXPECT_LE(nc->send_iobuf.len, MG_MAX_QUEUED_OUTPUT + frame(0x81, answer).size());
+        EXPECT_LE(nc->recv_iobuf.len, 3 * frames.size());
+        return received == 9000 * frame(0x81, answer).size();
+      },
+      {&client}));
+  EXPECT_EQ(server.frames.size(), 9000u);
+}
+
 /* --- Frames to the client ------------------------------------------------------------------------------ */
 
 TEST(WebSocketWriting, HeaderHasTheShortestFormOfTheLength) {

@@ -104,6 +104,13 @@ TEST(KestrelctlTable, EntriesWithListsOfTheirOwnStandOneBelowTheOther) {
                                                                                                   "m\n");
 }
 
+TEST(KestrelctlTable, RowsThatAreTooWideStandOneBelowTheOther) {
+  const std::string value(1000, 'x'), name(1001, 'n');
+  const std::string json =
+      R"({"l": {"1": {"a": ")" + value + R"("}, "2": {"b": 1}, "3": {")" + name + R"(": 2, "c": 3}}})";
+  EXPECT_EQ(shown(json.c_str()), "a  " + value + "\n\nb  1\n\n" + name + "  2\nc  3\n");
+}
+
 TEST(KestrelctlTable, NothingIsShownOfNothing) {
   EXPECT_EQ(print_data(nullptr, false), "");
   EXPECT_EQ(shown("{}"), "");
