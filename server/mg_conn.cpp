@@ -29,13 +29,25 @@ static bool body_complete(const struct connection *conn) {
   return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
 }
 
-/* Whether nothing of the body can still come and pass for a request: its end is told plainly, and reached.
- * Header lines that were not kept may tell of a body too. */
+/* Whether one of the header lines that were not kept, which still stand behind the last one that was, says
+ * something of the body. */
+static bool ignored_lines_tell_of_body(const struct connection *conn) {
+  const struct mg_connection *c = &conn->mg_conn;
+  if (c->num_headers < MG_MAX_HEADERS) return false;
+  const char *last = c->http_headers[MG_MAX_HEADERS - 1].value;
+  const char *ignored = last + strlen(last);
+  const char *end = conn->request + conn->request_len - 1; /* the head's terminator */
+  while (ignored < end && *ignored == '\0') ignored++;
+  return strcasestr(ignored, "Content-Length") != nullptr ||
+         strcasestr(ignored, "Transfer-Encoding") != nullptr;
+}
+
+/* Whether nothing of the body can still come and pass for a request: its end is told plainly, and reached. */
 static bool body_has_ended(const struct connection *conn) {
   const struct mg_connection *c = &conn->mg_conn;
   const char *length = mg_get_header(c, "Content-Length");
   if (mg_get_header(c, "Transfer-Encoding") != nullptr || conn->cl < 0) return false;
-  if (c->num_headers == MG_MAX_HEADERS) return false;
+  if (ignored_lines_tell_of_body(conn)) return false;
   for (int i = 0; i < c->num_headers; i++) {
     const struct mg_header *header = &c->http_headers[i];
     const bool other_length = length != nullptr && strcmp(header->value, length) != 0;

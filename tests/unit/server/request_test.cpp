@@ -280,6 +280,18 @@ TEST(KeepAlive, EndsWhereTheBodyOfTheRequestCouldPassForAnother) {
   EXPECT_EQ(server.ask(client, twice), chunked_reply("ok"));
 }
 
+TEST(KeepAlive, HeaderLinesThatAreNotKeptDoNotMatter) {
+  for (const int count : {30, 31, 60}) {
+    std::string lines;
+    for (int i = 0; i < count; i++) lines += "X-" + std::to_string(i) + ": x\r\n";
+    TestServer server;
+    server.on_event = answer_with("ok");
+    Client client(server.port());
+    for (int i = 0; i < 2; i++)
+      EXPECT_EQ(server.ask(client, "GET / HTTP/1.1\r\n" + lines + "\r\n"), chunked_reply("ok")) << count;
+  }
+}
+
 TEST(KeepAlive, ThousandRequestsGoOverOneConnection) {
   TestServer server;
   server.on_event = answer_with("ok");
