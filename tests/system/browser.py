@@ -4,6 +4,7 @@ import base64
 import contextlib
 import json
 import os
+import socket
 import subprocess
 import tempfile
 import urllib.error
@@ -24,7 +25,12 @@ class Browser:
         self.cleanup = contextlib.ExitStack()
         try:
             self.folder = self.cleanup.enter_context(tempfile.TemporaryDirectory(prefix="kestrel-browser-"))
-            self.driver = f"http://127.0.0.1:{self.start_driver()}"
+            driver_port, self.browser_port = free_ports(2)
+            self.start("/usr/bin/chromium", *ARGUMENTS, f"--user-data-dir={self.folder}/profile",
+                       f"--remote-debugging-port={self.browser_port}", "about:blank")
+            eventually(self.takes_connections, "chromium takes connections")
+            self.start("chromedriver", f"--port={driver_port}", f"--log-path={self.folder}/driver.log")
+            self.driver = f"http://127.0.0.1:{driver_port}"
             eventually(self.is_ready, "chromedriver is ready")
             self.session = "/session/" + self.open_session()
             self.cleanup.callback(self.command, "DELETE", self.session)
@@ -35,17 +41,21 @@ class Browser:
     def close(self):
         self.cleanup.close()
 
-    def start_driver(self):
-        (port,) = free_ports(1)
+    def start(self, *command):
         # No session bus, no user's settings, no language.
         environment = {"PATH": os.environ["PATH"], "HOME": self.folder, "TMPDIR": self.folder, "LC_ALL": "C",
                        "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
         process = self.cleanup.enter_context(subprocess.Popen(
-            ["chromedriver", f"--port={port}", f"--log-path={self.folder}/driver.log"], env=environment,
-            cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-            preexec_fn=prepare_child({})))
+            command, env=environment, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL, preexec_fn=prepare_child({})))
         self.cleanup.callback(process.kill)
-        return port
+
+    def takes_connections(self):
+        try:
+            with socket.create_connection(("127.0.0.1", self.browser_port)):
+                return True
+        except ConnectionRefusedError:
+            return False
 
     def is_ready(self):
         try:
@@ -54,7 +64,8 @@ class Browser:
             return False
 
     def open_session(self):
-        options = {"binary": "/usr/bin/chromium", "args": [*ARGUMENTS, f"--user-data-dir={self.folder}/profile"]}
+        # A driver that starts the browser itself looks for it at "localhost", which not every machine knows.
+        options = {"debuggerAddress": f"127.0.0.1:{self.browser_port}"}
         wanted = {"browserName": "chrome", "goog:chromeOptions": options,
                   "goog:loggingPrefs": {"browser": "ALL", "performance": "ALL"}}
         return self.command("POST", "/session", {"capabilities": {"alwaysMatch": wanted}})["sessionId"]
