@@ -46,8 +46,7 @@ static bool ignored_lines_tell_of_body(const struct connection *conn) {
 static bool body_has_ended(const struct connection *conn) {
   const struct mg_connection *c = &conn->mg_conn;
   const char *length = mg_get_header(c, "Content-Length");
-  if (mg_get_header(c, "Transfer-Encoding") != nullptr || conn->cl < 0) return false;
-  if (ignored_lines_tell_of_body(conn)) return false;
+  if (mg_get_header(c, "Transfer-Encoding") != nullptr || ignored_lines_tell_of_body(conn)) return false;
   for (int i = 0; i < c->num_headers; i++) {
     const struct mg_header *header = &c->http_headers[i];
     const bool other_length = length != nullptr && strcmp(header->value, length) != 0;
