@@ -3,12 +3,15 @@
  * as a program that sees only a part of it would do something else than what was asked for. */
 #include "server/http_conn.h"
 
+#include <assert.h>
 #include <ctype.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <strings.h>
 #include <unistd.h>
+
+#define ARRAY_SIZE(array) (sizeof(array) / sizeof((array)[0]))
 
 /* --- The block ----------------------------------------------------------------------------------------- */
 
@@ -185,5 +188,12 @@ int prepare_cgi_environment(struct connection *conn, const struct file_target *t
   blk->conn = conn;
   if (!add_server(blk, target) || !add_inherited(blk)) return 500;
   if (!add_request(blk, target)) return 414;
-  return add_headers(blk) ? 0 : 431;
+  if (!add_headers(blk)) return 431;
+  /* What does not fit has been refused above. */
+  /* clang-format off */
+  assert(blk->nvars < (int) ARRAY_SIZE(blk->vars));
+  assert(blk->len > 0);
+  assert(blk->len < (int) sizeof(blk->buf));
+  /* clang-format on */
+  return 0;
 }

@@ -29,30 +29,9 @@ static bool body_complete(const struct connection *conn) {
   return conn->num_bytes_recv - conn->request_len >= conn->cl; /* no sum: cl is what the client likes */
 }
 
-/* Whether one of the header lines that were not kept, which still stand behind the last one that was, says
- * something of the body. */
-static bool ignored_lines_tell_of_body(const struct connection *conn) {
-  const struct mg_connection *c = &conn->mg_conn;
-  if (c->num_headers < MG_MAX_HEADERS) return false;
-  const char *last = c->http_headers[MG_MAX_HEADERS - 1].value;
-  const char *ignored = last + strlen(last);
-  const char *end = conn->request + conn->request_len - 1; /* the head's terminator */
-  while (ignored < end && *ignored == '\0') ignored++;
-  return strcasestr(ignored, "Content-Length") != nullptr ||
-         strcasestr(ignored, "Transfer-Encoding") != nullptr;
-}
-
-/* Whether nothing of the body can still come and pass for a request: its end is told plainly, and reached. */
+/* Whether nothing of the body can still come and pass for a request. */
 static bool body_has_ended(const struct connection *conn) {
-  const struct mg_connection *c = &conn->mg_conn;
-  const char *length = mg_get_header(c, "Content-Length");
-  if (mg_get_header(c, "Transfer-Encoding") != nullptr || ignored_lines_tell_of_body(conn)) return false;
-  for (int i = 0; i < c->num_headers; i++) {
-    const struct mg_header *header = &c->http_headers[i];
-    const bool other_length = length != nullptr && strcmp(header->value, length) != 0;
-    if (other_length && strcasecmp(header->name, "Content-Length") == 0) return false;
-  }
-  return body_complete(conn);
+  return mg_get_header(&conn->mg_conn, "Transfer-Encoding") == nullptr && body_complete(conn);
 }
 
 bool should_keep_alive(const struct connection *conn) {
@@ -60,7 +39,7 @@ bool should_keep_alive(const struct connection *conn) {
   const enum endpoint_type type = conn->endpoint_type;
   if (c->request_method == nullptr || (type != EP_FILE && type != EP_USER)) return false;
   if (strcmp(c->request_method, "GET") != 0 && type != EP_USER) return false;
-  if (!body_has_ended(conn)) return false;
+  if (type == EP_FILE && !body_has_ended(conn)) return false; /* a handler waits for the whole body itself */
   const char *wish = mg_get_header(c, "Connection");
   return wish == nullptr ? strcmp(c->http_version, "1.1") == 0 : strcasecmp(wish, "keep-alive") == 0;
 }

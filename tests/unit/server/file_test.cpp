@@ -142,6 +142,12 @@ TEST_F(Files, AFileIsSentWhole) {
   EXPECT_EQ(server.events, (std::vector<std::string>{"auth", "recv", "request", "auth"}));
 }
 
+TEST_F(Files, ARequestWithABodyOfUnknownEndEndsTheConnection) {
+  EXPECT_EQ(ask("GET", "/a.html", "Transfer-Encoding: chunked\r\n"),
+            reply_of("200 OK", "0123456789", -1, "", "close"));
+  EXPECT_TRUE(closed);
+}
+
 TEST_F(Files, AnEmptyFileIsSentWhole) {
   write("empty", "");
   EXPECT_EQ(ask("GET", "/empty"), reply_of("200 OK", "", 0, "", "keep-alive", "2ebc98a1.0", "text/plain"));

@@ -256,27 +256,17 @@ TEST(KeepAlive, FollowsVersionAndConnectionHeader) {
   }
 }
 
-TEST(KeepAlive, EndsWhereTheBodyOfTheRequestCouldPassForAnother) {
-  std::string many;
-  for (int i = 0; i < MG_MAX_HEADERS; i++) many += "X-" + std::to_string(i) + ": x\r\n";
-  const std::string headers[] = {
-      "Transfer-Encoding: chunked\r\n",
-      "Content-Length: 0\r\ncontent-length: 1\r\n",
-      many + "Content-Length: 1\r\n",
-  };
-  for (const std::string &lines : headers) {
+TEST(KeepAlive, WhatTheHeadSaysOfTheBodyDoesNotMatterToAHandler) {
+  for (const char *lines : {"Transfer-Encoding: chunked\r\n", "Content-Length: 0\r\ncontent-length: 1\r\n",
+                            "Content-Length: 0\r\nContent-Length: 0\r\n", "Content-Length: -1\r\n"}) {
     TestServer server;
     server.on_event = answer_with("ok");
     Client client(server.port());
-    EXPECT_EQ(server.ask(client, "POST / HTTP/1.1\r\n" + lines + "\r\n"), chunked_reply("ok")) << lines;
-    EXPECT_TRUE(client.closed) << lines;
+    const std::string request = std::string("POST / HTTP/1.1\r\n") + lines + "\r\n";
+    EXPECT_EQ(server.ask(client, request), chunked_reply("ok")) << lines;
+    EXPECT_EQ(server.ask(client, request), chunked_reply("ok")) << lines;
+    EXPECT_FALSE(client.closed) << lines;
   }
-  TestServer server;
-  server.on_event = answer_with("ok");
-  Client client(server.port());
-  const std::string twice = "POST / HTTP/1.1\r\nContent-Length: 0\r\nContent-Length: 0\r\n\r\n";
-  EXPECT_EQ(server.ask(client, twice), chunked_reply("ok"));
-  EXPECT_EQ(server.ask(client, twice), chunked_reply("ok"));
 }
 
 TEST(KeepAlive, HeaderLinesThatAreNotKeptDoNotMatter) {
