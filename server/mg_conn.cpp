@@ -423,7 +423,7 @@ static void on_poll(struct ns_connection *nc, time_t now) {
   const bool finished = call_user(conn, MG_POLL) == MG_TRUE && conn->endpoint_type == before;
   if (finished && before != EP_FILE) finish_reply(conn); /* a file is sent to its end */
   if (conn->endpoint_type == EP_FILE) transfer_file_data(conn);
-  if (conn->mg_conn.is_websocket) {
+  if (conn->mg_conn.is_websocket && conn->endpoint_type == EP_USER) {
     deliver_websocket_frames(conn); /* those that waited for room */
     hold_back(nc, nc);
     keep_websocket_alive(conn, now);
