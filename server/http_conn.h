@@ -222,6 +222,11 @@ enum range_result {
 };
 /* Reads a Range header: "bytes=%ld-%ld", "bytes=%ld-" or "bytes=-%ld". */
 enum range_result parse_range(const char *header, int64_t file_size, struct byte_range *range);
+/* Opens a regular file for reading and fills in its status; a pipe of that name is not waited for. -1 with
+ * errno: EISDIR for a directory, EACCES for what is no regular file either. */
+int open_regular_file(const char *path, struct stat *st);
+/* Answers that a file cannot be opened, by the error number: 404 when it is not there, else 500. */
+void refuse_file(struct connection *, const char *path, int error);
 /* Answers with the file, or 304, 206, 412, 416 as the request's headers ask, and begins to send it.
  * `extra_headers`: whole header lines, or null. */
 void open_file_endpoint(struct connection *, const char *path, const struct stat *,

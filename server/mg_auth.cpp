@@ -6,7 +6,6 @@
 #include "server/mg_auth.h"
 
 #include <errno.h>
-#include <fcntl.h>
 #include <openssl/crypto.h>
 #include <string.h>
 #include <strings.h>
@@ -87,13 +86,12 @@ bool find_ha1(FILE *file, const char *user, const char *domain, char ha1[MD5_TEX
   return false;
 }
 
-/* Null for whatever is not a file that can be read; a pipe of that name is not waited for. */
+/* Null for whatever is not a file that can be read. */
 static FILE *open_password_file(const char *path) {
-  const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat st;
-  if (fd == -1) return nullptr;
-  FILE *file = fstat(fd, &st) == 0 && S_ISREG(st.st_mode) ? fdopen(fd, "r") : nullptr;
-  if (file == nullptr) close(fd);
+  const int fd = open_regular_file(path, &st);
+  FILE *file = fd == -1 ? nullptr : fdopen(fd, "r");
+  if (file == nullptr && fd != -1) close(fd);
   return file;
 }
 

@@ -152,18 +152,12 @@ static bool send_head(struct connection *conn, const struct file_answer *answer,
 
 /* --- The answer ---------------------------------------------------------------------------------------- */
 
-/* Opens a regular file, and nothing else: opening others may wait, or do something. Returns -1, the status to
- * be answered in *error. */
-static int open_regular_file(const char *path, const struct stat *expected, struct stat *st, int *error) {
-  *error = 404;
-  if (!S_ISREG(expected->st_mode)) return -1;
+int open_regular_file(const char *path, struct stat *st) {
   const int fd = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  if (fd == -1) {
-    if (errno != ENOENT && errno != ENOTDIR) *error = 500;
-    return -1;
-  }
+  if (fd == -1) return -1;
   if (fstat(fd, st) == 0 && S_ISREG(st->st_mode)) return fd;
-  close(fd); /* replaced by something else just now */
+  close(fd);
+  errno = S_ISDIR(st->st_mode) ? EISDIR : EACCES;
   return -1;
 }
 
@@ -197,17 +191,21 @@ static void decide_answer(const struct mg_connection *conn, const char *etag, st
   if (result == RANGE_UNSATISFIABLE) answer->status = 416;
 }
 
+void refuse_file(struct connection *conn, const char *path, int error) {
+  if (error == ENOENT || error == ENOTDIR) {
+    send_http_error(conn, 404, nullptr);
+  } else {
+    send_http_error(conn, 500, "open(%s): %s", path, strerror(error));
+  }
+}
+
 void open_file_endpoint(struct connection *conn, const char *path, const struct stat *expected,
                         const char *extra_headers) {
   struct stat st;
-  int error;
-  const int fd = open_regular_file(path, expected, &st, &error);
+  errno = ENOENT; /* a special file is not opened at all, as that may do something */
+  const int fd = S_ISREG(expected->st_mode) ? open_regular_file(path, &st) : -1;
   if (fd == -1) {
-    if (error == 500) {
-      send_http_error(conn, 500, "open(%s): %s", path, strerror(errno));
-    } else {
-      send_http_error(conn, error, nullptr);
-    }
+    refuse_file(conn, path, errno);
     return;
   }
   char etag[MG_ETAG_SIZE];

@@ -19,7 +19,6 @@
 
 #include <ctype.h>
 #include <errno.h>
-#include <fcntl.h>
 #include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -104,12 +103,8 @@ static int open_page_file(const struct mg_server *server, const char *path, cons
     errno = ENOENT;
     return -1;
   }
-  const int fd = open(real, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW);
   struct stat st;
-  if (fd == -1 || (fstat(fd, &st) == 0 && S_ISREG(st.st_mode))) return fd;
-  close(fd);
-  errno = S_ISDIR(st.st_mode) ? EISDIR : EACCES;
-  return -1;
+  return open_regular_file(real, &st);
 }
 
 /* Reads to the end. False with errno on an error; the page may have become too large. */
@@ -414,9 +409,5 @@ void send_ssi_file(struct connection *conn, const struct file_target *target) {
   }
   const int error = errno;
   free_ssi_page(conn);
-  if (error == ENOENT) {
-    send_http_error(conn, 404, nullptr);
-  } else {
-    send_http_error(conn, 500, "open(%s): %s", target->path, strerror(error));
-  }
+  refuse_file(conn, target->path, error);
 }
