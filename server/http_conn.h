@@ -11,7 +11,8 @@
  * mg_mime.cpp, mg_date.cpp, mg_file.cpp (files), mg_listing.cpp (directories), mg_auth.cpp (digest
  * authentication), mg_dav.cpp and mg_put.cpp (WebDAV), mg_cgi.cpp, mg_cgi_environment.cpp and
  * mg_cgi_head.cpp (CGI), mg_ssi.cpp (server-side includes), mg_program.cpp and mg_child.cpp (the programs
- * that these two run), mg_template.cpp, mg_proxy.cpp and mg_proxy_message.cpp (forward proxy). */
+ * that these two run), mg_template.cpp, mg_proxy.cpp and mg_proxy_message.cpp (forward proxy),
+ * mg_header_lines.cpp. */
 #ifndef KESTREL_SERVER_HTTP_CONN_H
 #define KESTREL_SERVER_HTTP_CONN_H
 
@@ -341,7 +342,6 @@ struct cgi_head {
 enum cgi_head_state parse_cgi_head(const char *buf, size_t len, struct cgi_head *);
 /* Takes the next header off the lines of a head. False at the end, or when it is malformed. */
 bool next_cgi_header(struct vec *lines, struct vec *name, struct vec *value);
-bool is_cgi_header(const struct vec *name, const char *wanted); /* in any case */
 
 /* --- Programs that serve a client (mg_program.cpp) ----------------------------------------------------- */
 
@@ -380,6 +380,18 @@ void open_proxy_endpoint(struct connection *);
 void forward_to_proxied_server(struct connection *);
 /* At the end of the request: detaches and dooms the server's socket. */
 void release_proxied_server(struct connection *);
+
+/* --- Header lines (mg_header_lines.cpp) ---------------------------------------------------------------- */
+
+/* Takes the next line, which "\n" or "\r\n" ends, off a text. False when there is no whole line. */
+bool take_line(struct vec *text, struct vec *line);
+/* Splits a header line (RFC 9110 section 5.1) into its name, a token, and its value without the blanks around
+ * it. False when it is malformed. */
+bool split_header_line(struct vec line, struct vec *name, struct vec *value);
+/* A text without the blanks and tabs around it. */
+struct vec without_blanks(struct vec text);
+/* Whether a text is this word in any case. */
+bool is_word(struct vec text, const char *word);
 
 /* --- Outbound client (mg_client.cpp) ------------------------------------------------------------------- */
 

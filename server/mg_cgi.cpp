@@ -29,7 +29,7 @@ static void write_text(struct connection *conn, const char *text) {
 static void write_headers(struct connection *conn, struct vec rest) {
   struct vec name, value;
   while (next_cgi_header(&rest, &name, &value)) {
-    if (is_cgi_header(&name, "Status")) continue;
+    if (is_word(name, "Status")) continue;
     write_piece(conn, &name);
     write_text(conn, ": ");
     write_piece(conn, &value);

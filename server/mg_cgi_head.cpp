@@ -4,23 +4,6 @@
 
 #include <ctype.h>
 #include <string.h>
-#include <strings.h>
-
-/* Takes the first line off a head, without its end. False when there is no whole line. */
-static bool take_line(struct vec *rest, struct vec *line) {
-  const auto *end = static_cast<const char *>(memchr(rest->ptr, '\n', rest->len));
-  if (end == nullptr) return false;
-  line->ptr = rest->ptr;
-  line->len = static_cast<size_t>(end - rest->ptr);
-  rest->len -= line->len + 1;
-  rest->ptr = end + 1;
-  if (line->len > 0 && line->ptr[line->len - 1] == '\r') line->len--;
-  return true;
-}
-
-static bool may_stand_in_name(char c) {
-  return isalnum(static_cast<unsigned char>(c)) || (c != '\0' && strchr("!#$%&'*+-.^_`|~", c) != nullptr);
-}
 
 static bool is_valid_value(const struct vec *value) {
   for (size_t i = 0; i < value->len; i++) {
@@ -30,25 +13,9 @@ static bool is_valid_value(const struct vec *value) {
   return true;
 }
 
-static struct vec trimmed(struct vec text) {
-  while (text.len > 0 && (text.ptr[0] == ' ' || text.ptr[0] == '\t')) text.ptr++, text.len--;
-  while (text.len > 0 && (text.ptr[text.len - 1] == ' ' || text.ptr[text.len - 1] == '\t')) text.len--;
-  return text;
-}
-
 bool next_cgi_header(struct vec *rest, struct vec *name, struct vec *value) {
   struct vec line;
-  if (!take_line(rest, &line)) return false;
-  size_t len = 0;
-  while (len < line.len && may_stand_in_name(line.ptr[len])) len++;
-  if (len == 0 || len == line.len || line.ptr[len] != ':') return false;
-  *name = {line.ptr, len};
-  *value = trimmed({line.ptr + len + 1, line.len - len - 1});
-  return is_valid_value(value);
-}
-
-bool is_cgi_header(const struct vec *name, const char *wanted) {
-  return name->len == strlen(wanted) && strncasecmp(name->ptr, wanted, name->len) == 0;
+  return take_line(rest, &line) && split_header_line(line, name, value) && is_valid_value(value);
 }
 
 /* Reads a value such as "404 Not Found" or "404". */
@@ -60,7 +27,7 @@ static bool read_status(const struct vec *value, struct cgi_head *head) {
     status = 10 * status + value->ptr[i] - '0';
   }
   head->status = status;
-  head->reason = trimmed({value->ptr + 3, value->len - 3});
+  head->reason = without_blanks({value->ptr + 3, value->len - 3});
   return status >= 200 && status <= 599;
 }
 
@@ -78,8 +45,8 @@ static bool read_lines(struct cgi_head *head) {
   bool has_status = false, has_location = false;
   while (rest.len > 0) {
     if (!next_cgi_header(&rest, &name, &value)) return false;
-    if (is_cgi_header(&name, "Location")) has_location = true;
-    if (is_cgi_header(&name, "Status") && !has_status) {
+    if (is_word(name, "Location")) has_location = true;
+    if (is_word(name, "Status") && !has_status) {
       has_status = true;
       if (!read_status(&value, head)) return false;
     }

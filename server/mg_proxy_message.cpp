@@ -17,45 +17,14 @@ struct header_line {
   struct vec value; /* without blanks around it */
 };
 
-static bool is_token_char(char c) {
-  const bool alphanumeric = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-  return alphanumeric || (c != '\0' && strchr("!#$%&'*+-.^_`|~", c) != nullptr);
-}
-
-static bool is_blank(char c) {
-  return c == ' ' || c == '\t';
-}
-
-static struct vec trimmed(struct vec text) {
-  while (text.len > 0 && is_blank(text.ptr[0])) text = {text.ptr + 1, text.len - 1};
-  while (text.len > 0 && is_blank(text.ptr[text.len - 1])) text.len--;
-  return text;
-}
-
-static bool equals(struct vec text, const char *word) {
-  return text.len == strlen(word) && strncasecmp(text.ptr, word, text.len) == 0;
-}
-
 /* Takes the next line off *lines. False at their end, which is an empty line too. */
 static bool next_line(struct vec *lines, struct vec *line) {
-  if (lines->len == 0) return false;
-  const void *feed = memchr(lines->ptr, '\n', lines->len);
-  if (feed == nullptr) return false;
-  const size_t len = static_cast<size_t>(static_cast<const char *>(feed) - lines->ptr);
-  *line = {lines->ptr, len};
-  if (len > 0 && line->ptr[len - 1] == '\r') line->len--;
-  *lines = {lines->ptr + len + 1, lines->len - len - 1};
-  return line->len > 0;
+  return take_line(lines, line) && line->len > 0;
 }
 
 /* False when the line is malformed; the continuation of another (an obsolete form) counts as that. */
 static bool split_line(struct vec line, struct header_line *header) {
-  size_t len = 0;
-  while (len < line.len && is_token_char(line.ptr[len])) len++;
-  if (len == 0 || len == line.len || line.ptr[len] != ':') return false;
-  header->name = {line.ptr, len};
-  header->value = trimmed({line.ptr + len + 1, line.len - len - 1});
-  return true;
+  return split_header_line(line, &header->name, &header->value);
 }
 
 /* Takes the next entry off a comma-separated list, without blanks around it. False at its end. */
@@ -64,7 +33,7 @@ static bool next_entry(struct vec *list, struct vec *entry) {
   const void *comma = memchr(list->ptr, ',', list->len);
   const size_t len =
       comma == nullptr ? list->len : static_cast<size_t>(static_cast<const char *>(comma) - list->ptr);
-  *entry = trimmed({list->ptr, len});
+  *entry = without_blanks({list->ptr, len});
   const size_t taken = len == list->len ? len : len + 1;
   *list = {list->ptr + taken, list->len - taken};
   return true;
@@ -104,14 +73,14 @@ static bool find_nominations(struct vec lines, struct nominations *nominations) 
   struct header_line header;
   while (next_line(&lines, &line)) {
     if (!split_line(line, &header)) return false;
-    if (equals(header.name, "Connection") && !nominate(header.value, nominations)) return false;
+    if (is_word(header.name, "Connection") && !nominate(header.value, nominations)) return false;
   }
   return true;
 }
 
 static bool stands_in(struct vec name, const char *const names[]) {
   for (; *names != nullptr; names++) {
-    if (equals(name, *names)) return true;
+    if (is_word(name, *names)) return true;
   }
   return false;
 }
@@ -135,7 +104,7 @@ static bool take_coding(struct vec value, struct framing *framing) {
   if (framing->has_coding) return false;
   framing->has_coding = true;
   struct vec coding;
-  while (next_entry(&value, &coding)) framing->chunked = equals(coding, "chunked");
+  while (next_entry(&value, &coding)) framing->chunked = is_word(coding, "chunked");
   return true;
 }
 
@@ -155,14 +124,14 @@ bool pass_headers_on(struct vec lines, const char *const also_dropped[], struct 
   struct vec line;
   struct header_line header;
   while (next_line(&lines, &line) && split_line(line, &header)) {
-    if (equals(header.name, "Content-Length")) {
+    if (is_word(header.name, "Content-Length")) {
       const bool repeated = framing->has_length;
       if (!take_length(header.value, framing)) return false;
       if (!repeated) append_line(out, line);
-    } else if (equals(header.name, "Transfer-Encoding")) {
+    } else if (is_word(header.name, "Transfer-Encoding")) {
       if (!take_coding(header.value, framing)) return false;
       append_line(out, line);
-    } else if (!equals(header.name, "Connection") && !stands_in(header.name, next_hop_only) &&
+    } else if (!is_word(header.name, "Connection") && !stands_in(header.name, next_hop_only) &&
                !stands_in(header.name, also_dropped) && !is_nominated(&nominations, header.name)) {
       append_line(out, line);
     }
@@ -187,7 +156,7 @@ static enum chunk_place after_size_char(struct body *body, char c) {
     return ++body->digits > 15 ? CHUNKS_MALFORMED : CHUNK_SIZE;
   }
   if (body->digits == 0) return CHUNKS_MALFORMED;
-  if (c == ';' || is_blank(c)) return CHUNK_EXTENSION;
+  if (c == ';' || c == ' ' || c == '\t') return CHUNK_EXTENSION;
   return c == '\r' ? CHUNK_SIZE_END : CHUNKS_MALFORMED;
 }
 
