@@ -4,6 +4,8 @@ import base64
 import contextlib
 import json
 import os
+import shutil
+import signal
 import socket
 import subprocess
 import tempfile
@@ -24,7 +26,8 @@ class Browser:
     def __init__(self):
         self.cleanup = contextlib.ExitStack()
         try:
-            self.folder = self.cleanup.enter_context(tempfile.TemporaryDirectory(prefix="kestrel-browser-"))
+            self.folder = tempfile.mkdtemp(prefix="kestrel-browser-")
+            self.cleanup.callback(eventually, self.is_removed, "the browser's folder is removed")
             driver_port, self.browser_port = free_ports(2)
             self.start("/usr/bin/chromium", *ARGUMENTS, f"--user-data-dir={self.folder}/profile",
                        f"--remote-debugging-port={self.browser_port}", "about:blank")
@@ -41,14 +44,19 @@ class Browser:
     def close(self):
         self.cleanup.close()
 
+    def is_removed(self):
+        """Removes the folder; processes of the browser may still be ending, and writing into it."""
+        shutil.rmtree(self.folder, ignore_errors=True)
+        return not os.path.exists(self.folder)
+
     def start(self, *command):
         # No session bus, no user's settings, no language.
         environment = {"PATH": os.environ["PATH"], "HOME": self.folder, "TMPDIR": self.folder, "LC_ALL": "C",
                        "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
         process = self.cleanup.enter_context(subprocess.Popen(
             command, env=environment, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL, preexec_fn=prepare_child({})))
-        self.cleanup.callback(process.kill)
+            stderr=subprocess.DEVNULL, preexec_fn=prepare_child({}), start_new_session=True))
+        self.cleanup.callback(os.killpg, process.pid, signal.SIGKILL)
 
     def takes_connections(self):
         try:
